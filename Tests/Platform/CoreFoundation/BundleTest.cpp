@@ -1,0 +1,142 @@
+// Bundles and the alert.
+#include "Platform/Alert.h"
+#include "Reference.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+static fs::path TestFolder()
+{
+    return getenv("TEST_FOLDER");
+}
+
+static void Write(const fs::path& path, const std::string& text)
+{
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+static const char kInfo[] = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+<key>CFBundleIdentifier</key><string>com.example.probe</string>
+<key>CFBundleVersion</key><string>7.1</string>
+<key>CFBundleExecutable</key><string>../escape</string>
+<key>Wrong</key><integer>3</integer>
+</dict></plist>)";
+
+TEST(CFBundle, ReadsItsPropertyListAndResources)
+{
+    const fs::path path = TestFolder() / "Probe.ext";
+    Write(path / "Contents/Info.plist", kInfo);
+    Write(path / "Contents/Resources/table.txt", "x");
+    Write(path / "Contents/Resources/sub/plain", "x");
+    const tOwned<CFBundleRef> bundle(CFBundleCreate(nullptr, Url(path.string() + "/").get()));
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(Utf8(CFBundleGetIdentifier(bundle.get())), "com.example.probe");
+    EXPECT_EQ(Utf8(CFBundleGetValueForInfoDictionaryKey(bundle.get(), kCFBundleVersionKey)), "7.1");
+    EXPECT_EQ(CFGetTypeID(CFBundleGetValueForInfoDictionaryKey(bundle.get(), CFSTR("Wrong"))), CFNumberGetTypeID());
+    EXPECT_EQ(CFBundleGetValueForInfoDictionaryKey(bundle.get(), CFSTR("Missing")), nullptr);
+    EXPECT_EQ(Path(tOwned<CFURLRef>(CFBundleCopyBundleURL(bundle.get())).get()), path);
+
+    const tOwned<CFURLRef> table(CFBundleCopyResourceURL(bundle.get(), CFSTR("table"), CFSTR("txt"), nullptr));
+    ASSERT_TRUE(table);
+    EXPECT_EQ(Path(table.get()), path / "Contents/Resources/table.txt");
+    const tOwned<CFURLRef> plain(CFBundleCopyResourceURL(bundle.get(), CFSTR("plain"), nullptr, CFSTR("sub")));
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(CFBundleCopyResourceURL(bundle.get(), CFSTR("none"), CFSTR("txt"), nullptr), nullptr);
+
+    // Code is loaded from the bundle's own folder only.
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(CFBundleLoadExecutable(bundle.get()));
+    EXPECT_EQ(CFBundleGetFunctionPointerForName(bundle.get(), CFSTR("main")), nullptr);
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+
+    EXPECT_EQ(CFBundleCreate(nullptr, Url(TestFolder() / "None.ext").get()), nullptr);
+    Write(path / "Contents/Info.plist", std::string(kInfo).substr(0, 150));
+    EXPECT_EQ(CFBundleCreate(nullptr, Url(path).get()), nullptr);
+}
+
+// Runs itself a second time as the executable of a bundle.
+TEST(CFBundle, MainBundleIsTheFixedOneOrTheFolderAroundTheProgram)
+{
+    const CFBundleRef main = CFBundleGetMainBundle();
+    const std::string url = Path(tOwned<CFURLRef>(CFBundleCopyBundleURL(main)).get());
+    const fs::path program = fs::read_symlink("/proc/self/exe");
+    if (getenv("RUNS_AS_BUNDLE") != nullptr) {
+        EXPECT_EQ(Utf8(CFBundleGetIdentifier(main)), "com.example.probe");
+        EXPECT_EQ(url, program.parent_path().parent_path().parent_path());
+        return;
+    }
+    EXPECT_EQ(Utf8(CFBundleGetIdentifier(main)), "com.velmora.Velmora");
+    EXPECT_EQ(url, program.parent_path() / "Velmora");
+    EXPECT_NE(Utf8(CFBundleGetValueForInfoDictionaryKey(main, kCFBundleVersionKey)), "(no text)");
+    EXPECT_EQ(CFBundleGetValueForInfoDictionaryKey(main, kCFBundleExecutableKey), nullptr);
+
+    const fs::path copy = TestFolder() / "Main.app/Contents/Linux/probe";
+    Write(copy.parent_path().parent_path() / "Info.plist", kInfo);
+    fs::create_directories(copy.parent_path());
+    fs::copy_file(program, copy);
+    const std::string command = "RUNS_AS_BUNDLE=1 '" + copy.string() + "' --gtest_filter='CFBundle.MainBundle*'";
+    EXPECT_EQ(system((command + " >/dev/null").c_str()), 0);
+}
+
+TEST(CFBundle, TextsWithoutTablesAreTheirOwnTranslation)
+{
+    const auto localized = [](const char* key, CFStringRef value) {
+        const tOwned<CFStringRef> keyText = Text(key);
+        return Utf8(
+            tOwned<CFStringRef>(CFBundleCopyLocalizedString(CFBundleGetMainBundle(), keyText.get(), value, nullptr))
+                .get());
+    };
+    EXPECT_EQ(localized("Inch", nullptr), "Inch");
+    EXPECT_EQ(localized("Inch", CFSTR("")), "Inch");
+    EXPECT_EQ(localized("Inch", CFSTR("Zoll")), "Zoll");
+}
+
+TEST(CFUserNotification, NeverWaitsAndShowsOneLine)
+{
+    const auto show = [](CFStringRef title, CFStringRef text) {
+        CFOptionFlags response = 99;
+        EXPECT_EQ(CFUserNotificationDisplayAlert(0, kCFUserNotificationCautionAlertLevel, nullptr, nullptr, nullptr,
+                                                 title, text, nullptr, nullptr, nullptr, &response),
+                  0);
+        EXPECT_EQ(response, CFOptionFlags{kCFUserNotificationDefaultResponse});
+    };
+    const tOwned<CFStringRef> hostile = Text("\n Code  :  5\r\n\nDetail\x1B[31m \xC2\x9B"
+                                             "2J \xC3\xA4\n\n");
+    testing::internal::CaptureStderr();
+    show(CFSTR("An error"), hostile.get());
+    show(CFSTR("Bare"), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "An error: Code : 5 Detail [31m 2J \xC3\xA4\nBare: \n");
+
+    std::string seen;
+    Platform::SetAlertHandler(
+        [](void* context, unsigned long level, const char* title, const char* text) {
+            *static_cast<std::string*>(context) = std::to_string(level) + "|" + title + "|" + text;
+        },
+        &seen);
+    testing::internal::CaptureStderr();
+    show(CFSTR("Title"), CFSTR("one\ntwo"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    Platform::SetAlertHandler(nullptr, nullptr);
+    EXPECT_EQ(seen, "2|Title|one\ntwo");
+}
+
+// Runs all other tests a second time and looks at what they leave on standard error.
+TEST(CFPool, NothingWarnsAboutAMissingPool)
+{
+    const std::string program = fs::read_symlink("/proc/self/exe");
+    const fs::path log = TestFolder() / "stderr.txt";
+    const std::string command = "'" + program + "' --gtest_filter=-CFPool.* >/dev/null 2>'" + log.string() + "'";
+    EXPECT_EQ(system(command.c_str()), 0);
+    std::ifstream file(log);
+    ASSERT_TRUE(file);
+    for (std::string line; std::getline(file, line);) {
+        ADD_FAILURE() << line;
+    }
+}

@@ -1,0 +1,193 @@
+// Each test runs in a child with a set of fonts of its own: the font library reads its configuration once.
+#include "Platform/Fonts.h"
+
+#include "Child.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+using namespace Platform;
+namespace fs = std::filesystem;
+
+namespace {
+constexpr char kFonts[] = "/usr/share/fonts/truetype/dejavu/";
+
+class Fonts : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!fs::exists(std::string(kFonts) + "DejaVuSans.ttf")) {
+            GTEST_SKIP() << "the fonts of fonts-dejavu-core are not in " << kFonts;
+        }
+    }
+
+    /// Makes the given font files all that this process finds; to be called before the first question.
+    static void UseFonts(const std::vector<std::string>& files)
+    {
+        const std::string folder = std::string(getenv("TEST_FOLDER")) + "/fonts";
+        fs::remove_all(folder);
+        fs::create_directories(folder + "/files");
+        for (const std::string& file : files) {
+            fs::copy_file(kFonts + file, folder + "/files/" + file);
+        }
+        std::ofstream(folder + "/fonts.conf")
+            << "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\"><fontconfig><dir>"
+            << folder << "/files</dir><cachedir>" << folder << "/cache</cachedir></fontconfig>";
+        setenv("FONTCONFIG_FILE", (folder + "/fonts.conf").c_str(), 1);
+    }
+
+    /// Whether a library whose name holds `name` is loaded.
+    static bool IsLoaded(const std::string& name)
+    {
+        std::stringstream maps;
+        maps << std::ifstream("/proc/self/maps").rdbuf();
+        EXPECT_NE(maps.str().find("libvelmora-platform"), std::string::npos);
+        return maps.str().find(name) != std::string::npos;
+    }
+
+    struct tSize {
+        double width = -1;
+        double height = -1;
+    };
+    static tSize Measure(const std::string& text, double size = 12, const std::string& font = "DejaVu Sans")
+    {
+        tSize result;
+        EXPECT_TRUE(MeasureText(font, size, text, result.width, result.height));
+        return result;
+    }
+};
+} // namespace
+
+TEST_F(Fonts, AreInstalledUnderTheirOwnNamesOnly)
+{
+    RunInChild([] {
+        UseFonts({"DejaVuSans.ttf", "DejaVuSans-Bold.ttf"});
+        for (const char* name : {"DejaVu Sans", "DejaVuSans", "DejaVuSans-Bold", "DejaVu Sans Bold", "dejavu SANS"}) {
+            EXPECT_TRUE(IsFontInstalled(name)) << name;
+        }
+        for (const char* name : {"", "Sans", "sans-serif", "DejaVu", "DejaVu Sans Mono", "DejaVu  Sans", "DejaVu Sans ",
+                                 "Deja Vu Sans", "*", "DejaVu Sans:bold", "Vermutung", "\xFF\xFE", "DejaVu Sans-12"}) {
+            EXPECT_FALSE(IsFontInstalled(name)) << name;
+        }
+        EXPECT_FALSE(IsFontInstalled(std::string("DejaVu Sans\0x", 13)));
+        EXPECT_FALSE(IsLoaded("libpango"));
+        EXPECT_FALSE(IsLoaded("libvelmora-text"));
+    });
+}
+
+TEST_F(Fonts, NoneAtAllIsNoFault)
+{
+    RunInChild([] {
+        UseFonts({});
+        EXPECT_FALSE(IsFontInstalled("DejaVu Sans"));
+        double width = 7;
+        double height = 7;
+        EXPECT_FALSE(MeasureText("DejaVu Sans", 12, "text", width, height));
+        EXPECT_EQ(width, 0);
+        EXPECT_EQ(height, 0);
+        EXPECT_FALSE(IsLoaded("libpango"));
+    });
+    RunInChild([] { // installed, but nothing that can be measured with
+        UseFonts({});
+        std::ofstream(std::string(getenv("TEST_FOLDER")) + "/fonts/files/bitmap.bdf")
+            << "STARTFONT 2.1\nFONT Vermutung\nSIZE 8 75 75\nFONTBOUNDINGBOX 8 8 0 0\nSTARTPROPERTIES 3\n"
+               "FAMILY_NAME \"Vermutung\"\nFONT_ASCENT 8\nFONT_DESCENT 0\nENDPROPERTIES\nCHARS 1\nSTARTCHAR A\n"
+               "ENCODING 65\nSWIDTH 500 0\nDWIDTH 8 0\nBBX 8 1 0 0\nBITMAP\nFF\nENDCHAR\nENDFONT\n";
+        EXPECT_TRUE(IsFontInstalled("Vermutung"));
+        double width = 7;
+        double height = 7;
+        EXPECT_FALSE(MeasureText("Vermutung", 12, "text", width, height));
+        EXPECT_EQ(width, 0);
+        EXPECT_EQ(height, 0);
+    });
+}
+
+TEST_F(Fonts, SizesGrowWithTextAndSize)
+{
+    RunInChild([] {
+        UseFonts({"DejaVuSans.ttf", "DejaVuSans-Bold.ttf", "DejaVuSansMono.ttf"});
+        EXPECT_FALSE(IsLoaded("libpango"));
+        const tSize one = Measure("n");
+        EXPECT_TRUE(IsLoaded("libpango"));
+        EXPECT_GT(one.width, 3);
+        EXPECT_LT(one.width, 24);
+        EXPECT_GT(one.height, 10);
+        EXPECT_LT(one.height, 24);
+        EXPECT_NEAR(Measure("nn").width, 2 * one.width, 0.05);
+        EXPECT_DOUBLE_EQ(Measure("nn").height, one.height);
+        EXPECT_NEAR(Measure("n", 24).width, 2 * one.width, 1e-9);
+        EXPECT_NEAR(Measure("n", 24).height, 2 * one.height, 1e-9);
+        EXPECT_NEAR(Measure("n", 0.5).width, one.width / 24, 1e-9);
+        EXPECT_EQ(Measure("").width, 0);
+        EXPECT_DOUBLE_EQ(Measure("").height, one.height);
+        EXPECT_DOUBLE_EQ(Measure("n \n").width, Measure("n ").width);
+
+        for (const char* lines : {"nnn\nn", "n\rnnn", "n\r\nnnn", "nnn\xE2\x80\xA8", "\nnnn"}) {
+            SCOPED_TRACE(testing::PrintToString(lines));
+            EXPECT_DOUBLE_EQ(Measure(lines).height, 2 * one.height);
+            EXPECT_DOUBLE_EQ(Measure(lines).width, Measure("nnn").width);
+        }
+        for (const double size : {0.0, -3.0, std::numeric_limits<double>::quiet_NaN()}) {
+            EXPECT_DOUBLE_EQ(Measure("n", size).width, one.width);
+        }
+        for (const double size : {2147483647.0, 1e300, std::numeric_limits<double>::infinity()}) {
+            EXPECT_TRUE(std::isfinite(Measure("n", size).width));
+            EXPECT_DOUBLE_EQ(Measure("n", size).height, Measure("n", 2147483647.0).height);
+        }
+    });
+}
+
+TEST_F(Fonts, AreTheOnesNamed)
+{
+    RunInChild([] {
+        UseFonts({"DejaVuSans.ttf", "DejaVuSans-Bold.ttf", "DejaVuSansMono.ttf"});
+        const double regular = Measure("mmm", 12, "DejaVu Sans").width;
+        EXPECT_GT(Measure("mmm", 12, "DejaVu Sans Bold").width, regular * 1.02);
+        EXPECT_DOUBLE_EQ(Measure("mmm", 12, "DejaVuSans-Bold").width, Measure("mmm", 12, "DejaVu Sans Bold").width);
+        EXPECT_DOUBLE_EQ(Measure("mmm", 12, "DEJAVUSANS").width, regular);
+        EXPECT_DOUBLE_EQ(Measure("mmm", 12, "DejaVuSansMono").width, Measure("iii", 12, "DejaVu Sans Mono").width);
+        // What is not installed is set in one and the same font, whatever its name asks for.
+        for (const char* name : {"", "Vermutung", "Vermutung Bold 40", "DejaVu Sans Bold 12", "Mono", "\xFF"}) {
+            EXPECT_DOUBLE_EQ(Measure("mmm", 12, name).width, Measure("mmm", 12, "Sans").width) << name;
+        }
+    });
+}
+
+TEST_F(Fonts, UnusualTextsAreMeasuredQuietly)
+{
+    RunInChild([] {
+        UseFonts({"DejaVuSans.ttf"});
+        const std::string log = std::string(getenv("TEST_FOLDER")) + "/stderr";
+        const int file = open(log.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600);
+        const int old = dup(2);
+        dup2(file, 2);
+        const double letter = Measure("n").width;
+        const double space = Measure("n n").width - 2 * letter;
+        EXPECT_NEAR(Measure("n\tn").width, 2 * letter + space, 0.05);
+        EXPECT_NEAR(Measure(std::string("n\0n", 3)).width, 2 * letter + space, 0.05);
+        EXPECT_NEAR(Measure("n\xC2\x9Bn").width, 2 * letter + space, 0.05);
+        EXPECT_DOUBLE_EQ(Measure("n\xFF\xC3").width, Measure("n??").width);
+        EXPECT_GT(Measure("\uF8FF").width, 0); // in hardly any font
+        EXPECT_GT(Measure("\u05D0\u05D1 \u202E\u200B\U0001F682").width, 0);
+        // Far beyond what the text library can hold in one line.
+        EXPECT_NEAR(Measure(std::string(70001, 'n'), 1000).width, letter * 70001 * 1000 / 12, letter * 1000);
+        EXPECT_NEAR(Measure(std::string(20000, '\n')).height, Measure("n").height * 20001, 1e-3);
+        fflush(stderr);
+        dup2(old, 2);
+        std::stringstream written;
+        written << std::ifstream(log).rdbuf();
+        EXPECT_EQ(written.str(), "");
+
+        // More texts than are remembered, and each again.
+        for (int round = 0; round < 2; ++round) {
+            for (int i = 0; i < 10000; i += 1 + round * 100) {
+                ASSERT_DOUBLE_EQ(Measure("n" + std::to_string(10000 + i)).height, Measure("n").height);
+            }
+        }
+    });
+}

@@ -1,0 +1,319 @@
+#include "Platform/Streams.h"
+
+#include "Child.h"
+
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using namespace Platform;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+namespace fs = std::filesystem;
+
+namespace {
+/// An empty folder for each test, which other users may enter.
+class Streams : public testing::Test {
+protected:
+    Streams()
+    {
+        std::string folder = (fs::temp_directory_path() / "velmora-streams-XXXXXX").string();
+        if (mkdtemp(folder.data()) == nullptr) {
+            std::abort();
+        }
+        mFolder = folder;
+        fs::permissions(mFolder, fs::perms(0755));
+    }
+    ~Streams() override
+    {
+        fs::permissions(mFolder, fs::perms(0755));
+        fs::remove_all(mFolder);
+    }
+
+    std::string In(const std::string& name) const { return mFolder + "/" + name; }
+
+    std::string Write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(In(name), std::ios::binary) << text;
+        return In(name);
+    }
+
+    static std::string Read(const std::string& path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        EXPECT_TRUE(file.is_open()) << path;
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+    static std::string ReadAll(const CInputFile& file)
+    {
+        std::string text(1000, '\0');
+        text.resize(fread(text.data(), 1, text.size(), file.Get()));
+        return text;
+    }
+
+    std::vector<std::string> Names() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(mFolder)) {
+            names.push_back(entry.path().filename().string());
+        }
+        return names;
+    }
+
+    /// Writes a file as a document is written. @return what Commit answered, false also without a stream
+    static bool Save(const std::string& path, const std::string& text)
+    {
+        COutputFile file(path);
+        if (file.Get() == nullptr) {
+            return false;
+        }
+        fwrite(text.data(), 1, text.size(), file.Get());
+        return file.Commit();
+    }
+
+    static mode_t Mode(const std::string& path)
+    {
+        struct stat information = {};
+        EXPECT_EQ(stat(path.c_str(), &information), 0) << path;
+        return information.st_mode & 07777;
+    }
+
+    std::string mFolder;
+};
+} // namespace
+
+TEST_F(Streams, TheWindowIsTheReadPositionOfTheStream)
+{
+    std::string bytes;
+    for (int i = 0; i < 200000; ++i) { // several buffers
+        bytes += static_cast<char>(i * 7 / 256 + i);
+    }
+    const CInputFile file(Write("window", bytes));
+    FILE* const stream = file.Get();
+    ASSERT_NE(stream, nullptr);
+
+    size_t position = 0;
+    size_t largest = 0;
+    for (unsigned step = 0; position < bytes.size(); ++step) {
+        const unsigned char* begin = nullptr;
+        const size_t ready = BufferedBytes(stream, begin);
+        ASSERT_LE(ready, bytes.size() - position);
+        ASSERT_EQ(memcmp(begin, bytes.data() + position, ready), 0) << position;
+        largest = std::max(largest, ready);
+        ConsumeBuffered(stream, ready / 3);
+        position += ready / 3;
+        ASSERT_EQ(ftell(stream), static_cast<long>(position));
+
+        char other[301];
+        const size_t count =
+            step % 2 == 0 ? ReadUnlocked(stream, other, sizeof other) : fread(other, 1, sizeof other, stream);
+        ASSERT_EQ(count, std::min(sizeof other, bytes.size() - position));
+        ASSERT_EQ(memcmp(other, bytes.data() + position, count), 0) << position;
+        position += count;
+        if (step % 5 == 0 && position > 100) {
+            ASSERT_EQ(fseek(stream, -100, SEEK_CUR), 0);
+            position -= 100;
+        }
+    }
+    EXPECT_GT(largest, 60000u); // the buffer is ours, not the small one of the library
+    EXPECT_EQ(getc(stream), EOF);
+}
+
+TEST_F(Streams, ADescriptorIsReadFromItsBeginningEachTime)
+{
+    const int descriptor = open(Write("document", "first to last").c_str(), O_RDONLY);
+    ASSERT_GE(descriptor, 0);
+    fs::remove(In("document")); // opening it again would not find it
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(ReadAll(CInputFile(path)), "first to last");
+    }
+    EXPECT_EQ(fcntl(descriptor, F_GETFD), 0); // still open
+    for (const char* other : {"x", "/x", "/../cmdline/x", " "}) {
+        EXPECT_EQ(CInputFile(path + other).Get(), nullptr) << other;
+    }
+    EXPECT_EQ(CInputFile("/proc/self/fd/0" + std::to_string(descriptor)).Get(), nullptr);
+    EXPECT_EQ(CInputFile("/proc/self/fd/-1").Get(), nullptr);
+    EXPECT_EQ(CInputFile("/proc/self/fd/99999999999").Get(), nullptr);
+    close(descriptor);
+    EXPECT_EQ(CInputFile(path).Get(), nullptr);
+}
+
+TEST_F(Streams, OpensWhatIsNoFileWithoutWaiting)
+{
+    ASSERT_EQ(mkfifo(In("fifo").c_str(), 0600), 0);
+    const CInputFile fifo(In("fifo"));
+    ASSERT_NE(fifo.Get(), nullptr);
+    EXPECT_EQ(getc(fifo.Get()), EOF);
+
+    const CInputFile folder(mFolder);
+    ASSERT_NE(folder.Get(), nullptr);
+    EXPECT_EQ(getc(folder.Get()), EOF);
+    EXPECT_NE(ferror(folder.Get()), 0);
+
+    EXPECT_EQ(CInputFile("").Get(), nullptr);
+    EXPECT_EQ(CInputFile(In("missing")).Get(), nullptr);
+    Write("a", "text");
+    EXPECT_EQ(CInputFile(In("a") + std::string(1, '\0') + "b").Get(), nullptr);
+}
+
+TEST_F(Streams, FindsNamesInMacOSRoman)
+{
+    Write("Z\u00FCge \u20AC", "utf-8");
+    EXPECT_EQ(ReadAll(CInputFile(In("Z\x9Fge \xDB"))), "utf-8");
+    EXPECT_TRUE(Save(In("Z\x9Fge \xDB"), "saved")); // the existing file, not a second one
+    EXPECT_TRUE(Save(In("neu\x8A"), "new"));
+    EXPECT_TRUE(Save(In("schon\u00F6"), "already utf-8"));
+    EXPECT_TRUE(Save(In("\xED\xA0\x80"), "half a surrogate pair is no utf-8"));
+    EXPECT_THAT(Names(), UnorderedElementsAre("Z\u00FCge \u20AC", "neu\u00E4", "schon\u00F6", "\u00CC\u2020\u00C4"));
+    EXPECT_EQ(Read(In("Z\u00FCge \u20AC")), "saved");
+
+    // The bytes themselves come first, where they name something.
+    Write("neu\x8A", "raw");
+    EXPECT_EQ(ReadAll(CInputFile(In("neu\x8A"))), "raw");
+    EXPECT_TRUE(Save(In("neu\x8A"), "raw 2"));
+    EXPECT_EQ(Read(In("neu\u00E4")), "new");
+    EXPECT_EQ(Read(In("neu\x8A")), "raw 2");
+}
+
+TEST_F(Streams, TheOldFileStaysUntilTheNewOneIsComplete)
+{
+    Write("layout", "old");
+    {
+        COutputFile dropped(In("layout"));
+        ASSERT_NE(dropped.Get(), nullptr);
+        fputs("half of it", dropped.Get());
+        fflush(dropped.Get());
+        EXPECT_EQ(Read(In("layout")), "old");
+    }
+    EXPECT_EQ(Read(In("layout")), "old");
+    EXPECT_THAT(Names(), ElementsAre("layout"));
+
+    COutputFile file(In("layout"));
+    fputs("new", file.Get());
+    COutputFile second(In("layout")); // two at a time do not meet
+    fputs("newer", second.Get());
+    EXPECT_TRUE(file.Commit());
+    EXPECT_EQ(file.Get(), nullptr);
+    EXPECT_FALSE(file.Commit());
+    EXPECT_EQ(Read(In("layout")), "new");
+    EXPECT_TRUE(second.Commit());
+    EXPECT_EQ(Read(In("layout")), "newer");
+    EXPECT_THAT(Names(), ElementsAre("layout"));
+
+    fs::create_directory(In("folder"));
+    EXPECT_TRUE(Save(In(std::string(255, 'n')), "the longest name"));
+    for (const std::string& bad : {In("folder"), In("folder/"), In("no/such/folder"), In("layout/x"), In("new/"),
+                                   std::string(), In("a") + std::string(1, '\0') + "b"}) {
+        EXPECT_EQ(COutputFile(bad).Get(), nullptr) << bad;
+    }
+    EXPECT_EQ(Names().size(), 3u);
+}
+
+TEST_F(Streams, LinksAndModesAreKept)
+{
+    fs::create_directory(In("real"));
+    Write("real/document", "old");
+    fs::permissions(In("real/document"), fs::perms(0640));
+    fs::create_symlink("real/document", In("link"));
+    fs::create_symlink("link", In("link-to-link"));
+    EXPECT_TRUE(Save(In("link-to-link"), "through two links"));
+    EXPECT_TRUE(fs::is_symlink(In("link")));
+    EXPECT_TRUE(fs::is_symlink(In("link-to-link")));
+    EXPECT_EQ(Read(In("real/document")), "through two links");
+    EXPECT_EQ(Mode(In("real/document")), 0640u);
+
+    fs::create_symlink("real/not-yet", In("dangling"));
+    fs::create_symlink(In("dangling"), In("dangling-absolute"));
+    const mode_t mask = umask(027);
+    EXPECT_TRUE(Save(In("dangling-absolute"), "made"));
+    umask(mask);
+    EXPECT_TRUE(fs::is_symlink(In("dangling")));
+    EXPECT_EQ(Read(In("real/not-yet")), "made");
+    EXPECT_EQ(Mode(In("real/not-yet")), 0640u);
+
+    fs::create_symlink("circle", In("circle"));
+    fs::create_symlink("gone/document", In("nowhere"));
+    EXPECT_FALSE(Save(In("circle"), "x"));
+    EXPECT_FALSE(Save(In("nowhere"), "x"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(In("real")), fs::directory_iterator()), 2);
+}
+
+TEST_F(Streams, DevicesAreWrittenInPlace)
+{
+    EXPECT_FALSE(Save("/dev/full", "x"));
+    EXPECT_TRUE(Save("/dev/null", "x"));
+    struct stat information = {};
+    ASSERT_EQ(stat("/dev/full", &information), 0);
+    EXPECT_TRUE(S_ISCHR(information.st_mode));
+
+    ASSERT_EQ(mkfifo(In("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(COutputFile(In("fifo")).Get(), nullptr); // nobody reads; not waited for
+    const CInputFile reader(In("fifo"));
+    EXPECT_TRUE(Save(In("fifo"), "to the reader"));
+    EXPECT_EQ(ReadAll(reader), "to the reader");
+
+    // A file that has no name any more is reached through its descriptor, and not another one by what its link shows.
+    const int descriptor = open(Write("nameless", "a longer old text").c_str(), O_RDWR);
+    fs::remove(In("nameless"));
+    Write("nameless (deleted)", "other");
+    EXPECT_TRUE(Save("/proc/self/fd/" + std::to_string(descriptor), "short"));
+    EXPECT_EQ(ReadAll(CInputFile("/proc/self/fd/" + std::to_string(descriptor))), "short");
+    close(descriptor);
+    EXPECT_EQ(Read(In("nameless (deleted)")), "other");
+    EXPECT_THAT(Names(), UnorderedElementsAre("fifo", "nameless (deleted)"));
+}
+
+TEST_F(Streams, AFolderThatRefusesNewFilesIsWrittenInPlace)
+{
+    fs::permissions(Write("open", "a longer old text"), fs::perms(0666));
+    fs::create_directory(In("free"));
+    fs::permissions(In("free"), fs::perms(0777));
+    for (const char* name : {"protected", "free/protected"}) {
+        fs::permissions(Write(name, "old"), fs::perms(0444));
+    }
+    struct stat before = {};
+    ASSERT_EQ(stat(In("open").c_str(), &before), 0);
+    if (geteuid() != 0) {
+        fs::permissions(mFolder, fs::perms(0555));
+    }
+    RunInChild([this] {
+        if (geteuid() == 0) { // permissions do not bind the superuser
+            ASSERT_EQ(setgid(65534), 0);
+            ASSERT_EQ(setuid(65534), 0);
+        }
+        ASSERT_NE(access(mFolder.c_str(), W_OK), 0);
+        EXPECT_TRUE(Save(In("open"), "new"));
+        EXPECT_FALSE(Save(In("protected"), "new"));
+        EXPECT_FALSE(Save(In("free/protected"), "new")); // could be replaced, but its owner said no
+        EXPECT_FALSE(Save(In("missing"), "new"));
+    });
+    struct stat after = {};
+    ASSERT_EQ(stat(In("open").c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(Read(In("open")), "new");
+    EXPECT_EQ(Read(In("protected")), "old");
+    EXPECT_EQ(Read(In("free/protected")), "old");
+    EXPECT_EQ(Names().size(), 3u);
+}
+
+TEST_F(Streams, AWriteThatFailsLeavesTheOldFile)
+{
+    Write("layout", "old");
+    RunInChild([this] {
+        signal(SIGXFSZ, SIG_IGN);
+        const struct rlimit limit = {100000, 100000};
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        EXPECT_FALSE(Save(In("layout"), std::string(150000, 'x')));
+        EXPECT_TRUE(Save(In("fits"), std::string(90000, 'x')));
+    });
+    EXPECT_EQ(Read(In("layout")), "old");
+    EXPECT_THAT(Names(), UnorderedElementsAre("layout", "fits"));
+}

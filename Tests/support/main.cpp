@@ -1,0 +1,32 @@
+// Main program of all tests. A test never sees or touches the user's own folders.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+
+void WarmUpFoundation();
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    std::string folder = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
+    if (mkdtemp(folder.data()) == nullptr) {
+        perror("mkdtemp");
+        return 1;
+    }
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "TEST_FOLDER"}) {
+        const std::string path = folder + "/" + name;
+        std::filesystem::create_directory(path);
+        setenv(name, path.c_str(), 1);
+    }
+    WarmUpFoundation();
+    const pid_t self = getpid();
+    const int result = RUN_ALL_TESTS();
+    if (getpid() == self) { // not in the child of a death test
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    return result;
+}
