@@ -1,0 +1,123 @@
+#include "Preferences/CVLPreferences.h"
+
+#include "CheckError/CErr.h"
+#include "KVUPrefsValue/KVUPrefsValue.h"
+
+#include <new>
+
+namespace {
+template <class tValue>
+struct tField {
+    const char* key;
+    tValue CVLPreferences::*member;
+};
+
+constexpr tField<bool> kSwitches[] = {
+    {"VLSoundsOn", &CVLPreferences::mSoundsOn},
+    {"VLAutoColorize", &CVLPreferences::mAutoColorize},
+    {"VLFlexCanAppend", &CVLPreferences::mFlexCanAppend},
+    {"VLSkipEmptyForRSSync", &CVLPreferences::mSkipEmptyForSync},
+    {"VLDefaultWSShowGrid", &CVLPreferences::mDefaultShowGrid},
+    {"VLDefaultWSShowElmNames", &CVLPreferences::mDefaultShowElementNames},
+    {"VLDefaultWSOutlineNames", &CVLPreferences::mDefaultOutlineNames},
+    {"VLDefaultWSShowPrefix", &CVLPreferences::mDefaultShowPrefix},
+    {"VL3DTerrain", &CVLPreferences::m3DTerrain},
+    {"VL3DGridOpt", &CVLPreferences::m3DGridOption},
+    {"VL3DOnlyTracks", &CVLPreferences::m3DOnlyTracks},
+    {"VL3DShowAllLayers", &CVLPreferences::m3DShowAllLayers},
+    {"VLWinShowRSPalette", &CVLPreferences::mShowLibraryPalette},
+    {"VLWinShowInfo", &CVLPreferences::mShowInfo},
+    {"VLWinShowColorPalette", &CVLPreferences::mShowColorPalette},
+    {"VLWinShowLayerPalette", &CVLPreferences::mShowLayerPalette},
+    {"VLAutoOpenLastWS", &CVLPreferences::mOpenLastLayout},
+    {"VLConnectTrackUsePlain", &CVLPreferences::mConnectTracksPlain},
+    {"VLRSPaletteShowAvailability", &CVLPreferences::mPaletteShowAvailability},
+    {"VLRSPaletteShowStockCount", &CVLPreferences::mPaletteShowStockCount},
+};
+
+constexpr tField<int> kNumbers[] = {
+    {"VLRSPalSortMode", &CVLPreferences::mPaletteSortMode},
+    {"VLWSDefaultZoom", &CVLPreferences::mDefaultZoom},
+    {"VLWSDefaultTextZoomIdx", &CVLPreferences::mDefaultTextZoomIndex},
+    {"VLWSDefaultColorScheme", &CVLPreferences::mDefaultColorScheme},
+    {"VLWSDefaultTrackStyle", &CVLPreferences::mDefaultTrackStyle},
+    {"VLElmPosDisplayMode", &CVLPreferences::mElementPositionMode},
+    {"VLSnapLimit", &CVLPreferences::mSnapLimit},
+    {"VLUnits", &CVLPreferences::mUnits},
+    {"VLWSDefaultGridSpacing", &CVLPreferences::mDefaultGridSpacing},
+    {"VLSnapAreaFactor", &CVLPreferences::mSnapAreaFactor},
+    {"VLMaxConnectTrackItems", &CVLPreferences::mMaxConnectTrackItems},
+    {"VLMinConnectDistance", &CVLPreferences::mMinConnectDistance},
+    {"VLDefaultWSWidth", &CVLPreferences::mDefaultWidth},
+    {"VLDefaultWSHeight", &CVLPreferences::mDefaultHeight},
+};
+
+constexpr char kKeyDefaultLibraryName[] = "VLDefaultRSName";
+constexpr char kKeyStockFileName[] = "VLStockFileName";
+constexpr char kKeyFileFormat[] = "VLPrefsFileFormat";
+
+/// A key as a Core Foundation string, for as long as it lives.
+class CKey {
+public:
+    explicit CKey(const char* key) : mKey(CFStringCreateWithCString(kCFAllocatorDefault, key, kCFStringEncodingASCII))
+    {}
+    ~CKey() { CFRelease(mKey); }
+    CKey(const CKey&) = delete;
+    CKey& operator=(const CKey&) = delete;
+
+    operator CFStringRef() const { return mKey; }
+
+private:
+    CFStringRef mKey;
+};
+} // namespace
+
+CFStringRef CVLPreferences::GetIdentifier()
+{
+    return CFSTR("com.velmora.Velmora");
+}
+
+CVLPreferences* CVLPreferences::Instance()
+{
+    static CVLPreferences* sInstance = nullptr;
+    if (sInstance == nullptr) {
+        sInstance = new (std::nothrow) CVLPreferences;
+        CErr::CheckNull(sInstance, "static CVLPreferences *CVLPreferences::Instance()",
+                        "Failed to construct CVLPreferences singleton member");
+    }
+    return sInstance;
+}
+
+CVLPreferences::CVLPreferences()
+{
+    Load();
+}
+
+void CVLPreferences::Load()
+{
+    const CFStringRef application = GetIdentifier();
+    for (const tField<bool>& field : kSwitches) {
+        KVUPrefsValue::ReadValue(CKey(field.key), application, this->*field.member);
+    }
+    for (const tField<int>& field : kNumbers) {
+        KVUPrefsValue::ReadValue(CKey(field.key), application, this->*field.member);
+    }
+    KVUPrefsValue::ReadValue(CKey(kKeyDefaultLibraryName), application, mDefaultLibraryName,
+                             sizeof mDefaultLibraryName);
+    KVUPrefsValue::ReadValue(CKey(kKeyStockFileName), application, mStockFileName, sizeof mStockFileName);
+}
+
+void CVLPreferences::Save() const
+{
+    const CFStringRef application = GetIdentifier();
+    KVUPrefsValue::WriteValue(CKey(kKeyFileFormat), application, kFileFormat);
+    for (const tField<bool>& field : kSwitches) {
+        KVUPrefsValue::WriteValue(CKey(field.key), application, this->*field.member);
+    }
+    for (const tField<int>& field : kNumbers) {
+        KVUPrefsValue::WriteValue(CKey(field.key), application, this->*field.member);
+    }
+    KVUPrefsValue::WriteValue(CKey(kKeyDefaultLibraryName), application, mDefaultLibraryName);
+    KVUPrefsValue::WriteValue(CKey(kKeyStockFileName), application, mStockFileName);
+    KVUPrefsValue::SyncPrefs(application);
+}

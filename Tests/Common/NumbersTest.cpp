@@ -1,0 +1,166 @@
+#include "CPoint/CPoint.h"
+#include "KVUByteOrdering/KVUByteOrdering.h"
+#include "KVUNum/KVUNum.h"
+#include "KVURawMem/KVURawMem.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+TEST(KVUNum, RoundingAndLimits)
+{
+    EXPECT_EQ(KVUNum::d2i(2.5), 3);
+    EXPECT_EQ(KVUNum::d2i(-2.5), -2);
+    EXPECT_EQ(KVUNum::d2i(1e300), INT_MAX);
+    EXPECT_EQ(KVUNum::d2i(-std::numeric_limits<double>::infinity()), INT_MIN);
+    EXPECT_EQ(KVUNum::d2i(std::numeric_limits<double>::quiet_NaN()), 0);
+
+    double cut = -7.9;
+    KVUNum::FixFloatingPrecision(cut, 0.5);
+    EXPECT_DOUBLE_EQ(cut, -7.5) << "towards zero";
+    const struct {
+        int value, min, max, result;
+        bool changed;
+    } cases[] = {{0, 1, 9, 1, true}, {10, 1, 9, 9, true}, {9, 1, 9, 9, false}, {0, 9, 1, 9, true}};
+    for (const auto& c : cases) {
+        int value = c.value;
+        EXPECT_EQ(KVUNum::EnsureMaxMinLimits(value, c.min, c.max), c.changed);
+        EXPECT_EQ(value, c.result);
+    }
+    EXPECT_FALSE(KVUNum::DeltaEquals(1.25, 1.0, 0.25)) << "exactly the tolerance is too far";
+    EXPECT_DOUBLE_EQ(KVUNum::ScaleValueToRange(10, 20, -1, 1, 12.5), -0.5);
+}
+
+TEST(KVUNum, Angles)
+{
+    const struct {
+        double angle, in360, in180;
+    } cases[] = {{-30, 330, -30}, {370, 370, 10}, {-190, 170, 170}, {180, 180, 180}, {-180, 180, -180},
+                 {900, 900, 540}, {400, 400, 40}, {-1000, 80, 80},  {-720, 0, 0},    {-1e-20, 0, -1e-20}};
+    for (const auto& c : cases) {
+        EXPECT_DOUBLE_EQ(KVUNum::NormalizeAngle360(c.angle), c.in360) << c.angle;
+        EXPECT_DOUBLE_EQ(KVUNum::NormalizeAnglePlusMinus180(c.angle), c.in180) << c.angle;
+    }
+    // What no turn can lift above 0 must not hang.
+    EXPECT_TRUE(std::isnan(KVUNum::NormalizeAngle360(-std::numeric_limits<double>::infinity())));
+    EXPECT_GE(KVUNum::NormalizeAngle360(-1e300), 0.0);
+}
+
+TEST(KVUNum, Vectors)
+{
+    float vector[3] = {0, 0, 0};
+    KVUNum::ReduceToUnit(vector);
+    EXPECT_EQ(vector[0], 0.0f);
+    const float a[] = {1, 1, 1};
+    const float b[] = {3, 1, 1};
+    const float c[] = {1, 5, 1};
+    KVUNum::CalcNormal(a, b, c, vector);
+    EXPECT_FLOAT_EQ(vector[2], 1.0f) << "x turned to y looks along z";
+    CPoint inPlace(1, 5, 1);
+    KVUNum::CalcNormal(CPoint(1, 1, 1), CPoint(3, 1, 1), inPlace, inPlace);
+    EXPECT_EQ(inPlace.CalcDistance(0, 0, 1), 0.0);
+    CPoint p1(1, 2, 3);
+    KVUNum::CalcPointOnLine(p1, CPoint(3, 6, -1), 0.25, p1);
+    EXPECT_EQ(p1.CalcDistance(1.5, 3, 2), 0.0);
+}
+
+TEST(KVUNum, SphereAndLine)
+{
+    CPoint point(7, 7, 7);
+    EXPECT_FALSE(KVUNum::SphereLineIntersection(CPoint(-9, 6, 0), CPoint(9, 6, 0), CPoint(), 5, point));
+    EXPECT_FALSE(KVUNum::SphereLineIntersection(CPoint(1, 0, 0), CPoint(1, 0, 0), CPoint(), 5, point));
+    EXPECT_EQ(point.CalcDistance(7, 7, 7), 0.0);
+    ASSERT_TRUE(KVUNum::SphereLineIntersection(CPoint(1, 0, 0), CPoint(2, 0, 0), CPoint(1, 0, 0), 5, point));
+    EXPECT_NEAR(point.x, 6.0, 1e-12) << "from the middle both are equally near";
+
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> anywhere(-100, 100);
+    const auto anyPoint = [&] { return CPoint(anywhere(random), anywhere(random), anywhere(random)); };
+    const auto dot = [](const CPoint& u, const CPoint& v) { return u.x * v.x + u.y * v.y + u.z * v.z; };
+    for (int i = 0; i < 2000; ++i) {
+        const CPoint p1 = anyPoint();
+        const CPoint p2 = anyPoint();
+        const CPoint center = anyPoint();
+        const double radius = std::fabs(anywhere(random));
+        CPoint foot; // of the perpendicular from the centre
+        KVUNum::CalcPointOnLine(p1, p2, dot(p2 - p1, center - p1) / dot(p2 - p1, p2 - p1), foot);
+        const bool hit = KVUNum::SphereLineIntersection(p1, p2, center, radius, point);
+        ASSERT_EQ(hit, foot.CalcDistance(center) <= radius);
+        if (hit) {
+            ASSERT_NEAR(point.CalcDistance(center), radius, 1e-7);
+            const double length = p1.CalcDistance(point);
+            ASSERT_NEAR(std::fabs(dot(point - p1, p2 - p1)), length * p1.CalcDistance(p2), 1e-4) << "on the line";
+            ASSERT_LE(length, p1.CalcDistance(foot * 2 - point) + 1e-9) << "the nearer one";
+        }
+    }
+}
+
+TEST(KVUByteOrdering, FilesAreBigEndian)
+{
+    const auto check = [](auto value, const auto& bytes) {
+        static_assert(sizeof value == sizeof bytes);
+        memcpy(&value, bytes, sizeof value);
+        KVUByteOrdering::SwapBigToHost(value);
+        auto back = value;
+        KVUByteOrdering::SwapHostToBig(back);
+        EXPECT_EQ(memcmp(&back, bytes, sizeof back), 0);
+        return value;
+    };
+    const unsigned char colorBytes[] = {0x12, 0x34, 0xFF, 0x00, 0x00, 0x01};
+    const RGBColor color = check(RGBColor(), colorBytes);
+    EXPECT_EQ(color.red, 0x1234);
+    EXPECT_EQ(color.green, 0xFF00);
+    EXPECT_EQ(color.blue, 1);
+    const unsigned char rectBytes[] = {0xFF, 0xFE, 0, 1, 0x7F, 0xFF, 0x80, 0};
+    const Rect rect = check(Rect(), rectBytes);
+    EXPECT_EQ(rect.top, -2);
+    EXPECT_EQ(rect.left, 1);
+    EXPECT_EQ(rect.bottom, 32767);
+    EXPECT_EQ(rect.right, -32768);
+    const unsigned char floatBytes[] = {0x42, 0xF6, 0, 0};
+    EXPECT_EQ(check(0.0f, floatBytes), 123.0f);
+}
+
+TEST(KVURawMem, FieldsArePackedAndComeBack)
+{
+    const std::string text("na\0me", 5);
+    std::vector<char> memory(1 + 8 + 4 + 6 + 3 + 2 + 5);
+    void* cursor = KVURawMem::AppendDataToRawMem(memory.data(), true); // all that follows lies at odd addresses
+    cursor = KVURawMem::AppendDataToRawMem(cursor, -1.5);
+    cursor = KVURawMem::AppendDataToRawMem(cursor, -7);
+    cursor = KVURawMem::AppendDataToRawMem(cursor, RGBColor{1, 2, 65535});
+    cursor = KVURawMem::AppendDataToRawMem(cursor, "xyz", 3);
+    cursor = KVURawMem::AppendDataToRawMem(cursor, text);
+    EXPECT_EQ(cursor, memory.data() + memory.size());
+
+    bool flag = false;
+    double number = 0;
+    int integer = 0;
+    RGBColor color = {};
+    char characters[4] = "###";
+    std::string name;
+    memory[0] = 7; // foreign memory may hold any byte
+    const void* read = KVURawMem::FetchDataFromRawMem(static_cast<const void*>(memory.data()), flag);
+    read = KVURawMem::FetchDataFromRawMem(read, number);
+    read = KVURawMem::FetchDataFromRawMem(read, integer);
+    read = KVURawMem::FetchDataFromRawMem(read, color);
+    read = KVURawMem::FetchDataFromRawMem(read, characters, 3);
+    read = KVURawMem::FetchDataFromRawMem(read, name);
+    EXPECT_EQ(read, memory.data() + memory.size());
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(number, -1.5);
+    EXPECT_EQ(integer, -7);
+    EXPECT_EQ(color.blue, 65535);
+    EXPECT_STREQ(characters, "xyz");
+    EXPECT_EQ(name, text);
+
+    const std::string tooLong(65536 + 3, 'x'); // lengths are cut to 16 bits
+    ASSERT_EQ(KVURawMem::RawMemSize(tooLong), 5u);
+    EXPECT_EQ(KVURawMem::AppendDataToRawMem(memory.data(), tooLong), memory.data() + 5);
+    KVURawMem::FetchDataFromRawMem(static_cast<void*>(memory.data()), name);
+    EXPECT_EQ(name, "xxx");
+}

@@ -1,0 +1,186 @@
+#include "KVUPrefsValue/KVUPrefsValue.h"
+#include "Preferences/CVLPreferences.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+
+namespace {
+struct tRelease {
+    void operator()(CFTypeRef object) const { CFRelease(object); }
+};
+using tHolder = std::unique_ptr<const void, tRelease>;
+using tStored = std::map<std::string, std::string>;
+
+// Every key with its default as other releases of the application find it: true or false, a number, or a text in
+// quotes.
+const char kDefaults[] =
+    "VLDefaultRSName '' VLStockFileName 'Stock.xml' VLSoundsOn true VLAutoColorize true VLFlexCanAppend false "
+    "VLSkipEmptyForRSSync true VLDefaultWSShowGrid true VLDefaultWSShowElmNames false VLDefaultWSOutlineNames true "
+    "VLDefaultWSShowPrefix true VL3DTerrain false VL3DGridOpt false VL3DOnlyTracks false VL3DShowAllLayers false "
+    "VLWinShowRSPalette true VLWinShowInfo true VLWinShowColorPalette true VLWinShowLayerPalette false "
+    "VLAutoOpenLastWS false VLConnectTrackUsePlain true VLRSPaletteShowAvailability false "
+    "VLRSPaletteShowStockCount false VLRSPalSortMode 0 VLWSDefaultZoom 50 VLWSDefaultTextZoomIdx 2 "
+    "VLWSDefaultColorScheme 1 VLWSDefaultTrackStyle 105 VLElmPosDisplayMode 1 VLSnapLimit 135 VLUnits 2 "
+    "VLWSDefaultGridSpacing 10 VLSnapAreaFactor 100 VLMaxConnectTrackItems 4 VLMinConnectDistance 2 "
+    "VLDefaultWSWidth 4000 VLDefaultWSHeight 2500 VLPrefsFileFormat 3";
+
+tStored Defaults()
+{
+    tStored result;
+    std::istringstream words(kDefaults);
+    for (std::string key, value; words >> key >> value;) {
+        result[key] = value;
+    }
+    return result;
+}
+
+tHolder MakeString(const std::string& utf8)
+{
+    return tHolder(CFStringCreateWithCString(kCFAllocatorDefault, utf8.c_str(), kCFStringEncodingUTF8));
+}
+
+/// Stores a value written as above; an empty one removes the key.
+void Store(const std::string& key, const std::string& value)
+{
+    tHolder object;
+    if (value == "true" || value == "false") {
+        object.reset(CFRetain(value == "true" ? kCFBooleanTrue : kCFBooleanFalse));
+    } else if (!value.empty() && value[0] == '\'') {
+        object = MakeString(value.substr(1, value.size() - 2));
+    } else if (!value.empty()) {
+        const int number = std::stoi(value);
+        object.reset(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &number));
+    }
+    CFPreferencesSetAppValue(static_cast<CFStringRef>(MakeString(key).get()), object.get(),
+                             CVLPreferences::GetIdentifier());
+}
+
+/// What the store holds under a key, written as above.
+std::string Stored(const std::string& key)
+{
+    const tHolder value(
+        CFPreferencesCopyAppValue(static_cast<CFStringRef>(MakeString(key).get()), CVLPreferences::GetIdentifier()));
+    if (!value) {
+        return "";
+    }
+    if (CFGetTypeID(value.get()) == CFBooleanGetTypeID()) {
+        return CFBooleanGetValue(static_cast<CFBooleanRef>(value.get())) ? "true" : "false";
+    }
+    if (CFGetTypeID(value.get()) == CFStringGetTypeID()) {
+        char text[1024] = "?";
+        CFStringGetCString(static_cast<CFStringRef>(value.get()), text, sizeof text, kCFStringEncodingUTF8);
+        return std::string("'") + text + "'";
+    }
+    int number = -1;
+    CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberSInt32Type, &number);
+    return std::to_string(number);
+}
+
+/// Every test begins and ends with an empty store.
+class CVLPreferencesStore : public testing::Test {
+protected:
+    CVLPreferencesStore() { Empty(); }
+    ~CVLPreferencesStore() override { Empty(); }
+
+    static void Empty()
+    {
+        for (const auto& [key, value] : Defaults()) {
+            Store(key, "");
+        }
+    }
+};
+} // namespace
+
+TEST_F(CVLPreferencesStore, DefaultsAreReadFromNothingAndSaved)
+{
+    const CVLPreferences preferences;
+    EXPECT_STREQ(preferences.mStockFileName, "Stock.xml");
+    EXPECT_EQ(Stored("VLUnits"), "") << "reading writes nothing";
+    preferences.Save();
+    for (const auto& [key, value] : Defaults()) {
+        EXPECT_EQ(Stored(key), value) << key;
+    }
+    EXPECT_TRUE(std::filesystem::exists(std::string(getenv("XDG_CONFIG_HOME")) + "/velmora/com.velmora.Velmora.plist"));
+    EXPECT_EQ(CVLPreferences::Instance(), CVLPreferences::Instance());
+}
+
+TEST_F(CVLPreferencesStore, EveryOtherValueComesBackUnderItsKey)
+{
+    tStored changed = Defaults();
+    for (auto& [key, value] : changed) {
+        if (value == "true" || value == "false") {
+            value = value == "true" ? "false" : "true";
+        } else {
+            value = value[0] == '\'' ? "'\xC3\xA4" + key + "'" : std::to_string(std::stoi(value) - 1000);
+        }
+        Store(key, value);
+    }
+    CVLPreferences preferences;
+    EXPECT_STREQ(preferences.mDefaultLibraryName, "\x8AVLDefaultRSName");
+    EXPECT_EQ(preferences.mUnits, -998) << "ranges are the business of those who use a value";
+    EXPECT_TRUE(preferences.mShowLayerPalette);
+    Empty();
+    preferences.Load(); // now without a single key: every field stays
+    preferences.Save();
+    changed["VLPrefsFileFormat"] = "3"; // never read
+    for (const auto& [key, value] : changed) {
+        EXPECT_EQ(Stored(key), value) << key;
+    }
+}
+
+TEST_F(CVLPreferencesStore, LongTextsAreCutAndWrongTypesLeaveTheField)
+{
+    Store("VLStockFileName", "'" + std::string(500, 'x') + "'");
+    Store("VLUnits", "'4'");
+    Store("VLSoundsOn", "'x'");
+    CVLPreferences preferences;
+    EXPECT_EQ(preferences.mStockFileName, std::string(255, 'x'));
+    EXPECT_EQ(preferences.mUnits, 2);
+    EXPECT_TRUE(preferences.mSoundsOn);
+    Store("VLStockFileName", "5");
+    Store("VLDefaultRSName", "'\xE4\xB8\xAD'"); // no Mac OS Roman form
+    preferences.Load();
+    EXPECT_EQ(preferences.mStockFileName, std::string(255, 'x'));
+    EXPECT_STREQ(preferences.mDefaultLibraryName, "");
+}
+
+TEST(KVUPrefsValue, CharactersAndRawBytes)
+{
+    const CFStringRef key = CFSTR("Value");
+    const CFStringRef application = CFSTR("com.velmora.test");
+    char character = '#';
+    EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, character));
+    EXPECT_EQ(character, '#');
+    KVUPrefsValue::WriteValue(key, application, 0x142);
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, character));
+    EXPECT_EQ(character, 'B') << "the low byte";
+    KVUPrefsValue::WriteValue(key, application, 'A');
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, character));
+    EXPECT_EQ(character, 'A');
+
+    const unsigned char bytes[] = {0, 1, 255, 0, 7};
+    unsigned char read[6];
+    memset(read, '#', sizeof read);
+    EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, read, sizeof read)) << "a number is no data";
+    KVUPrefsValue::WriteValue(key, application, bytes, sizeof bytes);
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read, 3));
+    EXPECT_EQ(memcmp(read, bytes, 3), 0);
+    EXPECT_EQ(read[3], '#') << "cut to the capacity";
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read, sizeof read));
+    EXPECT_EQ(memcmp(read, bytes, 5), 0);
+
+    char text[8] = "old";
+    EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, text, sizeof text)) << "data is no text";
+    EXPECT_STREQ(text, "old");
+    KVUPrefsValue::WriteValue(key, application, "\xF0\x8A");
+    EXPECT_TRUE(KVUPrefsValue::SyncPrefs(application));
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, text, sizeof text));
+    EXPECT_STREQ(text, "\xF0\x8A");
+}

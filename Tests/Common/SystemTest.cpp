@@ -1,0 +1,198 @@
+#include "CBundle/CBundle.h"
+#include "CMutexLock/CMutexLock.h"
+#include "KVUPath/KVUPath.h"
+#include "Reports.h"
+#include "UFiles/UFiles.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::ExitedWithCode;
+using testing::Pair;
+
+namespace {
+/// A folder of its own for a test, empty at its start.
+std::string EmptyFolder()
+{
+    const std::string folder = std::string(getenv("TEST_FOLDER")) + "/system";
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    return folder;
+}
+
+void WriteFile(const std::string& path, const std::string& content)
+{
+    std::ofstream(path) << content;
+}
+} // namespace
+
+TEST(CBundle, AProgramThatIsNoBundleIsVelmora)
+{
+    const CBundle& bundle = *CBundle::Instance();
+    EXPECT_EQ(CBundle::Instance(), &bundle);
+    EXPECT_STREQ(bundle.GetBundleName(), "Velmora");
+    EXPECT_STREQ(bundle.GetIdentifier(), "com.velmora.Velmora");
+
+    const fs::path program = fs::read_symlink("/proc/self/exe");
+    FSRef file;
+    ASSERT_TRUE(bundle.GetFSRefForFileNextToApp(program.filename().c_str(), file));
+    EXPECT_EQ(fs::canonical(file.path), fs::canonical(program));
+    EXPECT_FALSE(bundle.GetFSRefForFileNextToApp("no such file", file));
+    EXPECT_FALSE(bundle.GetFSRefForResource("no such", "txt", file));
+}
+
+TEST(KVUPath, Suffix)
+{
+    const struct {
+        const char* path;
+        bool checkOnly;
+        const char* result;
+        bool missing;
+    } cases[] = {{"plan.txt", false, "plan.txt", false}, {"plan", false, "plan.txt", true},
+                 {"plan", true, "plan", true},           {"plan.txt.bak", false, "plan.txt.bak.txt", true},
+                 {"plan.", false, "plan..txt", true},    {"txt", false, "txt.txt", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        char path[32];
+        strcpy(path, c.path);
+        EXPECT_EQ(KVUPath::CheckAppendFileSuffix(path, "txt", c.checkOnly, sizeof path), c.missing);
+        EXPECT_STREQ(path, c.result);
+    }
+    char full[9] = "plan";
+    EXPECT_FALSE(KVUPath::CheckAppendFileSuffix(full, "txt", false, 8));
+    EXPECT_STREQ(full, "plan");
+}
+
+TEST(KVUPath, Components)
+{
+    EXPECT_EQ(KVUPath::GetLastPathComponent("a/b/c"), "c");
+    EXPECT_EQ(KVUPath::GetLastPathComponent("c"), "c");
+    EXPECT_TRUE(KVUPath::IsAbsolutePath("/a"));
+    EXPECT_FALSE(KVUPath::IsAbsolutePath(""));
+    EXPECT_FALSE(KVUPath::IsAbsolutePath(nullptr));
+    char path[8] = "a";
+    KVUPath::SetPathEndToSeparator(path);
+    KVUPath::SetPathEndToSeparator(path);
+    EXPECT_STREQ(path, "a/");
+    path[0] = '\0';
+    KVUPath::SetPathEndToSeparator(path);
+    EXPECT_STREQ(path, "");
+}
+
+TEST(KVUPath, Tilde)
+{
+    const std::string home = EmptyFolder();
+    WriteFile(home + "/file", "");
+    setenv("HOME", home.c_str(), 1);
+
+    std::vector<char> path(home.size() + 7); // "/file", its zero and one more
+    strcpy(path.data(), "~/file");
+    KVUPath::CreatePathByExpandingTildePath(path.data(), static_cast<int>(path.size()) - 1);
+    EXPECT_STREQ(path.data(), "~/file") << "fits only with a byte to spare";
+    KVUPath::CreatePathByExpandingTildePath(path.data(), static_cast<int>(path.size()));
+    EXPECT_EQ(path.data(), home + "/file");
+    strcpy(path.data(), "~/gone");
+    KVUPath::CreatePathByExpandingTildePath(path.data(), static_cast<int>(path.size()));
+    EXPECT_STREQ(path.data(), "~/gone");
+    EXPECT_EXIT(KVUPath::CreatePathByExpandingTildePath(nullptr, 9), ExitedWithCode(0),
+                "static void KVUPath::CreatePathByExpandingTildePath\\(char \\*, int\\)\n.*No path specified");
+}
+
+TEST(UFiles, NamesAndPaths)
+{
+    const std::string path = EmptyFolder() + "/Pl\xC3\xA4ne";
+    WriteFile(path, "content");
+    FSRef file;
+    ASSERT_EQ(Platform::MakeReference(path, file), noErr);
+    char name[16];
+    UFiles::GetFileName(name, sizeof name, file);
+    EXPECT_STREQ(name, "Pl\x8Ane");
+    UFiles::GetFileName(name, 4, file);
+    EXPECT_STREQ(name, "Pl\x8A");
+    UFiles::GetFileName(name, sizeof name, FSRef{"/tmp/\xE4\xB8\xAD"});
+    EXPECT_STREQ(name, "\xE4\xB8\xAD") << "no Mac OS Roman form";
+
+    char full[4096];
+    std::string message = "as it was";
+    EXPECT_EQ(UFiles::GetFullPathToFile(full, sizeof full, file, message), noErr);
+    EXPECT_EQ(full, file.path);
+    {
+        const std::string warning =
+            "static OSStatus UFiles::GetFullPathToFile(char *, int, FSRef &, string &): Failed to create path to file.";
+        CReports reports;
+        EXPECT_EQ(UFiles::GetFullPathToFile(full, 5, file, message), bdNamErr);
+        EXPECT_EQ(UFiles::GetFullPathToFile(full, sizeof full, FSRef(), message), rfNumErr);
+        EXPECT_THAT(reports.mMessages,
+                    ElementsAre(Pair(Platform::eReportLevel::kWarning, warning + "\n(Bad filename or volume name.)"),
+                                Pair(Platform::eReportLevel::kWarning, warning + "\n(Invalid reference number.)")));
+    }
+    EXPECT_EQ(message, "as it was");
+
+    FILE* const stream = UFiles::OpenFSRefAsFileHandle(&file, "rb");
+    ASSERT_NE(stream, nullptr);
+    char content[8] = "";
+    EXPECT_EQ(fread(content, 1, 7, stream), 7u);
+    EXPECT_STREQ(content, "content");
+    fclose(stream);
+    fs::remove(path);
+    EXPECT_EQ(UFiles::OpenFSRefAsFileHandle(&file, "rb"), nullptr);
+    EXPECT_EQ(UFiles::OpenFSRefAsFileHandle(nullptr, "rb"), nullptr);
+}
+
+TEST(UFiles, FoldersAreFoundOrMade)
+{
+    const std::string parent = EmptyFolder();
+    FSRef folder;
+    ASSERT_TRUE(UFiles::GetCreateFolder(parent.c_str(),
+                                        "Gr\xC3\xBC\xC3\x9F"
+                                        "e",
+                                        &folder));
+    EXPECT_EQ(folder.path, parent + "/Gr\xC3\xBC\xC3\x9F"
+                                    "e");
+    EXPECT_TRUE(fs::is_directory(folder.path));
+    WriteFile(folder.path + "/kept", "");
+    FSRef again;
+    ASSERT_TRUE(UFiles::GetCreateFolder(parent.c_str(),
+                                        "Gr\xC3\xBC\xC3\x9F"
+                                        "e",
+                                        &again));
+    EXPECT_EQ(again.path, folder.path);
+    EXPECT_TRUE(fs::exists(folder.path + "/kept"));
+
+    EXPECT_FALSE(UFiles::GetCreateFolder(&folder, "kept", &again)) << "a file of that name";
+    EXPECT_EQ(again.path, folder.path);
+    EXPECT_FALSE(UFiles::GetCreateFolder((parent + "/missing").c_str(), "x", &again));
+    EXPECT_FALSE(fs::exists(parent + "/missing"));
+
+    ASSERT_TRUE(UFiles::GetUserApplicationSupportFolder(folder));
+    EXPECT_EQ(folder.path, std::string(getenv("XDG_DATA_HOME")) + "/Velmora");
+    EXPECT_TRUE(fs::is_directory(folder.path));
+}
+
+TEST(CMutexLock, ExcludesOthers)
+{
+    CMutexLock mutex("a name");
+    EXPECT_EQ(mutex.GetName(), "a name");
+    const auto otherCanLock = [&mutex] {
+        bool taken = false;
+        std::thread([&] {
+            taken = mutex.TryLock();
+            if (taken) {
+                mutex.Unlock();
+            }
+        }).join();
+        return taken;
+    };
+    EXPECT_EQ(mutex.Lock(), 0);
+    EXPECT_FALSE(otherCanLock());
+    EXPECT_EQ(mutex.Unlock(), 0);
+    EXPECT_TRUE(otherCanLock());
+}

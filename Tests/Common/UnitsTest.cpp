@@ -1,0 +1,84 @@
+#include "Reports.h"
+#include "UnitLength/URailConstants.h"
+#include "UnitLength/UUnits.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+
+using testing::ExitedWithCode;
+
+TEST(URailConstants, Scales)
+{
+    const struct {
+        int code;
+        const char* name;
+        const char* longText;
+        double ratio, gauge, railWidth, height, width;
+    } cases[] = {
+        {URailConstants::kScaleZ, "Z", "Z  (1:220)", 220, 6.5, 0.5, 27, 20},
+        {URailConstants::kScaleH0, "H0", "H0  (1:87)", 87, 16.5, 0.9, 65, 48},
+        {URailConstants::kScaleIIm, "IIm", "IIm  (1:22,5)", 22.5, 45, 1.3, 235, 184},
+        {URailConstants::kScaleCustom, "Custom Scale", "Custom Scale", 1, 50, 5, 250, 200},
+        {URailConstants::kScaleS, "S", "S  (1:64)", 64, 22.45, 1.1, 87, 66},
+        {URailConstants::kScale00, "00", "00  (1:76)", 76, 16.5, 1.1, 87, 66},
+        {10, "???", "???", 1, 1, 1, 100, 100},
+        {23, "???", "???", 1, 1, 1, 100, 100},
+        {INT_MIN, "???", "???", 1, 1, 1, 100, 100},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.code);
+        EXPECT_EQ(URailConstants::GetModelScale(c.code), 1.0 / c.ratio);
+        EXPECT_EQ(URailConstants::GetModelScaleTW(c.code), c.gauge);
+        EXPECT_EQ(URailConstants::GetDefaultRailWidth(c.code), c.railWidth);
+        EXPECT_EQ(URailConstants::NEM102_GetMaxHeight(c.code), c.height);
+        EXPECT_EQ(URailConstants::NEM102_GetMaxWidth(c.code), c.width);
+        char text[URailConstants::kTextSize];
+        EXPECT_STREQ(URailConstants::GetModelScaleTxt(text, c.code, true), c.name);
+        EXPECT_STREQ(URailConstants::GetModelScaleTxt(text, c.code, false), c.longText);
+    }
+}
+
+TEST(UUnits, ConversionsAndTexts)
+{
+    const struct {
+        int unit;
+        double millimetres;
+        const char* longText;
+        bool decimal;
+        const char* of16_5;
+        const char* of1000;
+    } cases[] = {{1, 1.0, "mm", true, "16.5 mm", "1000 mm"},
+                 {2, 10.0, "cm", true, "1.6 cm", "100 cm"},
+                 {3, 25.4, "Inch", false, "0.65 \"", "39 \""},
+                 {4, 304.8, "Feet", false, "0.05 Ft", "3 Ft"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.unit);
+        EXPECT_DOUBLE_EQ(UUnits::MM2Unit(c.unit, c.millimetres), 1.0);
+        EXPECT_DOUBLE_EQ(UUnits::Unit2MM(c.unit, 1.0), c.millimetres);
+        EXPECT_STREQ(UUnits::GetUnitStr(c.unit, false), c.longText);
+        EXPECT_EQ(UUnits::IsDecBased(c.unit), c.decimal);
+        const char* const exact = UUnits::BuildMeasureUnitString(c.unit, 16.5);
+        EXPECT_STREQ(UUnits::BuildMeasureUnitString(c.unit, 1000), c.of1000);
+        EXPECT_STREQ(exact, c.of16_5) << "kept beside the text of the other form";
+    }
+}
+
+TEST(UUnits, ALengthBeyondTheBufferIsCutAndReported)
+{
+    CReports reports;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(strlen(UUnits::BuildMeasureUnitString(1, 1e200)), 127u);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              " Function    :  static const char *UUnits::BuildMeasureUnitString(int, double)\n Error Code  :  205\n"
+              " Description :  Input parameter too long!\n\n"); // 200 digits and ".0 mm"
+}
+
+TEST(UUnits, AnUnknownUnitIsFatal)
+{
+    EXPECT_EXIT(UUnits::MM2Unit(5, 1.0), ExitedWithCode(0),
+                "static double UUnits::MM2Unit\\(int, double\\)\n Error Code  :  -1\n"
+                " Description :  Unsupported Measure Unit!");
+    EXPECT_EXIT(UUnits::GetUnitStr(0, true), ExitedWithCode(0), "UUnits::GetUnitStr.*Unsupported Measure Unit!");
+}
