@@ -1,0 +1,298 @@
+#include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
+
+#include "BuildingBlocks/UGrades.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "CheckError/CErr.h"
+#include "CheckError/ULog.h"
+#include "KVUByteOrdering/KVUByteOrdering.h"
+#include "KVURawMem/KVURawMem.h"
+#include "Utilities/Geometry/UPointVec.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace {
+enum : unsigned short {
+    kKeyXOffset = 301,
+    kKeyYOffset,
+    kKeyGauge,
+    kKeyAngle,
+    kKeyJoint0Allowed,
+    kKeyJoint1Allowed,
+    kKeyTrackbedWidth,
+    kKeyRailWidth,
+    kKeyMidRailFlag,
+    kKeyFixedColor
+};
+
+/// The common block as it is always written: headers of its ten records and where they lie in it.
+struct tBlockRecord {
+    uint32_t header; ///< key and size as one big-endian word
+    int offset;
+};
+constexpr uint32_t Header(uint32_t key, uint32_t size)
+{
+    return key << 16 | size;
+}
+constexpr tBlockRecord kCommonBlock[] = {{Header(kKeyXOffset, 8), 0},        {Header(kKeyYOffset, 8), 12},
+                                         {Header(kKeyGauge, 8), 24},         {Header(kKeyAngle, 8), 36},
+                                         {Header(kKeyJoint0Allowed, 1), 48}, {Header(kKeyJoint1Allowed, 1), 53},
+                                         {Header(kKeyTrackbedWidth, 8), 58}, {Header(kKeyRailWidth, 8), 70},
+                                         {Header(kKeyMidRailFlag, 4), 82},   {Header(kKeyFixedColor, 6), 90}};
+constexpr size_t kCommonBlockSize = 100;
+
+bool IsCommonBlock(const unsigned char* bytes)
+{
+    uint32_t difference = 0;
+    for (const tBlockRecord& record : kCommonBlock) {
+        difference |= BigEndian::Unsigned32(bytes + record.offset) ^ record.header;
+    }
+    return difference == 0;
+}
+} // namespace
+
+CBasicGeometry::CBasicGeometry() = default;
+
+CBasicGeometry::CBasicGeometry(CBasicGeometry* source)
+{
+    CErr::CheckNull(source, "CBasicGeometry::CBasicGeometry(CBasicGeometry *)",
+                    "Invalid input parameter for copy constructor");
+    mItemXOffset = source->GetItemXOffset();
+    mItemYOffset = source->GetItemYOffset();
+    mGauge = source->GetGauge();
+    mTrackbedWidth = source->GetTrackbedWidth();
+    mAngle = source->GetAngle();
+    mTrackLength = source->GetTrackLength();
+    mRailWidth = source->GetRailWidth();
+    mMidRailFlag = source->GetMidRailFlag();
+    source->GetFixedColor(mFixedColor);
+    AllowJoints(source->IsJointAllowed(0), source->IsJointAllowed(1));
+}
+
+CBasicGeometry::CBasicGeometry(void* raw)
+{
+    const void* cursor = raw;
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mItemXOffset);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mItemYOffset);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mGauge);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mAngle);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mJointAllowed[0]);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mJointAllowed[1]);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mTrackbedWidth);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mRailWidth);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mMidRailFlag);
+    KVURawMem::FetchDataFromRawMem(cursor, mFixedColor);
+    mTrackLength = 0.0; // not in the record; the concrete component knows how to measure itself
+}
+
+CBasicGeometry& CBasicGeometry::operator=(const CBasicGeometry& source)
+{
+    if (this != &source) {
+        mItemXOffset = source.mItemXOffset;
+        mItemYOffset = source.mItemYOffset;
+        mGauge = source.mGauge;
+        mTrackbedWidth = source.mTrackbedWidth;
+        mRailWidth = source.mRailWidth;
+        mAngle = source.mAngle;
+        mTrackLength = source.mTrackLength;
+        mMidRailFlag = source.mMidRailFlag;
+        mFixedColor = source.mFixedColor;
+        AllowJoints(source.mJointAllowed[0], source.mJointAllowed[1]);
+    }
+    return *this;
+}
+
+void CBasicGeometry::AllowJoints(bool joint0, bool joint1)
+{
+    mJointAllowed[0] = joint0;
+    mJointAllowed[1] = joint1;
+    mJoints[0].SetActiveTo(joint0);
+    mJoints[1].SetActiveTo(joint1);
+}
+
+void CBasicGeometry::SetJointOwner(CCompositeGeometry* owner)
+{
+    mJoints[0].SetOwner(owner);
+    mJoints[1].SetOwner(owner);
+}
+
+void* CBasicGeometry::GetParameterAsRaw(void* destination)
+{
+    destination = KVURawMem::AppendDataToRawMem(destination, mItemXOffset);
+    destination = KVURawMem::AppendDataToRawMem(destination, mItemYOffset);
+    destination = KVURawMem::AppendDataToRawMem(destination, mGauge);
+    destination = KVURawMem::AppendDataToRawMem(destination, mAngle);
+    destination = KVURawMem::AppendDataToRawMem(destination, mJointAllowed[0]);
+    destination = KVURawMem::AppendDataToRawMem(destination, mJointAllowed[1]);
+    destination = KVURawMem::AppendDataToRawMem(destination, mTrackbedWidth);
+    destination = KVURawMem::AppendDataToRawMem(destination, mRailWidth);
+    destination = KVURawMem::AppendDataToRawMem(destination, mMidRailFlag);
+    return KVURawMem::AppendDataToRawMem(destination, mFixedColor);
+}
+
+void CBasicGeometry::DefineTrackItemArea(double, double, std::vector<CPoint>&) {}
+
+void CBasicGeometry::DefineTrackItemOutline(double, double, std::vector<CPoint>&) {}
+
+void CBasicGeometry::SetLineThickness(int) {}
+
+void CBasicGeometry::DefineTrackItemOutlineAndHeight(double angle, double distance, CGradeVector& grade,
+                                                     std::vector<CPoint>& points)
+{
+    DefineTrackItemOutline(angle, distance, points);
+    if (!grade.IsGraded()) {
+        return;
+    }
+    std::vector<CPoint> turned(points);
+    UPointVec::RotatePointVecZ(turned, grade.GetStartPoint(), -grade.GetAngleToXAxis());
+    UPointVec::RotatePointVecY(turned, grade.GetStartPoint(), grade.GetGradeAngle());
+    for (size_t i = 0; i < points.size() && i < turned.size(); ++i) {
+        points[i].z = turned[i].z;
+    }
+}
+
+void CBasicGeometry::CalcTrackMarks(double angle, CPoint& a1, CPoint& a2, CPoint& b1, CPoint& b2)
+{
+    DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, kPlaceForTrackMarks);
+    const double width = CalcTrackMarkerWidth();
+    mJoints[0].CalculateTrackMarkEndpoints(CJoint::kMarkLocalPoint, width, a1, a2);
+    mJoints[1].CalculateTrackMarkEndpoints(CJoint::kMarkLocalPoint, width, b1, b2);
+}
+
+void CBasicGeometry::CalcTrackMarks(double angle, CGradeVector& grade, CPoint& a1, CPoint& a2, CPoint& b1, CPoint& b2)
+{
+    CalcTrackMarks(angle, a1, a2, b1, b2);
+    for (CPoint* point : {&a1, &a2, &b1, &b2}) {
+        UGrades::ApplyGradeToPoint(*point, grade);
+    }
+}
+
+CPoint& CBasicGeometry::GetRotationReferencePoint(double)
+{
+    return mJoints[0].GetLocalPoint();
+}
+
+void CBasicGeometry::GetJoints(const CPoint& origin, double angle, const CGradeVector& grade,
+                               std::vector<CJoint*>& joints, bool recalculate)
+{
+    joints.clear();
+    if (recalculate) {
+        DefineJoints(origin, angle, grade, kPlaceForConnection);
+    }
+    joints.reserve(2);
+    joints.push_back(&mJoints[0]);
+    joints.push_back(&mJoints[1]);
+}
+
+void CBasicGeometry::SetJointPos(int i, double x, double y)
+{
+    DefineJoints(CPoint::ZeroPos, 0.0, CGradeVector::ZeroGrade, kPlaceForConnection);
+    const CPoint& position = mJoints[i].GetPosition();
+    mItemXOffset += x - position.x;
+    mItemYOffset += y - position.y;
+}
+
+void CBasicGeometry::GetJointPos(int i, double& x, double& y)
+{
+    x = mJoints[i].GetPosition().x;
+    y = mJoints[i].GetPosition().y;
+}
+
+void CBasicGeometry::FinishJoints(const CPoint& origin, const CGradeVector& grade, int mode)
+{
+    const bool graded = grade.IsGraded();
+    for (CJoint& joint : mJoints) {
+        if (graded) {
+            UGrades::ApplyGradeToPoint(joint.GetLocalPoint(), grade);
+        } else {
+            joint.GetLocalPoint().z = 0.0;
+        }
+        if (mode == kPlaceForConnection) {
+            const CPoint& local = joint.GetLocalPoint();
+            joint.GetPosition().SetPos(local.x + origin.x, local.y + origin.y, local.z + origin.z);
+        }
+    }
+}
+
+void CBasicGeometry::GetCenter(CPoint& centre, double angle)
+{
+    DRect box = {};
+    CalcBoundingBox(box, angle);
+    centre.SetPos(box.left + (box.right - box.left) / 2.0, box.top + (box.bottom - box.top) / 2.0);
+}
+
+void CBasicGeometry::SetCenter(CPoint& centre)
+{
+    CPoint current;
+    GetCenter(current, 0.0);
+    MoveItemBy(centre.x - current.x, centre.y - current.y);
+}
+
+void CBasicGeometry::SetCenter(double x, double y)
+{
+    CPoint centre(x, y, 0.0);
+    SetCenter(centre);
+}
+
+void CBasicGeometry::WarnUnsupported(const char* function, int version)
+{
+    ULog::Warn("%s: Unsupported file format (version %d)", function, version);
+}
+
+bool CBasicGeometry::Load(FILE* file, int version)
+{
+    if (!IsKnownVersion(version)) {
+        WarnUnsupported("virtual bool CBasicGeometry::Load(FILE *, int)", version);
+        return false;
+    }
+    CTaggedFile records(file);
+    if (const unsigned char* block = records.TakeRun(kCommonBlockSize, &IsCommonBlock)) {
+        const auto data = [block](int record) { return block + kCommonBlock[record].offset + kRecordHeader; };
+        mItemXOffset = BigEndian::FixedPoint(data(0));
+        mItemYOffset = BigEndian::FixedPoint(data(1));
+        mGauge = BigEndian::FixedPoint(data(2));
+        mAngle = BigEndian::FixedPoint(data(3));
+        mJointAllowed[0] = *data(4) != 0;
+        mJointAllowed[1] = *data(5) != 0;
+        mTrackbedWidth = BigEndian::FixedPoint(data(6));
+        mRailWidth = BigEndian::FixedPoint(data(7));
+        mMidRailFlag = BigEndian::Signed32(data(8));
+        std::memcpy(&mFixedColor, data(9), sizeof mFixedColor);
+        KVUByteOrdering::SwapBigToHost(mFixedColor);
+    } else {
+        records.Read(kKeyXOffset, mItemXOffset);
+        records.Read(kKeyYOffset, mItemYOffset);
+        records.Read(kKeyGauge, mGauge);
+        records.Read(kKeyAngle, mAngle);
+        records.Read(kKeyJoint0Allowed, mJointAllowed[0]);
+        records.Read(kKeyJoint1Allowed, mJointAllowed[1]);
+        records.Read(kKeyTrackbedWidth, mTrackbedWidth);
+        records.Read(kKeyRailWidth, mRailWidth);
+        records.Read(kKeyMidRailFlag, mMidRailFlag);
+        RGBColor color = mFixedColor;
+        KVUByteOrdering::SwapHostToBig(color); // so that a missing colour stays the default
+        records.Read(kKeyFixedColor, &color, sizeof color);
+        KVUByteOrdering::SwapBigToHost(color);
+        mFixedColor = color;
+    }
+    mJoints[0].SetActiveTo(mJointAllowed[0]);
+    mJoints[1].SetActiveTo(mJointAllowed[1]);
+    return true;
+}
+
+void CBasicGeometry::Save(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyXOffset, mItemXOffset);
+    records.Write(kKeyYOffset, mItemYOffset);
+    records.Write(kKeyGauge, mGauge);
+    records.Write(kKeyAngle, mAngle);
+    records.Write(kKeyJoint0Allowed, mJointAllowed[0]);
+    records.Write(kKeyJoint1Allowed, mJointAllowed[1]);
+    records.Write(kKeyTrackbedWidth, mTrackbedWidth);
+    records.Write(kKeyRailWidth, mRailWidth);
+    records.Write(kKeyMidRailFlag, mMidRailFlag);
+    RGBColor color = mFixedColor;
+    KVUByteOrdering::SwapHostToBig(color);
+    records.Write(kKeyFixedColor, &color, sizeof color);
+}

@@ -1,0 +1,158 @@
+#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
+
+#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/KVURawMem.h"
+#include "UnitLength/UUnits.h"
+#include "Utilities/Geometry/UArcGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+constexpr double kPi = 3.141592653589793;
+/// How far the chords of an outline may lie from its arc, mm.
+constexpr double kChordError = 0.05;
+/// Steps of an outline at the most, however large the radius.
+constexpr int kMostSteps = 720;
+
+CPoint PointOnArc(const CPoint& centre, double radius, double heading)
+{
+    const tDirection direction = UArcGeometry::Direction(heading);
+    return {centre.x + radius * direction.sine, centre.y - radius * direction.cosine, 0.0};
+}
+} // namespace
+
+CCurveBIG::CCurveBIG()
+{
+    UpdateCurvedRailLength();
+}
+
+CCurveBIG::CCurveBIG(CCurveBIG* source) : CBasicGeometry(source), mRadius(source->mRadius), mArcAngle(source->mArcAngle)
+{
+    UpdateCurvedRailLength();
+}
+
+CCurveBIG::CCurveBIG(void* raw) : CBasicGeometry(raw)
+{
+    KVURawMem::FetchDataFromRawMem(KVURawMem::FetchDataFromRawMem(BehindCommonRecord(raw), mRadius), mArcAngle);
+    UpdateCurvedRailLength();
+}
+
+void CCurveBIG::SpecifyCurveGeometry(double xOffset, double yOffset, double radius, double arcAngle, double angle,
+                                     double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed)
+{
+    mItemXOffset = xOffset;
+    mItemYOffset = yOffset;
+    mRadius = radius;
+    mArcAngle = arcAngle;
+    mAngle = angle;
+    mGauge = gauge;
+    mTrackbedWidth = trackbedWidth;
+    AllowJoints(joint0Allowed, joint1Allowed);
+    UpdateCurvedRailLength();
+}
+
+void CCurveBIG::UpdateCurvedRailLength()
+{
+    mTrackLength = mRadius * mArcAngle * kPi / 180.0;
+}
+
+void* CCurveBIG::GetParameterAsRaw(void* destination)
+{
+    destination = KVURawMem::AppendDataToRawMem(destination, GetType());
+    destination = CBasicGeometry::GetParameterAsRaw(destination);
+    destination = KVURawMem::AppendDataToRawMem(destination, mRadius);
+    return KVURawMem::AppendDataToRawMem(destination, mArcAngle);
+}
+
+std::string CCurveBIG::ToString(int unit)
+{
+    char arc[352]; // the longest double with one decimal
+    snprintf(arc, sizeof arc, "Curve %4.1f, R:", mArcAngle);
+    return std::string(arc) + UUnits::BuildMeasureUnitString(unit, mRadius);
+}
+
+tTravelledArc CCurveBIG::JointArc(double angle) const
+{
+    return {mRadius + mGauge, mAngle + angle, mArcAngle};
+}
+
+CPoint CCurveBIG::GetOffsetForLeftTopAlignedCurve(double angle)
+{
+    const tTravelledArc arc = JointArc(angle);
+    const DRect band = UArcGeometry::BandBox(arc, CalcTrackMarkerWidth());
+    const CPoint centre(mItemXOffset - band.left, mItemYOffset - band.top, 0.0);
+    mFirstEnd = PointOnArc(centre, arc.radius, arc.start);
+    mSecondEnd = PointOnArc(centre, arc.radius, arc.start + arc.sweep);
+    return centre;
+}
+
+void CCurveBIG::CurveInternalDefJoints()
+{
+    mJoints[0].GetLocalPoint() = mFirstEnd;
+    mJoints[1].GetLocalPoint() = mSecondEnd;
+}
+
+void CCurveBIG::DefineJoints(const CPoint& origin, double angle, const CGradeVector& grade, int mode)
+{
+    GetOffsetForLeftTopAlignedCurve(angle);
+    CurveInternalDefJoints();
+    const double direction = mAngle + angle;
+    mJoints[0].SetAngle(std::fmod(direction, 360.0));
+    mJoints[1].SetAngle(std::fmod(direction + mArcAngle + 180.0, 360.0));
+    FinishJoints(origin, grade, mode);
+    mJoints[0].SetComponentFlag(false);
+    mJoints[1].SetComponentFlag(true);
+}
+
+void CCurveBIG::CalcBoundingBox(DRect& box, double angle)
+{
+    const DRect band = UArcGeometry::BandBox(JointArc(angle), CalcTrackMarkerWidth());
+    box = {mItemYOffset, mItemXOffset, mItemYOffset + (band.bottom - band.top),
+           mItemXOffset + (band.right - band.left)};
+}
+
+void CCurveBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
+{
+    const CPoint centre = GetOffsetForLeftTopAlignedCurve(angle);
+    const tTravelledArc arc = JointArc(angle);
+    const double outer = std::fabs(arc.radius) + std::fabs(distance);
+    // A chord over angle a leaves its arc by radius × (1 - cos(a / 2)).
+    const double widest = outer > kChordError ? 2.0 * std::acos(1.0 - kChordError / outer) : kPi;
+    const double needed = std::fabs(arc.sweep) * kPi / 180.0 / widest;
+    const int steps = static_cast<int>(std::clamp(std::ceil(needed), 1.0, static_cast<double>(kMostSteps)));
+    points.reserve(points.size() + 2 * static_cast<size_t>(steps) + 2);
+    for (int i = 0; i <= steps; ++i) {
+        points.push_back(PointOnArc(centre, arc.radius + distance, arc.start + arc.sweep * i / steps));
+    }
+    for (int i = steps; i >= 0; --i) {
+        points.push_back(PointOnArc(centre, arc.radius - distance, arc.start + arc.sweep * i / steps));
+    }
+}
+
+void CCurveBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)
+{
+    DefineTrackItemOutline(angle, CalcTrackMarkerWidth() + distance, points);
+}
+
+bool CCurveBIG::Load(FILE* file, int version)
+{
+    if (!CBasicGeometry::Load(file, version)) {
+        return false;
+    }
+    CTaggedFile records(file);
+    records.Read(kKeyRadius, mRadius);
+    records.Read(kKeyArcAngle, mArcAngle);
+    UpdateCurvedRailLength();
+    return true;
+}
+
+void CCurveBIG::Save(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyType, GetType());
+    CBasicGeometry::Save(file);
+    records.Write(kKeyRadius, mRadius);
+    records.Write(kKeyArcAngle, mArcAngle);
+}

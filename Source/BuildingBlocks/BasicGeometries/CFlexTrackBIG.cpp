@@ -1,0 +1,141 @@
+#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
+
+#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/KVURawMem.h"
+#include "UnitLength/UUnits.h"
+#include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UBezier.h"
+
+#include <cmath>
+
+CFlexTrackBIG::CFlexTrackBIG()
+{
+    mCloseFlag = true;
+    mLineThickness = 1;
+}
+
+CFlexTrackBIG::CFlexTrackBIG(CFlexTrackBIG* source)
+    : CPolyBIG(source), mMaxLength(source->mMaxLength), mStartAngle(source->mStartAngle), mEndAngle(source->mEndAngle)
+{}
+
+CFlexTrackBIG::CFlexTrackBIG(void* raw) : CPolyBIG(static_cast<void*>(static_cast<char*>(raw) + kTypeCodeSize))
+{
+    const char* behindPolygon = static_cast<const char*>(raw) + CPolyBIG::GetParameterRawSize();
+    KVURawMem::FetchDataFromRawMem(static_cast<const void*>(behindPolygon), mMaxLength);
+    CFlexTrackBIG::CalcBezierCurve();
+}
+
+void CFlexTrackBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
+                                        int lineThickness, tPolyLegacySubType legacySubType)
+{
+    CPolyBIG::SpecifyPolyGeometry(x, y, points, angle, lineThickness, legacySubType);
+    CalcBezierCurve();
+}
+
+void CFlexTrackBIG::SpecifyFlexGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
+                                        double trackbedWidth, double maxLength)
+{
+    mTrackbedWidth = trackbedWidth;
+    mMaxLength = maxLength;
+    SpecifyPolyGeometry(x, y, points, angle, mLineThickness, mLegacySubType);
+    AllowJoints(true, true);
+}
+
+void CFlexTrackBIG::SetPoints(const std::vector<CPoint>& points)
+{
+    CPolyBIG::SetPoints(points);
+    CalcBezierCurve();
+}
+
+void CFlexTrackBIG::AddPoint(const CPoint& point)
+{
+    CPolyBIG::AddPoint(point);
+    CalcBezierCurve();
+}
+
+void CFlexTrackBIG::SetAngle(double angle)
+{
+    CPolyBIG::SetAngle(angle);
+    CalcBezierCurve();
+}
+
+void CFlexTrackBIG::CalcBezierCurve()
+{
+    CalculateRotatedPointPositions(mRotatedPoints, mAngle);
+    mStartAngle = UBezier::StartAngle(mPoints);
+    mEndAngle = UBezier::EndAngle(mPoints);
+    mTrackLength = kLengthUnknown;
+}
+
+double CFlexTrackBIG::GetTrackLength()
+{
+    if (mTrackLength < 0.0) {
+        mTrackLength = UBezier::Length(mPoints);
+    }
+    return mTrackLength;
+}
+
+void* CFlexTrackBIG::GetParameterAsRaw(void* destination)
+{
+    destination = KVURawMem::AppendDataToRawMem(destination, GetType());
+    destination = CPolyBIG::GetParameterAsRaw(destination);
+    return KVURawMem::AppendDataToRawMem(destination, mMaxLength);
+}
+
+std::string CFlexTrackBIG::ToString(int unit)
+{
+    return std::string("Flex ") + UUnits::BuildMeasureUnitString(unit, mMaxLength);
+}
+
+void CFlexTrackBIG::DefineJoints(const CPoint& origin, double angle, const CGradeVector& grade, int mode)
+{
+    const double turned = mAngle + angle;
+    const tDirection turn = UArcGeometry::Direction(turned);
+    const CPoint middle = GetMiddle();
+    const CPoint ends[] = {mPoints.empty() ? middle : mPoints.front(), mPoints.empty() ? middle : mPoints.back()};
+    for (int i = 0; i < 2; ++i) {
+        const double dx = ends[i].x - middle.x;
+        const double dy = ends[i].y - middle.y;
+        CPoint& local = mJoints[i].GetLocalPoint();
+        local.x = mItemXOffset + middle.x + dx * turn.cosine - dy * turn.sine;
+        local.y = mItemYOffset + middle.y + dy * turn.cosine + dx * turn.sine;
+    }
+    mJoints[0].SetAngle(std::fmod(mStartAngle + turned, 360.0));
+    mJoints[1].SetAngle(std::fmod(mEndAngle + 180.0 + turned, 360.0));
+    FinishJoints(origin, grade, mode);
+    mJoints[0].SetComponentFlag(true);
+    mJoints[1].SetComponentFlag(true);
+}
+
+void CFlexTrackBIG::CalcBoundingBox(DRect& box, double angle)
+{
+    if (mPoints.empty()) {
+        CPolyBIG::CalcBoundingBox(box, angle);
+        return;
+    }
+    const CPoint middle = GetMiddle();
+    const tTurn turn = {UArcGeometry::Direction(mAngle + angle), {middle.x, middle.y}, {mItemXOffset, mItemYOffset}};
+    UBezier::CalcBox(mPoints, turn, CalcTrackMarkerWidth(), box);
+}
+
+bool CFlexTrackBIG::Load(FILE* file, int version)
+{
+    CTaggedFile records(file);
+    int polygonCode = 0;
+    records.Read(kKeyType, polygonCode); // the element has read the flexible track's own
+    if (!CPolyBIG::Load(file, version)) {
+        return false;
+    }
+    records.Read(kKeyMaxLength, mMaxLength);
+    CalcBezierCurve();
+    return true;
+}
+
+void CFlexTrackBIG::Save(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyType, GetType());
+    CPolyBIG::Save(file);
+    records.Write(kKeyMaxLength, mMaxLength);
+}

@@ -1,0 +1,49 @@
+// A flexible track.
+#pragma once
+
+#include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
+
+/// A track along a smooth curve through the points of a polygon, from its first point to its last, with a joint at
+/// either end. It turns about the middle of its points like a polygon.
+class CFlexTrackBIG : public CPolyBIG {
+public:
+    CFlexTrackBIG();
+    explicit CFlexTrackBIG(CFlexTrackBIG* source);
+    /// Reads the raw record from behind its type code: a polygon's whole record with its code, and the maximum length
+    /// (double).
+    explicit CFlexTrackBIG(void* raw);
+
+    void* GetParameterAsRaw(void* destination) override;
+    int GetParameterRawSize() override { return CPolyBIG::GetParameterRawSize() + kTypeCodeSize + 8; }
+    std::string ToString(int unit) override;
+    /// The box of the curve at half the trackbed width on either side.
+    void CalcBoundingBox(DRect& box, double angle) override;
+    void DefineJoints(const CPoint& origin, double angle, const CGradeVector& grade, int mode) override;
+    int GetType() const override { return kFlexTrackType; }
+    /// Length of the curve, measured when it is first asked for.
+    double GetTrackLength() override;
+    /// A second key 300 with the polygon's code, the polygon's records, key 314 the maximum length (double).
+    bool Load(FILE* file, int version) override;
+    void Save(FILE* file) override;
+
+    void SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle, int lineThickness,
+                             tPolyLegacySubType legacySubType) override;
+    void SetPoints(const std::vector<CPoint>& points) override;
+    void AddPoint(const CPoint& point) override;
+    void SetAngle(double angle) override;
+
+    /// Places a track and allows both joints.
+    /// @param maxLength  the longest piece that one article gives, mm
+    void SpecifyFlexGeometry(double x, double y, const std::vector<CPoint>& points, double angle, double trackbedWidth,
+                             double maxLength);
+    double GetFlexTrackMaxLength() const { return mMaxLength; }
+    /// Brings what is known of the curve up to date with the points.
+    virtual void CalcBezierCurve();
+
+private:
+    static constexpr double kLengthUnknown = -1.0;
+
+    double mMaxLength = 500.0;
+    double mStartAngle = 0.0; ///< direction of travel at the first point, degrees, before turning
+    double mEndAngle = 0.0;
+};

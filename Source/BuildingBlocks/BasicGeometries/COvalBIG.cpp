@@ -1,0 +1,88 @@
+#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
+
+#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/KVURawMem.h"
+#include "UnitLength/UUnits.h"
+
+COvalBIG::COvalBIG(COvalBIG* source)
+    : CBasicGeometry(source), mLineThickness(source->GetLineThickness()), mRadiusX(source->GetRadX()),
+      mRadiusY(source->GetRadY())
+{}
+
+COvalBIG::COvalBIG(void* raw) : CBasicGeometry(raw)
+{
+    const void* cursor = BehindCommonRecord(raw);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mRadiusX);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mRadiusY);
+    KVURawMem::FetchDataFromRawMem(cursor, mLineThickness);
+}
+
+void COvalBIG::SpecifyOvalGeometry(double xOffset, double yOffset, double radius, int lineThickness)
+{
+    mItemXOffset = xOffset;
+    mItemYOffset = yOffset;
+    mRadiusX = mRadiusY = radius;
+    mGauge = 0.0;
+    mLineThickness = lineThickness;
+    AllowJoints(false, false);
+}
+
+void COvalBIG::Scale(double factor, bool scaleOffset)
+{
+    mRadiusX *= factor;
+    mRadiusY *= factor;
+    if (scaleOffset) {
+        mItemXOffset *= factor;
+        mItemYOffset *= factor;
+    }
+}
+
+void* COvalBIG::GetParameterAsRaw(void* destination)
+{
+    destination = KVURawMem::AppendDataToRawMem(destination, GetType());
+    destination = CBasicGeometry::GetParameterAsRaw(destination);
+    destination = KVURawMem::AppendDataToRawMem(destination, mRadiusX);
+    destination = KVURawMem::AppendDataToRawMem(destination, mRadiusY);
+    return KVURawMem::AppendDataToRawMem(destination, mLineThickness);
+}
+
+std::string COvalBIG::ToString(int unit)
+{
+    return std::string("Circle (R:") + UUnits::BuildMeasureUnitString(unit, mRadiusX) + ")";
+}
+
+void COvalBIG::CalcBoundingBox(DRect& box, double)
+{
+    box = {mItemYOffset, mItemXOffset, mItemYOffset + 2.0 * mRadiusX, mItemXOffset + 2.0 * mRadiusX};
+}
+
+CPoint& COvalBIG::GetRotationReferencePoint(double angle)
+{
+    DRect box = {};
+    CalcBoundingBox(box, angle);
+    mCentre = UDRect::Center(box);
+    return mCentre;
+}
+
+bool COvalBIG::Load(FILE* file, int version)
+{
+    if (!CBasicGeometry::Load(file, version)) {
+        return false;
+    }
+    CTaggedFile records(file);
+    records.Read(kKeyRadiusX, mRadiusX);
+    records.Read(kKeyRadiusY, mRadiusY);
+    records.Read(kKeyOvalLineThickness, mLineThickness);
+    return true;
+}
+
+void COvalBIG::Save(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyType, GetType());
+    CBasicGeometry::Save(file);
+    records.Write(kKeyRadiusX, mRadiusX);
+    records.Write(kKeyRadiusY, mRadiusY);
+    records.Write(kKeyOvalLineThickness, mLineThickness);
+}

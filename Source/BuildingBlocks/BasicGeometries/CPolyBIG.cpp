@@ -1,0 +1,177 @@
+#include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
+
+#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/KVURawMem.h"
+#include "Utilities/Geometry/CCalcBoundingBox.h"
+#include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UPointVec.h"
+
+#include <cmath>
+
+CPolyBIG::CPolyBIG(CPolyBIG* source)
+    : CBasicGeometry(source), mPoints(source->mPoints), mRotatedPoints(source->mRotatedPoints),
+      mFirstWorkPoint(source->mFirstWorkPoint), mCloseFlag(source->mCloseFlag), mSecondFlag(source->mSecondFlag),
+      mLineThickness(source->GetLineThickness()), mLegacySubType(source->mLegacySubType),
+      mSecondWorkPoint(source->mSecondWorkPoint)
+{}
+
+CPolyBIG::CPolyBIG(void* raw) : CBasicGeometry(raw)
+{
+    int count = 0;
+    const void* cursor = KVURawMem::FetchDataFromRawMem(BehindCommonRecord(raw), count);
+    for (int i = 0; i < count; ++i) {
+        CPoint point;
+        cursor = KVURawMem::FetchDataFromRawMem(cursor, point.x);
+        cursor = KVURawMem::FetchDataFromRawMem(cursor, point.y);
+        mPoints.push_back(point);
+    }
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mCloseFlag);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mSecondFlag);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mLegacySubType);
+    KVURawMem::FetchDataFromRawMem(cursor, mLineThickness);
+}
+
+void CPolyBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
+                                   int lineThickness, tPolyLegacySubType legacySubType)
+{
+    mItemXOffset = x;
+    mItemYOffset = y;
+    mAngle = angle;
+    mGauge = 0.0;
+    mLegacySubType = legacySubType;
+    mPoints = points;
+    mLineThickness = lineThickness;
+    AllowJoints(false, false);
+}
+
+void* CPolyBIG::GetParameterAsRaw(void* destination)
+{
+    destination = KVURawMem::AppendDataToRawMem(destination, static_cast<int>(kPolyType));
+    destination = CBasicGeometry::GetParameterAsRaw(destination);
+    destination = KVURawMem::AppendDataToRawMem(destination, static_cast<int>(mPoints.size()));
+    for (const CPoint& point : mPoints) {
+        destination = KVURawMem::AppendDataToRawMem(destination, point.x);
+        destination = KVURawMem::AppendDataToRawMem(destination, point.y);
+    }
+    destination = KVURawMem::AppendDataToRawMem(destination, mCloseFlag);
+    destination = KVURawMem::AppendDataToRawMem(destination, mSecondFlag);
+    destination = KVURawMem::AppendDataToRawMem(destination, mLegacySubType);
+    return KVURawMem::AppendDataToRawMem(destination, mLineThickness);
+}
+
+int CPolyBIG::GetParameterRawSize()
+{
+    return kCommonRawSize + 8 + kRawSizePerPoint * static_cast<int>(mPoints.size()) + 10;
+}
+
+std::string CPolyBIG::ToString(int)
+{
+    return "Polygon (" + std::to_string(GetNumberOfPoints()) + ")";
+}
+
+CPoint CPolyBIG::GetPoint(int index) const
+{
+    return index >= 0 && index < GetNumberOfPoints() ? mPoints[static_cast<size_t>(index)] : CPoint::ZeroPos;
+}
+
+CPoint CPolyBIG::GetMiddle() const
+{
+    DRect box = {};
+    CCalcBoundingBox grow(box);
+    for (const CPoint& point : mPoints) {
+        grow.Update(point);
+    }
+    return UDRect::Center(box);
+}
+
+void CPolyBIG::CalculateRotatedPointPositions(std::vector<CPoint>& points, double angle)
+{
+    points = mPoints;
+    if (angle != 0.0) {
+        UPointVec::RotatePointVecZ(points, GetMiddle(), angle);
+    }
+}
+
+CPoint& CPolyBIG::GetRotationReferencePoint(double)
+{
+    const CPoint middle = GetMiddle();
+    mSecondWorkPoint = CPoint(mItemXOffset + middle.x, mItemYOffset + middle.y, 0.0);
+    return mSecondWorkPoint;
+}
+
+void CPolyBIG::CalcBoundingBox(DRect& box, double angle)
+{
+    if (mPoints.empty()) {
+        box = {mItemYOffset, mItemXOffset, mItemYOffset, mItemXOffset};
+        return;
+    }
+    const CPoint middle = GetMiddle();
+    const tDirection turn = UArcGeometry::Direction(mAngle + angle);
+    const auto place = [&](const CPoint& point) {
+        const double dx = point.x - middle.x;
+        const double dy = point.y - middle.y;
+        return CPoint(mItemXOffset + middle.x + dx * turn.cosine - dy * turn.sine,
+                      mItemYOffset + middle.y + dy * turn.cosine + dx * turn.sine, 0.0);
+    };
+    const double halfWidth = CalcTrackMarkerWidth();
+    CCalcBoundingBox grow(box);
+    CPoint previous = place(mPoints.front());
+    grow.Update(previous);
+    const size_t edges = mCloseFlag ? mPoints.size() : mPoints.size() - 1;
+    for (size_t i = 1; i <= edges; ++i) {
+        const CPoint point = place(mPoints[i % mPoints.size()]);
+        grow.Update(point);
+        if (halfWidth != 0.0) {
+            const double dx = point.x - previous.x;
+            const double dy = point.y - previous.y;
+            const double length = std::hypot(dx, dy);
+            if (length > 0.0) {
+                const double acrossX = std::fabs(halfWidth * dy / length);
+                const double acrossY = std::fabs(halfWidth * dx / length);
+                for (const CPoint& end : {previous, point}) {
+                    grow.Update(end.x - acrossX, end.y - acrossY);
+                    grow.Update(end.x + acrossX, end.y + acrossY);
+                }
+            }
+        }
+        previous = point;
+    }
+}
+
+bool CPolyBIG::Load(FILE* file, int version)
+{
+    if (!CBasicGeometry::Load(file, version)) {
+        return false;
+    }
+    CTaggedFile records(file);
+    int count = 0;
+    records.Read(kKeyNumPoints, count);
+    for (int i = 0; i < count; ++i) {
+        CPoint point;
+        records.Read(kKeyPointX, point.x);
+        if (!records.Read(kKeyPointY, point.y) && records.AtEnd()) {
+            break;
+        }
+        mPoints.push_back(point);
+    }
+    records.Read(kKeyCloseFlag, mCloseFlag);
+    records.Read(kKeyLegacySubType, mLegacySubType);
+    records.Read(kKeyPolyLineThickness, mLineThickness);
+    return true;
+}
+
+void CPolyBIG::Save(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyType, static_cast<int>(kPolyType));
+    CBasicGeometry::Save(file);
+    records.Write(kKeyNumPoints, GetNumberOfPoints());
+    for (const CPoint& point : mPoints) {
+        records.Write(kKeyPointX, point.x);
+        records.Write(kKeyPointY, point.y);
+    }
+    records.Write(kKeyCloseFlag, mCloseFlag);
+    records.Write(kKeyLegacySubType, mLegacySubType);
+    records.Write(kKeyPolyLineThickness, mLineThickness);
+}

@@ -1,0 +1,126 @@
+#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
+
+#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "CheckError/CErr.h"
+#include "CheckError/ULog.h"
+#include "Drawing/UTextComponentBoundsCalculator.h"
+#include "KVURawMem/KVURawMem.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+/// Bytes of the font name block: a length and the characters.
+constexpr size_t kFontNameBlock = 256;
+/// What is stored for every font. Older readers expect these letters where the length should be, and so get "rial".
+constexpr char kSavedFontName[] = "Arial";
+} // namespace
+
+CTextBIG::CTextBIG()
+{
+    AllowJoints(false, false);
+}
+
+CTextBIG::CTextBIG(CTextBIG* source)
+    : CBasicGeometry(source), mText(source->mText), mTextSize(source->mTextSize), mTextStyle(source->mTextStyle),
+      mFontName(source->mFontName)
+{
+    mJointAllowed[0] = mJointAllowed[1] = false;
+}
+
+CTextBIG::CTextBIG(void* raw) : CBasicGeometry(raw)
+{
+    const void* cursor = BehindCommonRecord(raw);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mTextSize);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mTextStyle);
+    cursor = KVURawMem::FetchDataFromRawMem(cursor, mFontName);
+    KVURawMem::FetchDataFromRawMem(cursor, mText);
+}
+
+CTextBIG& CTextBIG::operator=(const CTextBIG& source)
+{
+    mFontName = source.mFontName;
+    mText = source.mText;
+    mTextSize = source.mTextSize;
+    mTextStyle = source.mTextStyle;
+    return *this;
+}
+
+void CTextBIG::SpecifyTextGeometry(const char* text, const char* fontName, int size)
+{
+    mFontName = fontName;
+    mText = text;
+    mTextSize = size;
+    AllowJoints(false, false);
+}
+
+void CTextBIG::SetText(const char* text)
+{
+    CErr::CheckNull(text, "void CTextBIG::SetText(const char *)", "No text supplied");
+    mText = *text != 0 ? text : " ";
+}
+
+void* CTextBIG::GetParameterAsRaw(void* destination)
+{
+    destination = KVURawMem::AppendDataToRawMem(destination, GetType());
+    destination = CBasicGeometry::GetParameterAsRaw(destination);
+    destination = KVURawMem::AppendDataToRawMem(destination, mTextSize);
+    destination = KVURawMem::AppendDataToRawMem(destination, mTextStyle);
+    destination = KVURawMem::AppendDataToRawMem(destination, mFontName);
+    return KVURawMem::AppendDataToRawMem(destination, mText);
+}
+
+int CTextBIG::GetParameterRawSize()
+{
+    return kTypeCodeSize + kCommonRawSize + 4 + 4 +
+           static_cast<int>(KVURawMem::RawMemSize(mFontName) + KVURawMem::RawMemSize(mText));
+}
+
+std::string CTextBIG::ToString(int)
+{
+    return mText;
+}
+
+void CTextBIG::CalcBoundingBox(DRect& box, double angle)
+{
+    UTextComponentBoundsCalculator::CalcBounds(this, box, angle);
+}
+
+CPoint& CTextBIG::GetRotationReferencePoint(double)
+{
+    mReferencePoint = CPoint(mItemXOffset, mItemYOffset, 0.0);
+    return mReferencePoint;
+}
+
+bool CTextBIG::Load(FILE* file, int version)
+{
+    if (!CBasicGeometry::Load(file, version)) {
+        return false;
+    }
+    CTaggedFile records(file);
+    records.Read(kKeyTextSize, mTextSize);
+    records.Read(kKeyTextStyle, mTextStyle);
+    char block[kFontNameBlock];
+    size_t size = 0;
+    if (records.ReadBlock(kKeyFontName, block, sizeof block, size)) {
+        const size_t length = std::min<size_t>(static_cast<unsigned char>(block[0]), size - 1);
+        mFontName.assign(block + 1, strnlen(block + 1, length));
+    }
+    records.Read(kKeyText, mText);
+    return true;
+}
+
+void CTextBIG::Save(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyType, GetType());
+    CBasicGeometry::Save(file);
+    records.Write(kKeyTextSize, mTextSize);
+    records.Write(kKeyTextStyle, mTextStyle);
+    ULog::Warn("No saving fontnames yet!");
+    char block[kFontNameBlock] = {};
+    std::memcpy(block, kSavedFontName, std::strlen(kSavedFontName));
+    records.Write(kKeyFontName, block, sizeof block);
+    records.Write(kKeyText, mText);
+}

@@ -1,0 +1,349 @@
+// How an element is read from and written to files and raw memory.
+#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
+#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
+#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
+#include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
+#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
+#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "CheckError/CErr.h"
+#include "CheckError/ULog.h"
+#include "KVUByteOrdering/KVUByteOrdering.h"
+#include "KVURawMem/KVURawMem.h"
+#include "KVUStr/KVUStr.h"
+#include "Layers/CLayer.h"
+#include "Platform/Streams.h"
+#include "UnitLength/URailConstants.h"
+
+#include <boost/foreach.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+enum : unsigned short {
+    kKeyPositionX = 200,
+    kKeyPositionY = 201,
+    kKeyAngle = 202,
+    kKeyFillColor = 203,
+    kKeySecondColor = 204,
+    kKeyFillMode = 205,
+    kKeyNumComponents = 206,
+    kKeyName = 207,
+    kKeyDescription = 208,
+    kKeyManufacturer = 209,
+    kKeyRailSetName = 210,
+    kKeyPrefix = 211,
+    kKeyLibraryNumber = 212,
+    kKeyPrice = 213,
+    kKeyCurrency = 214,
+    kKeyModelScale = 215,
+    kKeyLibraryFlag = 216,
+    kKeyLayerName = 217,
+    kKeyPositionZ = 218
+};
+
+constexpr uint32_t kMagic = 0x52436967; // "RCig"
+constexpr uint32_t kOldestVersion = 3;
+/// The version that is written, and the only one with height, grade and layer.
+constexpr uint32_t kCurrentVersion = 4;
+constexpr size_t kHeaderSize = 8;
+/// Components for which room is made before they are seen: a count in a file is only a claim.
+constexpr int kMostReserved = 16;
+/// An element that was aligned when it was stored may start off (0, 0) by what its doubles lost to seven decimals. To
+/// move it by that, mm, would make it creep with every load and save.
+constexpr double kStoragePrecision = 5e-7;
+
+constexpr char kLoadFunction[] = "bool CCompositeGeometry::Load(FILE *, string &)";
+constexpr char kRawFunction[] = "CCompositeGeometry::CCompositeGeometry(void *)";
+
+CBasicGeometry* NewComponent(int type)
+{
+    switch (type) {
+    case kStraightType:
+        return new CStraightBIG;
+    case kCurveType:
+        return new CCurveBIG;
+    case kPolyType:
+        return new CPolyBIG;
+    case kTextType:
+        return new CTextBIG;
+    case kOvalType:
+        return new COvalBIG;
+    case kFlexTrackType:
+        return new CFlexTrackBIG;
+    default:
+        return nullptr;
+    }
+}
+
+/// A component from the raw record that lies behind its type code.
+CBasicGeometry* NewComponent(int type, void* raw)
+{
+    switch (type) {
+    case kStraightType:
+        return new CStraightBIG(raw);
+    case kCurveType:
+        return new CCurveBIG(raw);
+    case kPolyType:
+        return new CPolyBIG(raw);
+    case kTextType:
+        return new CTextBIG(raw);
+    case kOvalType:
+        return new COvalBIG(raw);
+    case kFlexTrackType:
+        return new CFlexTrackBIG(raw);
+    default:
+        return nullptr;
+    }
+}
+
+void ReadColor(CTaggedFile& records, unsigned short key, RGBColor& color)
+{
+    KVUByteOrdering::SwapHostToBig(color); // so that a missing record leaves the colour as it was
+    records.Read(key, &color, sizeof color);
+    KVUByteOrdering::SwapBigToHost(color);
+}
+
+void WriteColor(CTaggedFile& records, unsigned short key, RGBColor color)
+{
+    KVUByteOrdering::SwapHostToBig(color);
+    records.Write(key, &color, sizeof color);
+}
+} // namespace
+
+bool CCompositeGeometry::Load(FILE* file, std::string& error)
+{
+    unsigned char header[kHeaderSize];
+    if (Platform::ReadUnlocked(file, header, sizeof header) != sizeof header ||
+        BigEndian::Unsigned32(header) != kMagic) {
+        error = "Element expected, bad header found.";
+        return false;
+    }
+    const uint32_t storedVersion = BigEndian::Unsigned32(header + 4);
+    // Every version above the current one reads alike; the signed form is what the readers below take.
+    const int version = static_cast<int>(std::min(storedVersion, kCurrentVersion + 1));
+    if (storedVersion < kOldestVersion) {
+        ULog::Warn("%s: Unsupported file format (version %d)", kLoadFunction, version);
+        return false;
+    }
+    int count = 0;
+    ReadCompositeParameter(file, version, count);
+    mLayout.secondColor = {0, 0, 0};
+    if (!LoadComponents(file, version, count, error)) {
+        return false;
+    }
+    if (!HasRailSetName() && !mComponents.empty() && IsPolygonType(mComponents.front()->GetType()) &&
+        (std::strcmp(GetDescription(), "Rectangle") == 0 || std::strcmp(GetDescription(), "Line") == 0)) {
+        ULog::Warn("%s: Need replacement for SetPolySubType!", kLoadFunction);
+    }
+    AlignLoadedComponents();
+    return true;
+}
+
+bool CCompositeGeometry::ReadCompositeParameter(FILE* file, int version, int& componentCount)
+{
+    const bool current = version == static_cast<int>(kCurrentVersion);
+    CTaggedFile records(file);
+    records.Read(kKeyName, mLibrary.name, sizeof mLibrary.name);
+    records.Read(kKeyDescription, mLibrary.description, sizeof mLibrary.description);
+    records.Read(kKeyManufacturer, mLibrary.manufacturer, sizeof mLibrary.manufacturer);
+    records.Read(kKeyRailSetName, mLibrary.railSetName, sizeof mLibrary.railSetName);
+    records.Read(kKeyPrefix, mLibrary.prefix, sizeof mLibrary.prefix);
+    records.Read(kKeyLibraryNumber, mLibrary.libraryNumber);
+    records.Read(kKeyPrice, mLibrary.price);
+    records.Read(kKeyCurrency, mLibrary.currency);
+    records.Read(kKeyModelScale, mLibrary.modelScale);
+    records.Read(kKeyLibraryFlag, mLibrary.libraryFlag);
+    records.Read(kKeyPositionX, mLayout.position.x);
+    records.Read(kKeyPositionY, mLayout.position.y);
+    if (current) {
+        records.Read(kKeyPositionZ, mLayout.position.z);
+        mLayout.grade.Load(records, version);
+    }
+    records.Read(kKeyAngle, mLayout.angle);
+    ReadColor(records, kKeyFillColor, mLayout.fillColor);
+    ReadColor(records, kKeySecondColor, mLayout.secondColor);
+    records.Read(kKeyFillMode, mLayout.fillMode);
+    if (current) {
+        char layerName[CLayer::kNameCapacity] = "";
+        records.Read(kKeyLayerName, layerName, sizeof layerName);
+        mLayout.layer = layerName[0] != 0 ? CLayer::GetLayerByName(layerName) : nullptr;
+    }
+    records.Read(kKeyNumComponents, componentCount);
+    return true;
+}
+
+int CCompositeGeometry::ReadComponentTypeCode(FILE* file, int version)
+{
+    if (version != static_cast<int>(kOldestVersion) && version != static_cast<int>(kCurrentVersion)) {
+        return -1;
+    }
+    CTaggedFile records(file);
+    int type = -1;
+    records.Read(kKeyType, type);
+    return type;
+}
+
+bool CCompositeGeometry::LoadComponents(FILE* file, int version, int count, std::string& error)
+{
+    mComponents.reserve(static_cast<size_t>(std::clamp(count, 0, kMostReserved)));
+    const double railWidth = URailConstants::GetDefaultRailWidth(GetModelScale());
+    for (int i = 0; i < count; ++i) {
+        const int type = ReadComponentTypeCode(file, version);
+        if (type < 0) {
+            error = "Unsupported component type encountered.";
+            ULog::Warn("%s: %s", kLoadFunction, error.c_str());
+            return false;
+        }
+        CBasicGeometry* component = NewComponent(type);
+        if (component == nullptr) {
+            error = "Failed to open file";
+            return false;
+        }
+        Adopt(component);
+        component->Load(file, version);
+        if (type == kPolyType || type == kTextType || type == kOvalType) {
+            component->DisableJoint(0);
+            component->DisableJoint(1);
+        }
+        component->SetRailWidth(railWidth);
+    }
+    return true;
+}
+
+void CCompositeGeometry::AlignLoadedComponents()
+{
+    const CPoint corner = CalcLeftTop();
+    const double dx = std::fabs(corner.x) > kStoragePrecision ? corner.x : 0.0;
+    const double dy = std::fabs(corner.y) > kStoragePrecision ? corner.y : 0.0;
+    if (dx != 0.0 || dy != 0.0) {
+        MoveComponentsBy(-dx, -dy);
+        MoveBy(dx, dy);
+    }
+}
+
+void CCompositeGeometry::Save(FILE* file)
+{
+    unsigned char header[kHeaderSize];
+    BigEndian::StoreUnsigned32(kMagic, header);
+    BigEndian::StoreUnsigned32(kCurrentVersion, header + 4);
+    if (fwrite(header, sizeof header, 1, file) != 1) {
+        return;
+    }
+    WriteCompositeParameter(file);
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        component->Save(file);
+    }
+}
+
+void CCompositeGeometry::WriteCompositeParameter(FILE* file)
+{
+    CTaggedFile records(file);
+    records.Write(kKeyName, mLibrary.name);
+    records.Write(kKeyDescription, mLibrary.description);
+    records.Write(kKeyManufacturer, mLibrary.manufacturer);
+    records.Write(kKeyRailSetName, mLibrary.railSetName);
+    records.Write(kKeyPrefix, mLibrary.prefix);
+    records.Write(kKeyLibraryNumber, mLibrary.libraryNumber);
+    records.Write(kKeyPrice, mLibrary.price);
+    records.Write(kKeyCurrency, mLibrary.currency);
+    records.Write(kKeyModelScale, mLibrary.modelScale);
+    records.Write(kKeyLibraryFlag, mLibrary.libraryFlag);
+    records.Write(kKeyPositionX, mLayout.position.x);
+    records.Write(kKeyPositionY, mLayout.position.y);
+    records.Write(kKeyPositionZ, mLayout.position.z);
+    mLayout.grade.Save(records);
+    records.Write(kKeyAngle, mLayout.angle);
+    WriteColor(records, kKeyFillColor, mLayout.fillColor);
+    WriteColor(records, kKeySecondColor, mLayout.secondColor);
+    records.Write(kKeyFillMode, mLayout.fillMode);
+    records.Write(kKeyLayerName, mLayout.layer != nullptr ? mLayout.layer->GetName() : "");
+    records.Write(kKeyNumComponents, static_cast<int>(mComponents.size()));
+}
+
+CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
+{
+    char* cursor = static_cast<char*>(raw);
+    std::memcpy(&mLibrary, cursor, sizeof mLibrary);
+    const void* field = cursor + sizeof mLibrary;
+    for (CPoint* point : {&mLayout.position, &mLayout.secondReferencePoint}) {
+        field = KVURawMem::FetchDataFromRawMem(field, point->x);
+        field = KVURawMem::FetchDataFromRawMem(field, point->y);
+        field = KVURawMem::FetchDataFromRawMem(field, point->z);
+    }
+    field = KVURawMem::FetchDataFromRawMem(field, mLayout.zOrder);
+    field = KVURawMem::FetchDataFromRawMem(field, mLayout.angle);
+    field = KVURawMem::FetchDataFromRawMem(field, mLayout.fillColor);
+    field = KVURawMem::FetchDataFromRawMem(field, mLayout.secondColor);
+    field = KVURawMem::FetchDataFromRawMem(field, mLayout.displayFlag);
+    field = KVURawMem::FetchDataFromRawMem(field, mLayout.fillMode);
+    char layerName[CLayer::kNameCapacity];
+    KVURawMem::FetchDataFromRawMem(field, layerName, sizeof layerName);
+    layerName[sizeof layerName - 1] = 0;
+    mLayout.layer = layerName[0] != 0 ? CLayer::GetLayerByName(layerName) : nullptr;
+    cursor += kRawSizeBeforeGrade;
+    mLayout.grade = CGradeVector(static_cast<const void*>(cursor));
+    cursor += mLayout.grade.GetParameterRawSize();
+    int count = 0;
+    KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), count);
+    cursor += sizeof count;
+    for (int i = 0; i < count; ++i) {
+        int type = 0;
+        KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), type);
+        cursor += sizeof type;
+        CBasicGeometry* component = NewComponent(type, cursor);
+        if (component == nullptr) {
+            ULog::Warn("%s: Copy/Paste operation failed due to an unknown component type (0x%04X).", kRawFunction,
+                       static_cast<unsigned>(type));
+            return;
+        }
+        const int size = component->GetParameterRawSize() - CBasicGeometry::kTypeCodeSize;
+        AppendBIG(component);
+        CErr::CheckNull(mComponents.empty() ? nullptr : mComponents.back(), kRawFunction, "Failed to fetch last BIG");
+        cursor += size;
+    }
+}
+
+void* CCompositeGeometry::GetParameterAsRaw(void* destination)
+{
+    // Byte by byte so that the filler behind the flag is the same whatever lay in memory.
+    tLibraryItemAttributes library;
+    std::memset(static_cast<void*>(&library), 0, sizeof library);
+    std::memcpy(static_cast<void*>(&library), &mLibrary, offsetof(tLibraryItemAttributes, libraryFlag));
+    library.libraryFlag = mLibrary.libraryFlag;
+    destination = KVURawMem::AppendDataToRawMem(destination, reinterpret_cast<const char*>(&library), sizeof library);
+    for (const CPoint* point : {&mLayout.position, &mLayout.secondReferencePoint}) {
+        destination = KVURawMem::AppendDataToRawMem(destination, point->x);
+        destination = KVURawMem::AppendDataToRawMem(destination, point->y);
+        destination = KVURawMem::AppendDataToRawMem(destination, point->z);
+    }
+    destination = KVURawMem::AppendDataToRawMem(destination, mLayout.zOrder);
+    destination = KVURawMem::AppendDataToRawMem(destination, mLayout.angle);
+    destination = KVURawMem::AppendDataToRawMem(destination, mLayout.fillColor);
+    destination = KVURawMem::AppendDataToRawMem(destination, mLayout.secondColor);
+    destination = KVURawMem::AppendDataToRawMem(destination, mLayout.displayFlag);
+    destination = KVURawMem::AppendDataToRawMem(destination, mLayout.fillMode);
+    char layerName[CLayer::kNameCapacity] = "";
+    if (mLayout.layer != nullptr) {
+        KVUStr::strncpy(layerName, mLayout.layer->GetName(), sizeof layerName);
+    }
+    destination = KVURawMem::AppendDataToRawMem(destination, layerName, sizeof layerName);
+    destination = mLayout.grade.GetParameterAsRaw(destination);
+    destination = KVURawMem::AppendDataToRawMem(destination, static_cast<int>(mComponents.size()));
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        destination = component->GetParameterAsRaw(destination);
+    }
+    return destination;
+}
+
+int CCompositeGeometry::GetParameterRawSize()
+{
+    int size = kRawSizeBeforeGrade + mLayout.grade.GetParameterRawSize() + static_cast<int>(sizeof(int));
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        size += component->GetParameterRawSize();
+    }
+    return size;
+}

@@ -1,0 +1,28 @@
+// An element with a count.
+#pragma once
+
+#include "BuildingBlocks/CCompositeGeometry.h"
+
+#include <memory>
+
+/// An entry of parts lists, stock lists and usage statistics: a copy of an element, of its own, and how often it
+/// counts.
+class CCountedCIG : public CCompositeGeometry {
+public:
+    CCountedCIG(CCompositeGeometry* element, int count) : CCompositeGeometry(element), mCount(count) {}
+    explicit CCountedCIG(CCountedCIG* other) : CCompositeGeometry(other), mCount(other->mCount) {}
+
+    /// An entry for statistics. Of a library element it holds the library attributes alone, which is all that a list of
+    /// parts asks of it; an element without library is copied whole, since its kind is told by its components.
+    static std::unique_ptr<CCountedCIG> ForStatistics(CCompositeGeometry* element);
+
+    int GetCount() const { return mCount; }
+    void IncCount(int n) { mCount += n; }
+    /// Lowers the count, but not below 0.
+    void DecCount(int n);
+
+private:
+    CCountedCIG(const tLibraryItemAttributes& library, int count) : CCompositeGeometry(library), mCount(count) {}
+
+    int mCount;
+};

@@ -1,0 +1,16 @@
+// The size of a text component.
+#pragma once
+
+#include "CRect/DRect.h"
+
+class CTextBIG;
+
+class UTextComponentBoundsCalculator {
+public:
+    UTextComponentBoundsCalculator() = delete;
+
+    /// Measures the text in its font, or the system font where that is missing, and gives the upright rectangle around
+    /// the measured one from (0, 0) after a turn about (0, 0). Bytes that form no UTF-8 text are taken as Mac OS Roman.
+    /// @param bounds  stays when the text cannot be converted
+    static void CalcBounds(CTextBIG* text, DRect& bounds, double angleDegrees);
+};

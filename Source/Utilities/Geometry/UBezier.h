@@ -1,0 +1,103 @@
+// The smooth curve through the points of a flexible track.
+#pragma once
+
+#include "CPoint/CPoint.h"
+#include "CRect/DRect.h"
+#include "Utilities/Geometry/UArcGeometry.h"
+
+#include <cstddef>
+#include <vector>
+
+/// A vector in the drawing plane; points of curves carry no height.
+struct tVector2D {
+    double x;
+    double y;
+};
+
+/// A turn about a centre, then a shift.
+struct tTurn {
+    tDirection direction;
+    tVector2D centre;
+    tVector2D shift;
+
+    tVector2D Apply(tVector2D p) const
+    {
+        const double dx = p.x - centre.x;
+        const double dy = p.y - centre.y;
+        return {shift.x + centre.x + dx * direction.cosine - dy * direction.sine,
+                shift.y + centre.y + dy * direction.cosine + dx * direction.sine};
+    }
+};
+
+/// One cubic Bezier piece from p0 to p3.
+struct tBezierSegment {
+    tVector2D p0;
+    tVector2D p1;
+    tVector2D p2;
+    tVector2D p3;
+};
+
+/// A smooth curve through all points: between two neighbours one cubic piece, at every point a common tangent, that of
+/// the circle through the point and its two neighbours. At either end the last piece is laid as an arc. The handles
+/// have the length that reproduces a circular arc to the fourth order: through points of a circle every 30° the curve
+/// leaves it by less than 2e-6 of the radius. Two points give a straight line. Points that repeat their predecessor are
+/// passed over.
+class UBezier {
+public:
+    UBezier() = delete;
+
+    /// Calls `visit(const tBezierSegment&)` for each piece in order. Linear, allocates nothing.
+    /// @return the number of pieces; 0 when fewer than two different points are there
+    template <typename tVisit>
+    static size_t ForEachSegment(const std::vector<CPoint>& points, tVisit visit);
+
+    static tVector2D PointAt(const tBezierSegment& segment, double t);
+    /// Derivative by t.
+    static tVector2D DerivativeAt(const tBezierSegment& segment, double t);
+    /// Length of the curve by adaptive quadrature, to 1e-6 of itself.
+    static double Length(const std::vector<CPoint>& points);
+    /// Direction of travel in degrees at the start or the end of the curve; 0 when it has no piece.
+    static double StartAngle(const std::vector<CPoint>& points);
+    static double EndAngle(const std::vector<CPoint>& points);
+    /// Smallest box around the turned curve and its two offset curves at `halfWidth` on either side (0 for the curve
+    /// alone), to 1e-9 of the size. Without a piece the box of the points; without a point `box` stays.
+    static void CalcBox(const std::vector<CPoint>& points, const tTurn& turn, double halfWidth, DRect& box);
+
+private:
+    /// Direction of the circle through three points at the middle one, of any length; from the next chord where they
+    /// fold.
+    static tVector2D Tangent(const CPoint& before, const CPoint& at, const CPoint& after);
+    /// `direction` mirrored on the chord: the tangent at the other end of an arc over it.
+    static tVector2D Mirrored(tVector2D direction, const CPoint& from, const CPoint& to);
+    static tBezierSegment Segment(const CPoint& from, tVector2D fromTangent, const CPoint& to, tVector2D toTangent);
+    static size_t NextDifferent(const std::vector<CPoint>& points, size_t index);
+};
+
+template <typename tVisit>
+size_t UBezier::ForEachSegment(const std::vector<CPoint>& points, tVisit visit)
+{
+    size_t count = 0;
+    size_t from = 0;
+    size_t to = points.empty() ? 0 : NextDifferent(points, 0);
+    tVector2D fromTangent = {};
+    while (to < points.size()) {
+        const size_t after = NextDifferent(points, to);
+        tVector2D toTangent;
+        if (after < points.size()) {
+            toTangent = Tangent(points[from], points[to], points[after]);
+            if (count == 0) {
+                fromTangent = Mirrored(toTangent, points[from], points[to]);
+            }
+        } else if (count == 0) {
+            toTangent = fromTangent = {points[to].x - points[from].x, points[to].y - points[from].y};
+        } else {
+            toTangent = Mirrored(fromTangent, points[from], points[to]);
+        }
+        visit(Segment(points[from], fromTangent, points[to], toTangent));
+        ++count;
+        from = to;
+        to = after;
+        fromTangent = toTangent;
+    }
+    return count;
+}
