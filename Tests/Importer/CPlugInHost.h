@@ -1,0 +1,37 @@
+// Loads the built importer bundle as an indexing service does.
+#pragma once
+
+#include <CoreServices/CoreServices.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+/// The bundle, one instance of its factory, and that instance's importer interface; all given back at the end.
+class CPlugInHost {
+public:
+    CPlugInHost();
+    ~CPlugInHost();
+    CPlugInHost(const CPlugInHost&) = delete;
+    CPlugInHost& operator=(const CPlugInHost&) = delete;
+
+    /// Whether every step up to the importer interface succeeded; nothing else may be called otherwise.
+    bool IsReady() const { return mImporter != nullptr; }
+
+    CFPlugInRef PlugIn() const { return mPlugIn; }
+    CFUUIDRef Factory() const { return mFactory; }
+    MDImporterInterfaceStruct** Importer() const { return mImporter; }
+
+    /// Imports a document.
+    /// @param path        UTF-8
+    /// @param attributes  what the dictionary holds before and after: texts and arrays of texts
+    /// @return what the importer answers
+    bool Import(const std::string& path, nlohmann::json& attributes, const char* contentType = nullptr) const;
+
+private:
+    CFPlugInRef mPlugIn = nullptr;
+    CFUUIDRef mFactory = nullptr;
+    MDImporterInterfaceStruct** mImporter = nullptr;
+};
+
+/// A document of the test data that can be imported.
+std::string GoodDocument();

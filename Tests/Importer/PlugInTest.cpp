@@ -1,0 +1,188 @@
+// The plug-in as a host sees it: exports, factory, interfaces, references, and which documents it takes.
+#include "CPlugInHost.h"
+
+#include "Importer/Names.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+static const json kOld = {{"kMDItemAuthors", {"someone", "else"}}, {"com_example_note", "stays"}};
+
+static std::string Plugin()
+{
+    return std::string(BUILD_FOLDER) + "/" + Importer::kBundleName + "/Contents/Linux/VelmoraLayouts";
+}
+
+TEST(PlugIn, ExportsItsTwoEntriesAndNothingElse)
+{
+    const std::string command = std::string(NM) + " -D --defined-only --format=posix '" + Plugin() + "'";
+    const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), &pclose);
+    ASSERT_TRUE(output);
+    std::vector<std::string> names;
+    char line[1000];
+    while (fgets(line, sizeof line, output.get()) != nullptr) {
+        const std::string text = line;
+        names.push_back(text.substr(0, text.find(' ')));
+    }
+    EXPECT_THAT(names, testing::UnorderedElementsAre("GetMetadataForFile", "MetadataImporterPluginFactory"));
+}
+
+TEST(PlugIn, FactoryServesImportersOnly)
+{
+    const CPlugInHost host;
+    ASSERT_TRUE(host.IsReady());
+    const CFIndex before = PlatformPlugInInstanceCount(host.Factory());
+    const CFDictionaryRef info = CFBundleGetInfoDictionary(CFPlugInGetBundle(host.PlugIn()));
+    const auto factories = static_cast<CFDictionaryRef>(CFDictionaryGetValue(info, CFSTR("CFPlugInFactories")));
+    const CFStringRef uuid = CFUUIDCreateString(kCFAllocatorDefault, host.Factory());
+    const auto name = static_cast<CFStringRef>(CFDictionaryGetValue(factories, uuid));
+    CFRelease(uuid);
+    ASSERT_NE(name, nullptr);
+
+    // By the property list, and by the function itself for hosts that do not ask the list.
+    EXPECT_EQ(CFPlugInInstanceCreate(kCFAllocatorDefault, host.Factory(), IUnknownUUID), nullptr);
+    EXPECT_EQ(CFPlugInInstanceCreate(kCFAllocatorDefault, kMDImporterTypeID, kMDImporterTypeID), nullptr);
+    using tFactory = void* (*)(CFAllocatorRef, CFUUIDRef);
+    const auto factory = reinterpret_cast<tFactory>(CFBundleGetFunctionPointerForName(host.PlugIn(), name));
+    ASSERT_NE(factory, nullptr);
+    EXPECT_EQ(factory(kCFAllocatorDefault, kMDImporterInterfaceID), nullptr);
+    EXPECT_EQ(PlatformPlugInInstanceCount(host.Factory()), before);
+    const CFArrayRef none = CFPlugInFindFactoriesForPlugInTypeInPlugIn(IUnknownUUID, host.PlugIn());
+    EXPECT_EQ(CFArrayGetCount(none), 0);
+    CFRelease(none);
+
+    auto** const instance = static_cast<MDImporterInterfaceStruct**>(factory(nullptr, kMDImporterTypeID));
+    ASSERT_NE(instance, nullptr);
+    EXPECT_EQ(PlatformPlugInInstanceCount(host.Factory()), before + 1);
+    EXPECT_EQ((*instance)->Release(instance), 0u);
+    EXPECT_EQ(PlatformPlugInInstanceCount(host.Factory()), before);
+}
+
+TEST(PlugIn, CountsReferencesDownToTheInstancesEnd)
+{
+    CFUUIDRef factory = nullptr;
+    {
+        const CPlugInHost host;
+        ASSERT_TRUE(host.IsReady());
+        factory = static_cast<CFUUIDRef>(CFRetain(host.Factory()));
+        MDImporterInterfaceStruct** const importer = host.Importer();
+        EXPECT_EQ(PlatformPlugInInstanceCount(factory), 1);
+        EXPECT_EQ((*importer)->_reserved, nullptr);
+        EXPECT_EQ((*importer)->AddRef(importer), 2u);
+
+        LPVOID unknown = nullptr;
+        EXPECT_EQ((*importer)->QueryInterface(importer, CFUUIDGetUUIDBytes(IUnknownUUID), &unknown), S_OK);
+        EXPECT_EQ(unknown, importer);
+        LPVOID again = nullptr;
+        EXPECT_EQ((*importer)->QueryInterface(importer, CFUUIDGetUUIDBytes(kMDImporterInterfaceID), &again), S_OK);
+        EXPECT_EQ(again, importer);
+        LPVOID other = importer;
+        EXPECT_EQ((*importer)->QueryInterface(importer, CFUUIDGetUUIDBytes(kMDImporterTypeID), &other), E_NOINTERFACE);
+        EXPECT_EQ(other, nullptr);
+
+        for (ULONG left = 4; left > 1;) {
+            EXPECT_EQ((*importer)->Release(importer), --left);
+        }
+        EXPECT_EQ(PlatformPlugInInstanceCount(factory), 1);
+    }
+    EXPECT_EQ(PlatformPlugInInstanceCount(factory), 0);
+    CFRelease(factory);
+}
+
+TEST(PlugIn, PropertyListTellsTypesAndAttributes)
+{
+    const CPlugInHost host;
+    ASSERT_TRUE(host.IsReady());
+    json attributes = json::object();
+    ASSERT_TRUE(host.Import(GoodDocument(), attributes));
+    const CFDictionaryRef info = CFBundleGetInfoDictionary(host.PlugIn());
+    const auto list = static_cast<CFArrayRef>(CFDictionaryGetValue(info, CFSTR("VLImportedAttributes")));
+    ASSERT_NE(list, nullptr);
+    ASSERT_EQ(static_cast<size_t>(CFArrayGetCount(list)), attributes.size());
+    for (CFIndex i = 0; i < CFArrayGetCount(list); ++i) {
+        const auto entry = static_cast<CFDictionaryRef>(CFArrayGetValueAtIndex(list, i));
+        const auto text = [entry](CFStringRef key) {
+            char buffer[200] = {};
+            const CFTypeRef value = CFDictionaryGetValue(entry, key);
+            return value != nullptr && CFStringGetCString(static_cast<CFStringRef>(value), buffer, sizeof buffer,
+                                                          kCFStringEncodingUTF8)
+                       ? std::string(buffer)
+                       : std::string();
+        };
+        const std::string name = text(CFSTR("VLAttributeName"));
+        ASSERT_TRUE(attributes.contains(name)) << name;
+        EXPECT_EQ(text(CFSTR("VLAttributeType")), attributes[name].is_array() ? "array of strings" : "string");
+        EXPECT_NE(text(CFSTR("VLAttributeDescription")), "");
+    }
+}
+
+TEST(PlugIn, LeavesOtherContentTypesAlone)
+{
+    const CPlugInHost host;
+    ASSERT_TRUE(host.IsReady());
+    for (const char* type : {"public.data", "COM.VELMORA.LAYOUT", "com.velmora.layout ", ""}) {
+        json attributes = kOld;
+        EXPECT_FALSE(host.Import(GoodDocument(), attributes, type)) << type;
+        EXPECT_EQ(attributes, kOld) << type;
+    }
+    json attributes = kOld;
+    EXPECT_TRUE(host.Import(GoodDocument(), attributes));
+    EXPECT_EQ(attributes.size(), 6u);
+    EXPECT_EQ(attributes["com_example_note"], "stays");
+    EXPECT_EQ(attributes["kMDItemAuthors"].size(), 1u); // replaced
+}
+
+TEST(PlugIn, TakesEveryPathThatMacRomanCanName)
+{
+    const CPlugInHost host;
+    ASSERT_TRUE(host.IsReady());
+    json expected = json::object();
+    ASSERT_TRUE(host.Import(GoodDocument(), expected));
+
+    const fs::path folder = fs::path(getenv("TEST_FOLDER")) / "paths";
+    fs::path deep = folder; // to more than 1,023 bytes, the converted path's limit
+    while (deep.string().size() < 1100) {
+        deep /= std::string(200, 'd');
+    }
+    fs::create_directories(deep);
+    const struct {
+        const char* what;
+        fs::path path;
+        bool taken;
+    } cases[] = {
+        {"plain", folder / "plain.velmora", true},
+        {"UTF-8 on the disk, in Mac OS Roman",
+         folder / "Bahnh\xC3\xB6"
+                  "fe.velmora",
+         true},
+        {"outside Mac OS Roman", folder / "\xE8\xBD\xA8\xE9\x81\x93.velmora", false},
+        {"too long", deep / "deep.velmora", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fs::copy_file(GoodDocument(), c.path);
+        json attributes = c.taken ? json::object() : kOld;
+        EXPECT_EQ(host.Import(c.path.string(), attributes), c.taken);
+        EXPECT_EQ(attributes, c.taken ? expected : kOld);
+
+        // An open descriptor's path has a form for all of them, and is read from the beginning wherever it stands.
+        const int descriptor = open(c.path.c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_GE(descriptor, 0);
+        lseek(descriptor, 10, SEEK_SET);
+        attributes = json::object();
+        EXPECT_TRUE(host.Import("/proc/self/fd/" + std::to_string(descriptor), attributes));
+        EXPECT_EQ(attributes, expected);
+        close(descriptor);
+    }
+    json attributes = kOld;
+    EXPECT_FALSE(host.Import((folder / "missing.velmora").string(), attributes));
+    EXPECT_FALSE(host.Import(folder.string(), attributes));
+    EXPECT_FALSE(host.Import("", attributes));
+    EXPECT_EQ(attributes, kOld);
+}

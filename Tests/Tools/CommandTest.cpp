@@ -1,0 +1,317 @@
+// The built host with the built worker and plug-in, as a user runs it.
+#include "ExitCodes.h"
+#include "Importer/Names.h"
+#include "ProgramRun.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <sys/stat.h>
+
+using tJSON = nlohmann::ordered_json;
+
+static std::vector<tJSON> ParseLines(const std::string& text)
+{
+    std::vector<tJSON> records;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        records.push_back(tJSON::parse(line));
+    }
+    return records;
+}
+
+TEST(CommandLine, RefusesWrongUsage)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        const char* message;
+    } cases[] = {{{}, "Usage: velmora COMMAND"},
+                 {{"imprt", "x"}, "did you mean 'import'?"},
+                 {{"shcema"}, "did you mean 'schema'?"},
+                 {{"zzzzzz"}, "there is no command 'zzzzzz'\n"},
+                 {{"help", "\x1B[2J"}, "there is no command '\\x1B[2J'\n"},
+                 {{"--colour"}, "there is no option '--colour'"},
+                 {{"import"}, "nothing to import"},
+                 {{"import", "--format", "csv", "x"}, "--format"},
+                 {{"import", "--timeout", "0", "x"}, "--timeout"},
+                 {{"import", "--timeout", "nan", "x"}, "--timeout"},
+                 {{"import", "--memory", "-1", "x"}, "--memory"},
+                 {{"import", "--tiemout=3", "x"}, "--tiemout"},
+                 {{"import", "--null", "x"}, "--files-from"},
+                 {{"import", "--files-from", "-", "-"}, "standard input"},
+                 {{"import", "--files-from", "/nonexistent"}, "No such file"},
+                 {{"schema", "operand"}, "operand"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        const tProgramResult result = RunVelmora(c.arguments);
+        EXPECT_EQ(result.status, kExitUsage);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+    }
+}
+
+TEST(CommandLine, HelpsOnEveryLevel)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        const char* text;
+    } cases[] = {{{"--help"}, "Commands:"},
+                 {{"-h"}, "Commands:"},
+                 {{"help"}, "Commands:"},
+                 {{"help", "import"}, "--files-from"},
+                 {{"import", "x", "--help"}, "--files-from"},
+                 {{"help", "schema"}, "--format"},
+                 {{"--version"}, "velmora 1."},
+                 {{"import", "-V"}, "velmora 1."}};
+    for (const auto& c : cases) {
+        const tProgramResult result = RunVelmora(c.arguments);
+        EXPECT_EQ(result.status, kExitOK);
+        EXPECT_EQ(result.err, "");
+        EXPECT_NE(result.out.find(c.text), std::string::npos) << result.out;
+    }
+}
+
+TEST(Import, GivesEverySampleItsAttributesOrItsCode)
+{
+    std::vector<std::string> arguments = {"import", "--format", "json"};
+    for (const auto& entry : std::filesystem::directory_iterator(TEST_DATA "/documents")) {
+        if (entry.path().extension() == ".velmora") {
+            arguments.push_back(entry.path().string());
+        }
+    }
+    // Not the order of the folder walk, so that the order of the records shows.
+    std::sort(arguments.begin() + 3, arguments.end(), std::greater<>());
+    ASSERT_GT(arguments.size(), 100U);
+    const tProgramResult result = RunVelmora(arguments);
+    EXPECT_EQ(result.status, kExitFailed);
+    EXPECT_EQ(result.err, "");
+    const std::vector<tJSON> records = ParseLines(result.out);
+    ASSERT_EQ(records.size(), arguments.size() - 3);
+    for (size_t i = 0; i < records.size(); ++i) {
+        const std::string path = arguments[i + 3];
+        SCOPED_TRACE(path);
+        const tJSON expected = tJSON::parse(ReadFile(std::filesystem::path(path).replace_extension(".expected.json")));
+        const tJSON& record = records[i];
+        EXPECT_EQ(record["path"], path);
+        ASSERT_EQ(record["ok"], expected["ok"]) << record;
+        if (expected["ok"]) {
+            // Compared without the order, and the order after that.
+            EXPECT_EQ(nlohmann::json::parse(record["attributes"].dump()),
+                      nlohmann::json::parse(expected["attributes"].dump()));
+            std::vector<std::string> keys;
+            for (const auto& item : record["attributes"].items()) {
+                keys.push_back(item.key());
+            }
+            EXPECT_EQ(keys, (std::vector<std::string>{"kMDItemAuthors", "kMDItemDescription", "kMDItemLayerNames",
+                                                      "kMDItemVersion", "kMDItemTextContent"}));
+        } else {
+            EXPECT_EQ(record["error"]["code"], expected["code"]);
+            EXPECT_NE(record["error"]["message"], "");
+            EXPECT_EQ(record["error"].contains("element"), expected["code"] == 4);
+        }
+    }
+}
+
+TEST(Import, SaysInPlainWordsWhatIsWrong)
+{
+    const std::string folder = MakeFolder("words");
+    std::string oldVersion = MakeLayout("x");
+    oldVersion[7] = 2;
+    std::string noElement = MakeLayout("x");
+    noElement[8 + 4 + 2 + 4 + 3] = 1; // the number of elements; the header of the first is then no header
+    WriteFile(folder + "/1 good.velmora", MakeLayout("a\nb\x8A"));
+    WriteFile(folder + "/2 garbage.velmora", "garbage\n");
+    WriteFile(folder + "/3 old.velmora", oldVersion);
+    WriteFile(folder + "/4 cut\n.velmora", noElement);
+    std::filesystem::create_symlink("nowhere", folder + "/5 broken.velmora");
+    const tProgramResult result = RunVelmora({"import", folder});
+    EXPECT_EQ(result.status, kExitFailed);
+    EXPECT_EQ(result.out.rfind(folder + "/1 good.velmora\n", 0), 0U) << result.out;
+    EXPECT_NE(result.out.find("  Description:  a\\nb\u00E4\n"), std::string::npos) << result.out;
+    std::vector<std::string> lines;
+    std::istringstream errors(result.err);
+    for (std::string line; std::getline(errors, line);) {
+        lines.push_back(line);
+    }
+    ASSERT_EQ(lines.size(), 4U) << result.err;
+    const std::string start = "velmora: " + folder;
+    EXPECT_EQ(lines[0], start + "/2 garbage.velmora: is not a layout document");
+    EXPECT_EQ(lines[1], start + "/3 old.velmora: the format version 2 is not supported");
+    EXPECT_EQ(lines[2].rfind(start + "/4 cut\\n.velmora: element 1 is damaged: ", 0), 0U) << lines[2];
+    EXPECT_EQ(lines[3], start + "/5 broken.velmora: cannot be opened: No such file or directory");
+}
+
+TEST(Import, TakesEveryNameAndEverySource)
+{
+    const std::string folder = MakeFolder("names");
+    std::string longFolder = folder;
+    while (longFolder.size() < 1100) {
+        longFolder += "/" + std::string(200, 'l');
+    }
+    const std::string paths[] = {folder + "/line\nbreak.velmora",
+                                 folder + "/\u4E2D\u6587\U0001F682.velmora",
+                                 folder + "/\xFF\xFE.velmora",
+                                 longFolder + "/" + std::string(240, 'n') + ".velmora",
+                                 folder + "/-dash",
+                                 folder + "/schema"};
+    std::filesystem::create_directories(longFolder);
+    std::string zeros;
+    for (const std::string& path : paths) {
+        WriteFile(path, MakeLayout("here"));
+        zeros += path + std::string(1, '\0');
+    }
+    tProgramRun run;
+    run.arguments = {
+        BUILD_FOLDER "/velmora", "import", "--null", "--format=json", "--files-from", "-", "--", "-dash", "schema"};
+    run.folder = folder;
+    run.input = zeros;
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, kExitOK) << result.err;
+    const std::vector<tJSON> records = ParseLines(result.out);
+    ASSERT_EQ(records.size(), std::size(paths) + 2);
+    EXPECT_EQ(records[0]["path"], "-dash");
+    EXPECT_EQ(records[1]["path"], "schema");
+    EXPECT_EQ(records[2]["path"], paths[0]);
+    EXPECT_EQ(records[3]["path"], paths[1]);
+    EXPECT_EQ(records[4]["path"], folder + "/\uFFFD\uFFFD.velmora");
+    EXPECT_TRUE(records[4].contains("path_base64"));
+    EXPECT_EQ(records[5]["path"], paths[3]);
+    for (const tJSON& record : records) {
+        EXPECT_EQ(record["attributes"]["kMDItemDescription"], "here") << record;
+    }
+    const tProgramResult piped = RunVelmora({"import", "-", "--format", "json"}, MakeLayout("from a pipe"));
+    EXPECT_EQ(piped.status, kExitOK) << piped.err;
+    EXPECT_EQ(ParseLines(piped.out).at(0)["path"], "-");
+    EXPECT_EQ(ParseLines(piped.out).at(0)["attributes"]["kMDItemDescription"], "from a pipe");
+    const tProgramResult empty = RunVelmora({"import", MakeFolder("nothing")});
+    EXPECT_EQ(empty.status, kExitOK);
+    EXPECT_EQ(empty.out + empty.err, "");
+}
+
+TEST(Import, ReportsADocumentThatNeedsMoreMemoryThanGranted)
+{
+    // A hundred thousand layers in front of the element count: some megabytes in the core.
+    std::string document = MakeLayout("x");
+    std::string layers("\x01\xF4\x00\x04\x00\x01\x86\xA0", 8);
+    for (int i = 0; i < 100000; ++i) {
+        layers += std::string("\x01\xF5\x00\x02L\x00\x01\xF6\x00\x01\x00\x01\xF7\x00\x01\x01", 16);
+    }
+    document.insert(8 + 4 + 2, layers);
+    document[7] = 5;
+    const std::string folder = MakeFolder("memory");
+    WriteFile(folder + "/1.velmora", document);
+    WriteFile(folder + "/2.velmora", MakeLayout("next"));
+    const tProgramResult result =
+        RunVelmora({"import", "--memory", "2", "--timeout", "60", "--format", "json", folder});
+    const std::vector<tJSON> records = ParseLines(result.out);
+    ASSERT_EQ(records.size(), 2U) << result.out.substr(0, 1000);
+    EXPECT_EQ(records[1]["ok"], true);
+#if defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(records[0]["ok"], true); // no limit can be set
+#else
+    EXPECT_EQ(result.status, kExitFailed);
+    EXPECT_EQ(records[0]["error"]["code"], "memory") << result.out.substr(0, 1000);
+#endif
+    const tProgramResult enough = RunVelmora({"import", "--timeout", "60", "--format", "json", folder});
+    EXPECT_EQ(enough.status, kExitOK);
+    EXPECT_EQ(ParseLines(enough.out).at(0)["attributes"]["kMDItemLayerNames"].size(), 100000U);
+}
+
+TEST(PlugIn, ThatCannotServeIsOneClearLine)
+{
+    const std::string folder = MakeFolder("plug-ins");
+    const std::string document = folder + "/a.velmora";
+    WriteFile(document, MakeLayout("x"));
+    const std::string list = ReadFile(BUILD_FOLDER "/" + std::string(Importer::kBundleName) + "/Contents/Info.plist");
+    const auto makeBundle = [&](const std::string& name, std::string properties, const char* from, const char* to) {
+        const size_t found = properties.find(from);
+        ASSERT_NE(found, std::string::npos);
+        std::filesystem::create_directories(folder + "/" + name + "/Contents/Linux");
+        WriteFile(folder + "/" + name + "/Contents/Info.plist", properties.replace(found, strlen(from), to));
+    };
+    std::filesystem::create_directory(folder + "/folder");
+    makeBundle("no-code", list, "<dict>", "<dict>");
+    makeBundle("garbage", list, "<dict>", "<dict>");
+    WriteFile(folder + "/garbage/Contents/Linux/VelmoraLayouts", "no program");
+    makeBundle("other-kind", list, "8B08C4BF-415B", "8B08C4BF-415C");
+    const struct {
+        const char* name;
+        const char* message;
+    } cases[] = {{"missing", "does not exist"},   {"a.velmora", "is no bundle"},
+                 {"folder", "is no bundle"},      {"no-code", "cannot be loaded"},
+                 {"garbage", "cannot be loaded"}, {"other-kind", "is not a metadata importer"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string plugIn = folder + "/" + c.name;
+        const std::string line = "velmora: the plug-in " + plugIn + " " + c.message;
+        const tProgramResult text = RunVelmora({"import", "--plugin", plugIn, document, document});
+        EXPECT_EQ(text.status, kExitFailed);
+        EXPECT_EQ(text.out, "");
+        EXPECT_EQ(text.err.rfind(line, 0), 0U) << text.err;
+        EXPECT_EQ(std::count(text.err.begin(), text.err.end(), '\n'), 1);
+        tProgramRun run;
+        run.arguments = {BUILD_FOLDER "/velmora", "import", "--format", "json", document, folder + "/absent"};
+        run.environment = {"VELMORA_PLUGIN=" + plugIn};
+        const tProgramResult json = RunProgram(run);
+        EXPECT_EQ(json.status, kExitFailed);
+        EXPECT_EQ(json.err, text.err);
+        const std::vector<tJSON> records = ParseLines(json.out);
+        ASSERT_EQ(records.size(), 2U);
+        for (const tJSON& record : records) {
+            EXPECT_EQ(record["error"]["code"], "plugin");
+        }
+        EXPECT_EQ(RunVelmora({"schema", "--plugin", plugIn}).err, text.err);
+    }
+}
+
+TEST(Schema, ListsWhatAnImportSets)
+{
+    const tProgramResult result = RunVelmora({"schema", "--format", "json"});
+    EXPECT_EQ(result.status, kExitOK) << result.err;
+    const tJSON schema = tJSON::parse(result.out);
+    std::vector<std::string> names;
+    for (const tJSON& attribute : schema["attributes"]) {
+        names.push_back(attribute["name"]);
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"kMDItemAuthors", "kMDItemDescription", "kMDItemLayerNames",
+                                               "kMDItemVersion", "kMDItemTextContent"}));
+    ASSERT_FALSE(schema["types"].empty());
+    EXPECT_EQ(schema["types"][0]["identifier"], Importer::kContentType);
+    EXPECT_EQ(schema["types"][0]["extensions"], (std::vector<std::string>{"velmora"}));
+    const tProgramResult text = RunVelmora({"schema"});
+    EXPECT_NE(text.out.find("kMDItemTextContent"), std::string::npos);
+    EXPECT_NE(text.out.find(Importer::kContentType), std::string::npos);
+}
+
+TEST(Installation, WorksFromAnotherPlaceWithoutAnEnvironment)
+{
+    const std::string prefix = MakeFolder("installed");
+    tProgramRun install;
+    install.arguments = {CMAKE_PROGRAM, "--install", BUILD_FOLDER, "--prefix", prefix};
+    const tProgramResult installed = RunProgram(install);
+    ASSERT_EQ(installed.status, 0) << installed.err;
+    const std::string moved = MakeFolder("moved") + "/here";
+    std::filesystem::rename(prefix, moved);
+    tProgramRun run;
+    run.arguments = {moved + "/" INSTALLED_PROGRAMS "/velmora", "import", "--format", "json", "-"};
+    run.input = MakeLayout("installed");
+    run.emptyEnvironment = true;
+    tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, kExitOK) << result.out << result.err;
+    EXPECT_EQ(ParseLines(result.out).at(0)["attributes"]["kMDItemDescription"], "installed");
+
+    const std::string home = MakeFolder("home");
+    run.environment = {"HOME=" + home};
+    EXPECT_EQ(RunProgram(run).status, kExitOK);
+    struct stat status = {};
+    ASSERT_EQ(stat((home + "/.local/state/velmora").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0700U);
+
+    std::filesystem::remove_all(moved + "/" INSTALLED_LIBRARIES "/" + std::string(Importer::kBundleName));
+    result = RunProgram(run);
+    EXPECT_EQ(result.status, kExitFailed);
+    EXPECT_NE(result.err.find("there is no importer plug-in"), std::string::npos) << result.err;
+}

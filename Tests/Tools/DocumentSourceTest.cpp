@@ -1,0 +1,111 @@
+#include "input/CDocumentSource.h"
+
+#include "ProgramRun.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+/// The inputs as "path" or "path!code", without the folder's path in front.
+static std::vector<std::string> Collect(CDocumentSource& source, const std::string& folder)
+{
+    static const char* const kWords[] = {"1", "crash", "timeout", "memory", "path", "plugin"};
+    std::vector<std::string> result;
+    tInput input;
+    while (source.Next(input)) {
+        EXPECT_NE(input.document.IsOpen(), input.failure.has_value()) << input.path;
+        std::string text = input.path;
+        if (text.rfind(folder, 0) == 0) {
+            text.erase(0, folder.size() + 1);
+        }
+        if (input.failure) {
+            EXPECT_EQ(input.failure->loaderCode, input.failure->kind == eFailure::kLoader ? 1 : 0);
+            text += std::string("!") + kWords[static_cast<int>(input.failure->kind)];
+        }
+        result.push_back(text);
+    }
+    return result;
+}
+
+using tNames = std::vector<std::string>;
+
+TEST(DocumentSource, WalksFoldersInOrderOfBytes)
+{
+    const std::string folder = MakeFolder("walk");
+    for (const char* name :
+         {"b.velmora", "B.VELMORA", "\xFF.velmora", "\u00E4.velmora", "line\nbreak.velmora", "text.txt", ".velmora",
+          "a/z.velmora", "a/magic", "c.velmora/deep.velmora", "a.b/x.velmora"}) {
+        std::filesystem::create_directories(std::filesystem::path(folder + "/" + name).parent_path());
+        WriteFile(folder + "/" + name, "?");
+    }
+    WriteFile(folder + "/a/magic", "WkSt");
+    std::filesystem::create_directory(folder + "/empty");
+    std::filesystem::create_directory_symlink(folder, folder + "/loop.velmora");
+    std::filesystem::create_symlink("b.velmora", folder + "/link.velmora");
+    std::filesystem::create_symlink("a/magic", folder + "/link");
+    std::filesystem::create_symlink("nowhere", folder + "/broken.velmora");
+    std::filesystem::create_symlink("nowhere", folder + "/broken");
+    ASSERT_EQ(mkfifo((folder + "/fifo.velmora").c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo((folder + "/fifo").c_str(), 0600), 0);
+
+    CDocumentSource source({folder}, nullptr, '\n');
+    EXPECT_EQ(Collect(source, folder),
+              (tNames{"B.VELMORA", "a/magic", "a/z.velmora", "a.b/x.velmora", "b.velmora", "broken.velmora!1",
+                      "c.velmora/deep.velmora", "fifo.velmora!path", "line\nbreak.velmora", "link", "link.velmora",
+                      "\u00E4.velmora", "\xFF.velmora"}));
+    CDocumentSource again({folder + "/a/", folder + "/empty", folder + "/loop.velmora/a"}, nullptr, '\n');
+    EXPECT_EQ(Collect(again, folder),
+              (tNames{"a/magic", "a/z.velmora", "loop.velmora/a/magic", "loop.velmora/a/z.velmora"}));
+}
+
+TEST(DocumentSource, TakesWhatIsNamed)
+{
+    const std::string folder = MakeFolder("named");
+    WriteFile(folder + "/any.txt", "?");
+    ASSERT_EQ(mkfifo((folder + "/fifo").c_str(), 0600), 0);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    const std::string socketPath = "named-socket";
+    socketPath.copy(address.sun_path, sizeof address.sun_path - 1);
+    std::filesystem::current_path(folder);
+    ASSERT_EQ(bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    CDescriptor closer(socket);
+    std::string longPath = folder;
+    while (longPath.size() < 1500) {
+        longPath += "/" + std::string(200, 'd');
+    }
+    std::filesystem::create_directories(longPath);
+    longPath += "/" + std::string(247, 'f') + ".velmora";
+    WriteFile(longPath, "?");
+    const std::string tooLong = folder + "/" + std::string(5000, 'x');
+
+    CDocumentSource source({folder + "/any.txt", folder + "/missing", folder + "/fifo", folder + "/named-socket",
+                            "/dev/null", "", longPath, tooLong, folder + "/any.txt/below"},
+                           nullptr, '\n');
+    EXPECT_EQ(Collect(source, folder), (tNames{"any.txt", "missing!1", "fifo!path", "named-socket!path",
+                                               "/dev/null!path", "!1", longPath.substr(folder.size() + 1),
+                                               tooLong.substr(folder.size() + 1) + "!1", "any.txt/below!1"}));
+}
+
+TEST(DocumentSource, ReadsLists)
+{
+    const std::string folder = MakeFolder("lists");
+    for (const char* name : {"a", "b\nc", "-"}) {
+        WriteFile(folder + "/" + name, "?");
+    }
+    std::filesystem::current_path(folder);
+    WriteFile("lines", "\na\n-\n" + folder + "\nmissing");
+    CDocumentSource lines({"a"}, CDocumentSource::OpenList("lines"), '\n');
+    EXPECT_EQ(Collect(lines, folder + "/x"), (tNames{"a", "a", "-", folder + "!path", "missing!1"}));
+    for (const bool closed : {false, true}) {
+        WriteFile("zeros", std::string("a\0b\nc", 5) + (closed ? std::string(1, '\0') : ""));
+        CDocumentSource zeros({}, CDocumentSource::OpenList("zeros"), '\0');
+        EXPECT_EQ(Collect(zeros, folder), (tNames{"a", "b\nc"}));
+        CDocumentSource wrong({}, CDocumentSource::OpenList("zeros"), '\n');
+        EXPECT_EQ(Collect(wrong, folder).front(), std::string("a\0b!path", 8));
+    }
+    EXPECT_EQ(CDocumentSource::OpenList("absent"), nullptr);
+}

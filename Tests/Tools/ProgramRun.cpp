@@ -1,0 +1,130 @@
+#include "ProgramRun.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+[[noreturn]] static void StartProgram(const tProgramRun& run, int in, int out, int err)
+{
+    std::vector<std::string> texts = run.arguments;
+    std::vector<char*> arguments;
+    for (std::string& text : texts) {
+        arguments.push_back(text.data());
+    }
+    arguments.push_back(nullptr);
+    if (run.emptyEnvironment) {
+        clearenv();
+    }
+    for (const std::string& entry : run.environment) {
+        const size_t equals = entry.find('=');
+        setenv(entry.substr(0, equals).c_str(), entry.substr(equals + 1).c_str(), 1);
+    }
+    if (!run.folder.empty() && chdir(run.folder.c_str()) != 0) {
+        _exit(126);
+    }
+    dup2(in, STDIN_FILENO);
+    dup2(out, STDOUT_FILENO);
+    dup2(err, STDERR_FILENO);
+    execv(arguments[0], arguments.data());
+    _exit(127);
+}
+
+tProgramResult RunProgram(const tProgramRun& run)
+{
+    tProgramResult result;
+    int in[2];
+    int out[2];
+    int err[2];
+    if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) {
+        return result;
+    }
+    const pid_t process = fork();
+    if (process == 0) {
+        StartProgram(run, in[0], out[1], err[1]);
+    }
+    close(in[0]);
+    close(out[1]);
+    close(err[1]);
+    // Inputs of tests fit into a pipe.
+    EXPECT_EQ(write(in[1], run.input.data(), run.input.size()), static_cast<ssize_t>(run.input.size()));
+    close(in[1]);
+    pollfd waits[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
+    std::string* texts[2] = {&result.out, &result.err};
+    while (waits[0].fd >= 0 || waits[1].fd >= 0) {
+        poll(waits, 2, -1);
+        for (int i = 0; i < 2; ++i) {
+            if (waits[i].fd < 0 || waits[i].revents == 0) {
+                continue;
+            }
+            char buffer[65536];
+            const ssize_t count = read(waits[i].fd, buffer, sizeof buffer);
+            if (count > 0) {
+                texts[i]->append(buffer, static_cast<size_t>(count));
+            }
+            const bool wanted = i != 0 || !run.onOutput || count <= 0 || run.onOutput(process, result.out);
+            if (count <= 0 || !wanted) {
+                close(waits[i].fd);
+                waits[i].fd = -1;
+            }
+        }
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return result;
+}
+
+tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input)
+{
+    tProgramRun run;
+    run.arguments = std::move(arguments);
+    run.arguments.insert(run.arguments.begin(), BUILD_FOLDER "/velmora");
+    run.input = input;
+    return RunProgram(run);
+}
+
+std::string MakeFolder(const std::string& name)
+{
+    const std::string folder = std::string(getenv("TEST_FOLDER")) + "/" + name;
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    return folder;
+}
+
+void WriteFile(const std::string& path, const std::string& bytes)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << bytes;
+    file.close();
+    EXPECT_TRUE(file) << path;
+}
+
+std::string ReadFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+std::string MakeLayout(const std::string& description)
+{
+    const auto number = [](unsigned value, int bytes) {
+        std::string text;
+        for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
+            text.push_back(static_cast<char>(value >> shift));
+        }
+        return text;
+    };
+    const unsigned size = static_cast<unsigned>(description.size()) + 1;
+    // The header; record 404, the description; record 423, no elements; record 424, no groups.
+    return "WkSt" + number(3, 4) + number(404, 2) + number(size, 2) + description + std::string(1, '\0') +
+           number(423, 2) + number(4, 2) + number(0, 4) + number(424, 2) + number(4, 2) + number(0, 4);
+}

@@ -1,0 +1,37 @@
+// Runs programs for tests and keeps what they print; folders and files that tests fill.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct tProgramResult {
+    int status = -1; ///< exit status; 128 + number when a signal ended it
+    std::string out;
+    std::string err;
+};
+
+struct tProgramRun {
+    std::vector<std::string> arguments; ///< the program's path first
+    std::string input;                  ///< of its standard input, a pipe
+    bool emptyEnvironment = false;
+    std::vector<std::string> environment; ///< NAME=VALUE, added
+    std::string folder;                   ///< where it runs; empty for here
+    /// Called with the process and what it has printed so far, whenever there is more. False: close the reading end.
+    std::function<bool(int process, const std::string& out)> onOutput;
+};
+
+/// Runs a program to its end.
+tProgramResult RunProgram(const tProgramRun& run);
+
+/// Runs the built host with these arguments.
+tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input = {});
+
+/// A new empty folder, gone with the test program.
+std::string MakeFolder(const std::string& name);
+
+void WriteFile(const std::string& path, const std::string& bytes);
+std::string ReadFile(const std::string& path);
+
+/// The bytes of a small layout of version 3 with this description, ASCII.
+std::string MakeLayout(const std::string& description);

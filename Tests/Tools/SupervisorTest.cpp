@@ -1,0 +1,226 @@
+// The pool against a worker that misbehaves on demand, first alone, then behind the host.
+#include "Importer/Names.h"
+#include "ProgramRun.h"
+#include "pool/CWorkerPool.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+static CDescriptor OpenDocument(const std::string& text)
+{
+    const std::string path = std::string(getenv("TEST_FOLDER")) + "/document";
+    WriteFile(path, text);
+    CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    unlink(path.c_str());
+    return file;
+}
+
+static tAnswer Ask(CWorkerPool& pool, const std::string& document)
+{
+    static uint64_t sTicket = 0;
+    EXPECT_TRUE(pool.HasRoom());
+    pool.Submit(++sTicket, {eVerb::kImport, "type"}, OpenDocument(document));
+    uint64_t ticket = 0;
+    tAnswer answer;
+    EXPECT_EQ(pool.Collect(ticket, answer), CWorkerPool::eResult::kDone);
+    EXPECT_EQ(ticket, sTicket);
+    return answer;
+}
+
+static const struct tMisbehaviour {
+    const char* command;
+    eFailure kind;
+    const char* message; ///< part of it
+} kMisbehaviours[] = {{"crash", eFailure::kCrash, "signal 11"},
+                      {"exit 0", eFailure::kCrash, "without an answer (status 0)"},
+                      {"exit 3", eFailure::kCrash, "without an answer (status 3)"},
+                      {"hang", eFailure::kTimeout, "within 0.5 seconds"},
+                      {"close and hang", eFailure::kCrash, "without an answer"},
+                      {"fatal", eFailure::kCrash, "Layer list is null"},
+                      {"memory", eFailure::kMemory, "memory"},
+                      {"half a header", eFailure::kCrash, "without an answer"},
+                      {"half an answer", eFailure::kTimeout, "seconds"},
+                      {"wrong magic", eFailure::kCrash, "out of form"},
+                      {"unknown kind", eFailure::kCrash, "out of form"},
+                      {"greeting", eFailure::kCrash, "out of form"},
+                      {"request", eFailure::kCrash, "out of form"},
+                      {"wrong sequence", eFailure::kCrash, "out of form"},
+                      {"too long", eFailure::kCrash, "out of form"},
+                      {"cut", eFailure::kCrash, "out of form"},
+                      {"longer", eFailure::kCrash, "out of form"},
+                      {"bad UTF-8", eFailure::kCrash, "out of form"},
+                      {"wrong verb", eFailure::kCrash, "out of form"},
+                      {"descriptor", eFailure::kCrash, "out of form"},
+                      {"flood", eFailure::kCrash, "out of form"}};
+
+TEST(Supervisor, ReportsEveryMisbehaviourForThatDocumentAlone)
+{
+    CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 0.5, 1);
+    for (const tMisbehaviour& c : kMisbehaviours) {
+        SCOPED_TRACE(c.command);
+        const tAnswer answer = Ask(pool, c.command);
+        EXPECT_FALSE(answer.ok);
+        EXPECT_EQ(answer.failure.kind, c.kind);
+        EXPECT_NE(answer.failure.message.find(c.message), std::string::npos) << answer.failure.message;
+        const tAnswer next = Ask(pool, "the next one");
+        ASSERT_TRUE(next.ok) << next.failure.message;
+        EXPECT_EQ(next.attributes.at(0).texts.at(0), "the next one");
+    }
+    const tAnswer flood = Ask(pool, "flood bytes");
+    EXPECT_FALSE(flood.ok);
+    EXPECT_EQ(Ask(pool, "long").attributes.at(0).texts.at(0).size(), 5000000U);
+}
+
+TEST(Supervisor, DoesNotBlameADocumentForWhatCameBefore)
+{
+    CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 5, 1);
+    for (const char* before : {"answer twice", "answer and die"}) {
+        for (int i = 0; i < 5; ++i) {
+            EXPECT_TRUE(Ask(pool, before).ok);
+            // So that the second frame, or the end, has come before the next request goes out.
+            usleep(20000);
+            EXPECT_EQ(Ask(pool, "innocent").attributes.at(0).texts.at(0), "innocent");
+        }
+    }
+}
+
+TEST(Supervisor, KeepsSeveralWorkersApart)
+{
+    CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 0.5, 3);
+    std::vector<std::string> documents;
+    for (int i = 0; i < 60; ++i) {
+        documents.push_back(i % 10 == 3 ? kMisbehaviours[static_cast<size_t>(i) / 10].command
+                                        : "document " + std::to_string(i));
+    }
+    std::vector<int> answers(documents.size());
+    size_t next = 0;
+    for (size_t collected = 0; collected < documents.size(); ++collected) {
+        for (; next < documents.size() && pool.HasRoom(); ++next) {
+            pool.Submit(next, {eVerb::kImport, "type"}, OpenDocument(documents[next]));
+        }
+        uint64_t ticket = 0;
+        tAnswer answer;
+        ASSERT_EQ(pool.Collect(ticket, answer), CWorkerPool::eResult::kDone);
+        ASSERT_LT(ticket, next);
+        ++answers[ticket];
+        EXPECT_EQ(answer.ok, ticket % 10 != 3) << ticket;
+        if (answer.ok) {
+            EXPECT_EQ(answer.attributes.at(0).texts.at(0), documents[ticket]);
+        }
+    }
+    EXPECT_EQ(answers, std::vector<int>(documents.size(), 1));
+}
+
+TEST(Supervisor, SaysWhyNoWorkerCanBeHad)
+{
+    const struct {
+        const char* program;
+        const char* plugIn;
+        const char* message;
+    } cases[] = {{STAND_IN_WORKER, "/refuses", "the plug-in is of another kind"},
+                 {STAND_IN_WORKER, "/dies", "(status 5)"},
+                 {"/nonexistent", "/plug-in", "cannot be started: No such file"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        CWorkerPool pool({c.program, c.plugIn, 64}, 5, 1);
+        tFailure failure;
+        ASSERT_EQ(pool.WaitUntilReady(failure), CWorkerPool::eResult::kFailed);
+        EXPECT_EQ(failure.kind, eFailure::kPlugIn);
+        EXPECT_NE(failure.message.find(c.message), std::string::npos) << failure.message;
+        EXPECT_EQ(Ask(pool, "anything").failure.kind, eFailure::kPlugIn);
+    }
+}
+
+/// A copy of the host whose worker is the stand-in.
+class HostWithStandIn : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        mFolder = MakeFolder("host");
+        mHost = mFolder + "/velmora";
+        std::filesystem::copy_file(BUILD_FOLDER "/velmora", mHost);
+        std::filesystem::copy_file(STAND_IN_WORKER, mFolder + "/velmora-worker");
+        std::filesystem::create_directory(mFolder + "/" + Importer::kBundleName);
+    }
+
+    std::string Document(const std::string& text)
+    {
+        const std::string path = mFolder + "/" + std::to_string(mDocuments++) + ".velmora";
+        WriteFile(path, text);
+        return path;
+    }
+
+    std::string mFolder;
+    std::string mHost;
+    int mDocuments = 0;
+};
+
+TEST_F(HostWithStandIn, PrintsOneRecordForEveryInputInOrder)
+{
+    tProgramRun run;
+    run.arguments = {mHost, "import", "--format", "json", "--timeout", "0.5"};
+    std::vector<std::string> expected;
+    for (const tMisbehaviour& c : kMisbehaviours) {
+        run.arguments.push_back(Document(c.command));
+        expected.emplace_back(c.kind == eFailure::kTimeout  ? "timeout"
+                              : c.kind == eFailure::kMemory ? "memory"
+                                                            : "crash");
+        run.arguments.push_back(Document("good"));
+        expected.emplace_back("ok");
+    }
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "");
+    std::istringstream lines(result.out);
+    size_t count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        const auto record = nlohmann::json::parse(line);
+        ASSERT_LT(count, expected.size());
+        EXPECT_EQ(record["path"], run.arguments[6 + count]);
+        EXPECT_EQ(record["ok"] ? "ok" : record["error"]["code"], expected[count]);
+    }
+    EXPECT_EQ(count, expected.size());
+}
+
+TEST_F(HostWithStandIn, EndsCleanlyWhenInterrupted)
+{
+    for (const char* format : {"json", "plist"}) {
+        tProgramRun run;
+        run.arguments = {mHost, "import", "--timeout", "60", "--format", format};
+        for (const char* text : {"first", "second", "hang", "never"}) {
+            run.arguments.push_back(Document(text));
+        }
+        bool sent = false;
+        run.onOutput = [&](int process, const std::string& out) {
+            if (!sent && out.find("second") != std::string::npos) {
+                sent = true;
+                kill(process, SIGINT);
+            }
+            return true;
+        };
+        const tProgramResult result = RunProgram(run);
+        EXPECT_TRUE(sent);
+        EXPECT_EQ(result.status, 130);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out.find("never"), std::string::npos);
+        EXPECT_EQ(result.out.find("hang"), std::string::npos);
+        const std::string end = result.out.substr(result.out.size() - 10);
+        EXPECT_NE(end.find(std::string(format) == "json" ? "}}\n" : "</plist>\n"), std::string::npos) << end;
+    }
+}
+
+TEST_F(HostWithStandIn, EndsQuietlyWhenNobodyReads)
+{
+    tProgramRun run;
+    run.arguments = {mHost, "import", "--format", "json"};
+    const std::string path = Document("long");
+    run.arguments.insert(run.arguments.end(), 20, path);
+    run.onOutput = [](int, const std::string&) { return false; };
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_LT(result.out.size(), 5000000U);
+}

@@ -1,0 +1,161 @@
+#include "Layers/CLayer.h"
+#include "Layouts/CLayout.h"
+#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Reports.h"
+#include "Requests.h"
+#include "Texts.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <unistd.h>
+
+#if defined(__linux__)
+static constexpr const char* kDescriptorFolder = "/proc/self/fd/";
+#else
+static constexpr const char* kDescriptorFolder = "/dev/fd/";
+#endif
+
+/// A Core Foundation object that is released at the end of the scope.
+template <typename tReference>
+class CHolder {
+public:
+    explicit CHolder(tReference reference) : mReference(reference) {}
+    ~CHolder()
+    {
+        if (mReference != nullptr) {
+            CFRelease(mReference);
+        }
+    }
+    CHolder(const CHolder&) = delete;
+    CHolder& operator=(const CHolder&) = delete;
+    tReference Get() const { return mReference; }
+
+private:
+    tReference mReference;
+};
+
+static void AddAttribute(tAnswer& answer, const std::string& key, CFTypeRef value)
+{
+    tAttribute attribute;
+    attribute.key = key;
+    if (ToTexts(value, attribute.texts, attribute.isList)) {
+        answer.attributes.push_back(std::move(attribute));
+    }
+}
+
+/// Everything that is in the dictionary: the well-known attributes in their order, then others by name.
+static tAnswer ReadAttributes(CFMutableDictionaryRef dictionary)
+{
+    tAnswer answer;
+    answer.ok = true;
+    answer.verb = eVerb::kImport;
+    const CFStringRef known[] = {kMDItemAuthors, kMDItemDescription, kMDItemLayerNames, kMDItemVersion,
+                                 kMDItemTextContent};
+    std::vector<std::string> knownNames;
+    for (const CFStringRef key : known) {
+        knownNames.push_back(ToUTF8(key));
+        AddAttribute(answer, knownNames.back(), CFDictionaryGetValue(dictionary, key));
+    }
+    const size_t count = static_cast<size_t>(CFDictionaryGetCount(dictionary));
+    std::vector<const void*> keys(count);
+    std::vector<const void*> values(count);
+    CFDictionaryGetKeysAndValues(dictionary, keys.data(), values.data());
+    std::vector<std::pair<std::string, CFTypeRef>> others;
+    for (size_t i = 0; i < count; ++i) {
+        const std::string name = ToUTF8(static_cast<CFStringRef>(keys[i]));
+        if (std::find(knownNames.begin(), knownNames.end(), name) == knownNames.end()) {
+            others.emplace_back(name, values[i]);
+        }
+    }
+    std::sort(others.begin(), others.end());
+    for (const auto& [name, value] : others) {
+        AddAttribute(answer, name, value);
+    }
+    return answer;
+}
+
+/// The version that a document's header names: 4 bytes, big-endian, behind the magic.
+static int32_t ReadVersion(int document)
+{
+    unsigned char bytes[4] = {};
+    if (pread(document, bytes, sizeof bytes, 4) != static_cast<ssize_t>(sizeof bytes)) {
+        return 0;
+    }
+    return static_cast<int32_t>(static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
+                                static_cast<uint32_t>(bytes[2]) << 8 | bytes[3]);
+}
+
+static std::string WithReason(std::string message)
+{
+    const std::string reason = Reports::GetLoadFailure();
+    return reason.empty() ? message : message + ": " + reason;
+}
+
+/// The importer says only yes or no: after a no the worker's own core loads the document again, to learn why.
+static tAnswer ExplainFailure(const std::string& path, int document)
+{
+    CLayout layout;
+    CVLLayerNameResolver resolver(&layout);
+    CLayer::ConfigureLayerNameResolver(&resolver);
+    const int result = layout.Load(path);
+    const size_t elements = layout.GetElements().size();
+    CLayer::ConfigureLayerNameResolver(nullptr);
+    tAnswer answer = MakeFailure(eFailure::kLoader, {});
+    answer.failure.loaderCode = result;
+    switch (result) {
+    case CLayout::kLoaded:
+        return MakeFailure(eFailure::kPlugIn, "the plug-in refuses the document, although it can be loaded");
+    case CLayout::kCannotOpen:
+        answer.failure.message = "cannot be opened";
+        break;
+    case CLayout::kNoLayout:
+        answer.failure.message = "is not a layout document";
+        break;
+    case CLayout::kUnsupportedVersion:
+        answer.failure.message = "the format version " + std::to_string(ReadVersion(document)) + " is not supported";
+        break;
+    case CLayout::kElementFailed:
+        answer.failure.element = static_cast<uint32_t>(elements + 1);
+        answer.failure.message = WithReason("element " + std::to_string(elements + 1) + " is damaged");
+        break;
+    case CLayout::kLayersFailed:
+        answer.failure.message = WithReason("the list of layers is damaged");
+        break;
+    default:
+        return MakeFailure(eFailure::kCrash, "the loader answered with an unknown code");
+    }
+    return answer;
+}
+
+/// Calls the importer with an empty dictionary. What it may throw ends here: the caller then has no attributes.
+/// @param threw  set when it threw
+static bool CallImporter(const CPlugIn& plugIn, CFMutableDictionaryRef attributes, const std::string& contentType,
+                         const std::string& path, bool& threw)
+{
+    const CHolder<CFStringRef> typeString(MakeString(contentType));
+    const CHolder<CFStringRef> pathString(MakeString(path));
+    try {
+        return plugIn.Import(attributes, typeString.Get(), pathString.Get());
+    } catch (...) { // also what is not of C++
+        threw = true;
+        return false;
+    }
+}
+
+tAnswer AnswerImport(const CPlugIn& plugIn, const std::string& contentType, int document)
+{
+    if (document < 0) {
+        return MakeFailure(eFailure::kCrash, "the request came without its document");
+    }
+    const std::string path = kDescriptorFolder + std::to_string(document);
+    const CHolder<CFMutableDictionaryRef> attributes(CFDictionaryCreateMutable(
+        kCFAllocatorDefault, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    bool threw = false;
+    if (CallImporter(plugIn, attributes.Get(), contentType, path, threw)) {
+        return ReadAttributes(attributes.Get());
+    }
+    if (threw) {
+        return MakeFailure(eFailure::kCrash, "the plug-in raised an exception");
+    }
+    return ExplainFailure(path, document);
+}

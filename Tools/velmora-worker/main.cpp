@@ -1,0 +1,114 @@
+// The worker process: holds the plug-in and the core, and answers one request at a time until the host closes the
+// socket.
+#include "CPlugIn.h"
+#include "Limits.h"
+#include "Reports.h"
+#include "Requests.h"
+#include "protocol/CFrameReader.h"
+
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+
+namespace {
+struct tArguments {
+    int socket = -1;
+    size_t megabytes = 0;
+    std::string plugIn;
+};
+} // namespace
+
+template <typename tNumber>
+static bool ParseNumber(const char* text, tNumber& number)
+{
+    const char* end = text + strlen(text);
+    const auto result = std::from_chars(text, end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+static bool ParseArguments(int argc, char** argv, tArguments& arguments)
+{
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string_view name = argv[i];
+        if (name == "--socket"   ? !ParseNumber(argv[i + 1], arguments.socket)
+            : name == "--memory" ? !ParseNumber(argv[i + 1], arguments.megabytes)
+                                 : name != "--plugin") {
+            return false;
+        }
+        if (name == "--plugin") {
+            arguments.plugIn = argv[i + 1];
+        }
+    }
+    return argc % 2 == 1 && arguments.socket >= 0 && arguments.megabytes > 0 && !arguments.plugIn.empty();
+}
+
+/// Whether an answer keeps to what the host accepts.
+static bool FitsProtocol(const tAnswer& answer, const std::string& encoded)
+{
+    size_t entries = answer.attributes.size();
+    for (const tAttribute& attribute : answer.attributes) {
+        entries += attribute.texts.size();
+    }
+    return encoded.size() <= kMaxAnswerSize && entries <= kMaxListEntries;
+}
+
+static bool AnswerRequest(int socket, const CPlugIn& plugIn, const tFrame& frame)
+{
+    tRequest request;
+    if (frame.kind != eFrameKind::kRequest || !Decode(frame.payload, request)) {
+        return false;
+    }
+    Limits::SetSequence(frame.sequence);
+    Reports::Reset(frame.sequence);
+    const tAnswer answer = request.verb == eVerb::kSchema
+                               ? AnswerSchema(plugIn)
+                               : AnswerImport(plugIn, request.contentType, frame.descriptor.Get());
+    std::string encoded = Encode(answer);
+    if (!FitsProtocol(answer, encoded)) {
+        encoded = Encode(MakeFailure(eFailure::kMemory, "the document's attributes are too large to be handed over"));
+    }
+    return SendFrame(socket, eFrameKind::kAnswer, frame.sequence, encoded);
+}
+
+static int Serve(int socket, const CPlugIn& plugIn)
+{
+    CFrameReader reader(socket, kMaxRequestSize);
+    for (;;) {
+        tFrame frame;
+        switch (reader.Read(frame)) {
+        case CFrameReader::eResult::kMore:
+            break;
+        case CFrameReader::eResult::kClosed: // the host needs it no longer
+            return 0;
+        case CFrameReader::eResult::kMalformed:
+            return 1;
+        case CFrameReader::eResult::kFrame:
+            if (!AnswerRequest(socket, plugIn, frame)) {
+                return 1;
+            }
+            break;
+        }
+    }
+}
+
+int main(int argc, char** argv)
+{
+    tArguments arguments;
+    if (!ParseArguments(argc, argv, arguments)) {
+        fprintf(stderr, "velmora-worker is started by velmora; try 'velmora --help'.\n");
+        return 2;
+    }
+    Limits::Begin(arguments.socket);
+    Reports::Begin(arguments.socket);
+    CPlugIn plugIn;
+    tHello hello;
+    hello.ready = plugIn.Load(arguments.plugIn, hello.message);
+    if (hello.ready) {
+        Limits::GrantMemory(arguments.megabytes);
+    }
+    if (!SendFrame(arguments.socket, eFrameKind::kHello, 0, Encode(hello)) || !hello.ready) {
+        return 1;
+    }
+    return Serve(arguments.socket, plugIn);
+}

@@ -1,0 +1,14 @@
+// The user's wish to end (SIGINT), as a flag and as something to wait for.
+#pragma once
+
+namespace Interrupt {
+/// Catches SIGINT from now on, unless the caller had it ignored. The first one sets the flag, a second one ends the
+/// process at once with 130. SIGPIPE is ignored from now on: writes report a closed pipe themselves.
+void Install();
+
+/// Whether SIGINT has arrived.
+bool IsRequested();
+
+/// Becomes readable when SIGINT arrives, and stays so; -1 before Install.
+int GetDescriptor();
+} // namespace Interrupt

@@ -1,0 +1,20 @@
+// Where the host finds its companions and keeps a user's files.
+#pragma once
+
+#include <string>
+
+namespace Places {
+/// Path of the worker program: beside this executable, or in the library folder. @return empty when there is none
+std::string FindWorker();
+
+/// Path of the plug-in bundle. @param named  what the user asked for; empty for the one that belongs to this executable
+/// @return empty when none was named and none is found
+std::string FindPlugIn(const std::string& named);
+
+/// The folders that FindPlugIn looks into, as one text for people.
+std::string DescribePlugInPlaces();
+
+/// Makes the folder of the error log, ${XDG_STATE_HOME:-~/.local/state}/velmora with mode 0700. Workers append to a log
+/// there but do not make folders. A failure has no consequence but that nothing is logged.
+void MakeLogFolder();
+} // namespace Places

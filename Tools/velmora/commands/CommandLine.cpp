@@ -1,0 +1,190 @@
+#include "commands/CommandLine.h"
+
+#include "ExitCodes.h"
+#include "Interrupt.h"
+#include "Places.h"
+#include "output/COutput.h"
+#include "output/Escapes.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <numeric>
+#include <string_view>
+
+static const tCommand* const kCommands[] = {&kImportCommand, &kSchemaCommand};
+
+/// A word that differs from a command by more edits than this is no typing error.
+static constexpr size_t kMostEdits = 2;
+
+static const tCommand* FindCommand(std::string_view name)
+{
+    for (const tCommand* command : kCommands) {
+        if (command->name == name) {
+            return command;
+        }
+    }
+    return nullptr;
+}
+
+/// Insertions, removals, replacements and exchanges of neighbours that turn one word into the other.
+static size_t CountEdits(std::string_view from, std::string_view to)
+{
+    std::vector<std::vector<size_t>> edits(from.size() + 1, std::vector<size_t>(to.size() + 1));
+    std::iota(edits[0].begin(), edits[0].end(), size_t{0});
+    for (size_t i = 1; i <= from.size(); ++i) {
+        edits[i][0] = i;
+        for (size_t j = 1; j <= to.size(); ++j) {
+            const size_t replaced = edits[i - 1][j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
+            edits[i][j] = std::min({replaced, edits[i - 1][j] + 1, edits[i][j - 1] + 1});
+            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1]) {
+                edits[i][j] = std::min(edits[i][j], edits[i - 2][j - 2] + 1);
+            }
+        }
+    }
+    return edits.back().back();
+}
+
+static std::string SuggestCommand(std::string_view word)
+{
+    std::string best;
+    size_t fewest = kMostEdits + 1;
+    if (word.size() > 32) { // no command is that long, and the table of edits would be
+        return best;
+    }
+    for (const tCommand* command : kCommands) {
+        const size_t edits = CountEdits(word, command->name);
+        if (edits < fewest) {
+            fewest = edits;
+            best = command->name;
+        }
+    }
+    return best;
+}
+
+static std::string GeneralHelp()
+{
+    std::string text = "velmora " VELMORA_VERSION ": search attributes of model-railway layouts\n\nExamples:\n"
+                       "  velmora import plan.velmora\n"
+                       "  velmora import --format json ~/Layouts\n\n"
+                       "Usage: velmora COMMAND [OPTIONS] ...\n\nCommands:\n";
+    for (const tCommand* command : kCommands) {
+        text += "  " + std::string(command->name) + std::string(10 - std::string_view(command->name).size(), ' ') +
+                command->summary + "\n";
+    }
+    return text + "  help      Show this, or the help of a command\n\n"
+                  "Options:\n  -h, --help     Show this\n  -V, --version  Show the version\n";
+}
+
+static std::unique_ptr<CLI::App> MakeParser(const tCommand& command, tOptions& options)
+{
+    auto app = std::make_unique<CLI::App>(std::string(command.summary) + "\n\nExamples:\n" + command.examples,
+                                          std::string("velmora ") + command.name);
+    app->set_help_flag("-h,--help", "Show this");
+    app->set_version_flag("-V,--version", "velmora " VELMORA_VERSION, "Show the version");
+    command.addOptions(*app, options);
+    return app;
+}
+
+static int PrintOut(const std::string& text)
+{
+    COutput output(STDOUT_FILENO);
+    output.Write(text);
+    return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
+}
+
+static int RefuseUsage(const std::string& message, const std::string& helpCommand)
+{
+    COutput::PrintMessage(message + "\nTry '" + helpCommand + "'.");
+    return kExitUsage;
+}
+
+static int RunCommand(const tCommand& command, int argc, char** argv)
+{
+    tOptions options;
+    const std::unique_ptr<CLI::App> app = MakeParser(command, options);
+    const std::string helpCommand = std::string("velmora help ") + command.name;
+    try {
+        app->parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        return PrintOut(app->help());
+    } catch (const CLI::CallForVersion&) {
+        return PrintOut("velmora " VELMORA_VERSION "\n");
+    } catch (const CLI::ParseError& error) {
+        return RefuseUsage(Escapes::ForTerminal(error.what()), helpCommand);
+    }
+    const std::string wrong = command.check(options);
+    if (!wrong.empty()) {
+        return RefuseUsage(wrong, helpCommand);
+    }
+    Places::MakeLogFolder();
+    return command.run(options);
+}
+
+void AddWorkerOptions(CLI::App& app, tOptions& options)
+{
+    app.add_option("--plugin", options.plugIn, "The importer plug-in, where it is not the one that came with velmora")
+        ->envname("VELMORA_PLUGIN")
+        ->type_name("BUNDLE");
+    app.add_option("--timeout", options.timeoutSeconds, "Time for one document (default 5)")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                double seconds = 0;
+                const bool good = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= 86400;
+                return good ? std::string() : std::string("must be a number of seconds above 0, at most 86400");
+            },
+            ""))
+        ->type_name("SECONDS");
+    app.add_option("--memory", options.memoryMegabytes, "Memory for a worker process, in megabytes (default 1024)")
+        ->check(CLI::Range(1U, 1U << 20))
+        ->type_name("MB");
+}
+
+tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailure>& failure)
+{
+    const tWorkerSettings settings = {Places::FindWorker(), Places::FindPlugIn(options.plugIn),
+                                      options.memoryMegabytes};
+    if (settings.plugIn.empty()) {
+        const std::string message = "there is no importer plug-in: " + Places::DescribePlugInPlaces();
+        failure = MakeFailure(eFailure::kPlugIn, message).failure;
+    } else if (settings.program.empty()) {
+        failure = MakeFailure(eFailure::kPlugIn, "the worker program is missing: the installation is damaged").failure;
+    }
+    return settings;
+}
+
+int RunCommandLine(int argc, char** argv)
+{
+    Interrupt::Install();
+    if (argc < 2) {
+        COutput::PrintText(GeneralHelp());
+        return kExitUsage;
+    }
+    const std::string_view word = argv[1];
+    if (word == "-h" || word == "--help" || (word == "help" && argc == 2)) {
+        return PrintOut(GeneralHelp());
+    }
+    if (word == "-V" || word == "--version") {
+        return PrintOut("velmora " VELMORA_VERSION "\n");
+    }
+    const bool help = word == "help";
+    const std::string_view name = help ? argv[2] : word;
+    if (help && (name == "-h" || name == "--help" || name == "help")) {
+        return PrintOut(GeneralHelp());
+    }
+    if (const tCommand* command = FindCommand(name)) {
+        if (help) {
+            tOptions options;
+            return PrintOut(MakeParser(*command, options)->help());
+        }
+        return RunCommand(*command, argc - 1, argv + 1);
+    }
+    const bool isOption = !name.empty() && name[0] == '-';
+    std::string message =
+        (isOption ? "there is no option '" : "there is no command '") + Escapes::ForTerminal(name) + "'";
+    const std::string suggestion = isOption ? std::string() : SuggestCommand(name);
+    if (!suggestion.empty()) {
+        message += "; did you mean '" + suggestion + "'?";
+    }
+    return RefuseUsage(message, "velmora --help");
+}

@@ -1,0 +1,46 @@
+// The command table and what reads it.
+#pragma once
+
+#include "pool/CWorker.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+/// What the options of all commands have set; a command uses those it has added.
+struct tOptions {
+    std::vector<std::string> paths;
+    std::string filesFrom;      ///< a list of further paths; empty for none
+    bool nullSeparated = false; ///< the list has zeros between paths, not line breaks
+    std::string format = "text";
+    std::string plugIn;              ///< empty for the one that belongs to the executable
+    double timeoutSeconds = 5;       ///< for one document
+    unsigned memoryMegabytes = 1024; ///< what a worker may use beyond what it needs at rest
+};
+
+/// One command: feeds the parser and the help.
+struct tCommand {
+    const char* name;
+    const char* summary;  ///< one line
+    const char* examples; ///< a line each
+    void (*addOptions)(CLI::App& app, tOptions& options);
+    /// What the parser cannot check by itself. @return empty, or what is wrong
+    std::string (*check)(const tOptions& options);
+    int (*run)(const tOptions& options); ///< answers an eExitCode
+};
+
+extern const tCommand kImportCommand;
+extern const tCommand kSchemaCommand;
+
+/// Options of every command that starts workers.
+void AddWorkerOptions(CLI::App& app, tOptions& options);
+
+/// What such a command starts its workers with. @param failure  set when worker or plug-in is not to be found
+tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailure>& failure);
+
+/// The whole program: finds the command, reads its options, runs it. @return an eExitCode
+int RunCommandLine(int argc, char** argv);

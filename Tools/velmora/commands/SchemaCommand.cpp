@@ -1,0 +1,107 @@
+// velmora schema: the attributes that the importer sets, and the document types it takes.
+#include "ExitCodes.h"
+#include "Places.h"
+#include "commands/CommandLine.h"
+#include "output/COutput.h"
+#include "output/Escapes.h"
+#include "pool/CWorkerPool.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+static void AddSchemaOptions(CLI::App& app, tOptions& options)
+{
+    app.add_option("--format", options.format, "text (for people) or json (one object)")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->type_name("FORMAT");
+    AddWorkerOptions(app, options);
+}
+
+static std::string CheckSchema(const tOptions&)
+{
+    return {};
+}
+
+static std::string JoinTexts(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : ", ") + Escapes::ForTerminal(text);
+    }
+    return joined;
+}
+
+/// A line with a label; nothing for an empty value.
+static std::string Line(const std::string& label, const std::string& value)
+{
+    std::string line = "  " + label;
+    line.resize(std::max<size_t>(line.size() + 1, 24), ' ');
+    return value.empty() ? value : line + value + "\n";
+}
+
+static std::string FormatText(const tSchema& schema)
+{
+    std::string text = "Attributes\n";
+    for (const tSchemaAttribute& attribute : schema.attributes) {
+        text += Line(Escapes::ForTerminal(attribute.name), Escapes::ForTerminal(attribute.type));
+        text += Line("", Escapes::ForTerminal(attribute.description));
+    }
+    text += "Document types\n";
+    for (const tSchemaType& type : schema.types) {
+        text += Line(Escapes::ForTerminal(type.identifier), Escapes::ForTerminal(type.description));
+        text += Line("  extensions", JoinTexts(type.extensions));
+        text += Line("  MIME types", JoinTexts(type.mimeTypes));
+        text += Line("  begin with", Escapes::ForTerminal(type.magic));
+    }
+    return text;
+}
+
+static std::string FormatJSON(const tSchema& schema)
+{
+    nlohmann::ordered_json record;
+    record["attributes"] = nlohmann::ordered_json::array();
+    for (const tSchemaAttribute& attribute : schema.attributes) {
+        record["attributes"].push_back(
+            {{"name", attribute.name}, {"type", attribute.type}, {"description", attribute.description}});
+    }
+    record["types"] = nlohmann::ordered_json::array();
+    for (const tSchemaType& type : schema.types) {
+        record["types"].push_back({{"identifier", type.identifier},
+                                   {"description", type.description},
+                                   {"extensions", type.extensions},
+                                   {"mime_types", type.mimeTypes},
+                                   {"magic", type.magic}});
+    }
+    return record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+static int RunSchema(const tOptions& options)
+{
+    std::optional<tFailure> cannotServe;
+    CWorkerPool pool(GetWorkerSettings(options, cannotServe), options.timeoutSeconds, 1);
+    tAnswer answer;
+    if (cannotServe) {
+        answer.failure = *cannotServe;
+    } else {
+        uint64_t ticket = 0;
+        pool.Submit(ticket, {eVerb::kSchema, {}}, CDescriptor());
+        if (pool.Collect(ticket, answer) == CWorkerPool::eResult::kInterrupted) {
+            return kExitInterrupted;
+        }
+    }
+    if (!answer.ok) {
+        COutput::PrintMessage(Escapes::ForTerminal(answer.failure.message));
+        return kExitFailed;
+    }
+    COutput output(STDOUT_FILENO);
+    output.Write(options.format == "json" ? FormatJSON(answer.schema) : FormatText(answer.schema));
+    return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
+}
+
+const tCommand kSchemaCommand = {"schema",
+                                 "Print the attributes the importer sets and the document types it takes",
+                                 "  velmora schema\n  velmora schema --format json\n",
+                                 AddSchemaOptions,
+                                 CheckSchema,
+                                 RunSchema};

@@ -1,0 +1,85 @@
+#include "output/Escapes.h"
+
+#include "protocol/UTF8.h"
+
+#include <cstdio>
+
+static bool IsHarmful(char32_t character)
+{
+    return character < 0x20 || (character >= 0x7F && character <= 0x9F) || character == 0x061C || character == 0x200E ||
+           character == 0x200F ||                          // direction marks
+           (character >= 0x2028 && character <= 0x202E) || // separators; embeddings and overrides of direction
+           (character >= 0x2066 && character <= 0x2069);   // isolates
+}
+
+std::string Escapes::ForTerminal(std::string_view text)
+{
+    std::string result;
+    char escape[16];
+    for (size_t position = 0; position < text.size();) {
+        const size_t start = position;
+        const char32_t character = UTF8::DecodeNext(text, position);
+        if (character == UTF8::kInvalid) {
+            snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned char>(text[start]));
+            result += escape;
+        } else if (!IsHarmful(character)) {
+            result += text.substr(start, position - start);
+        } else if (character == '\n') {
+            result += "\\n";
+        } else if (character == '\r') {
+            result += "\\r";
+        } else if (character == '\t') {
+            result += "\\t";
+        } else {
+            snprintf(escape, sizeof escape, character < 0x80 ? "\\x%02X" : "\\u{%X}", static_cast<unsigned>(character));
+            result += escape;
+        }
+    }
+    return result;
+}
+
+std::string Escapes::ForXML(std::string_view text)
+{
+    std::string result;
+    for (size_t position = 0; position < text.size();) {
+        const size_t start = position;
+        const char32_t character = UTF8::DecodeNext(text, position);
+        switch (character) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '\r': // a bare one would come back as a line feed
+            result += "&#13;";
+            break;
+        default:
+            if ((character >= 0x20 || character == '\t' || character == '\n') && character != 0xFFFE &&
+                character != 0xFFFF && character != UTF8::kInvalid) {
+                result += text.substr(start, position - start);
+            }
+        }
+    }
+    return result;
+}
+
+std::string Escapes::Base64(std::string_view bytes)
+{
+    static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string result;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        const std::string_view three = bytes.substr(i, 3);
+        unsigned bits = 0;
+        for (size_t j = 0; j < 3; ++j) {
+            bits = bits << 8 | (j < three.size() ? static_cast<unsigned char>(three[j]) : 0U);
+        }
+        for (size_t j = 0; j < 4; ++j) {
+            result += j <= three.size() ? kDigits[bits >> (18 - 6 * j) & 0x3F] : '=';
+        }
+    }
+    return result;
+}

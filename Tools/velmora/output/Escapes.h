@@ -1,0 +1,18 @@
+// Texts of documents and names of files are written by strangers: what each kind of output must do to them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Escapes {
+/// For people to read, on a terminal or in a pipe: control characters (C0 with line breaks and tabs, DEL, C1), the
+/// controls of writing direction, line and paragraph separators as \n, \t, \r, \xNN or \u{N}; invalid bytes as \xNN.
+std::string ForTerminal(std::string_view text);
+
+/// Content of an XML 1.0 element: markup characters and CR as references; what XML cannot carry is left out.
+/// @param text  valid UTF-8
+std::string ForXML(std::string_view text);
+
+/// RFC 4648, with padding.
+std::string Base64(std::string_view bytes);
+} // namespace Escapes

@@ -1,0 +1,212 @@
+#include "pool/CWorker.h"
+
+#include "protocol/UTF8.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <time.h>
+
+extern char** environ;
+
+/// How long a process that has closed its socket may take to end, before it is ended.
+static constexpr int kEndMilliseconds = 500;
+/// How long an idle process may take to leave by itself.
+static constexpr int kLeaveMilliseconds = 2000;
+
+static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& process)
+{
+    const std::string number = std::to_string(kWorkerSocket);
+    const std::string memory = std::to_string(settings.memoryMegabytes);
+    const char* arguments[] = {settings.program.c_str(), "--socket", number.c_str(), "--plugin",
+                               settings.plugIn.c_str(),  "--memory", memory.c_str(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    if (posix_spawn_file_actions_init(&actions) != 0) {
+        return false;
+    }
+    if (posix_spawnattr_init(&attributes) != 0) {
+        posix_spawn_file_actions_destroy(&actions);
+        return false;
+    }
+    sigset_t defaults;
+    sigemptyset(&defaults);
+    sigaddset(&defaults, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    // A process group of its own: an interrupt typed at the terminal is the host's business alone.
+    posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+    // Nothing a library says in there may reach the user's terminal or data.
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_RDWR, 0);
+    }
+    posix_spawn_file_actions_adddup2(&actions, socket, kWorkerSocket);
+    const int error = posix_spawn(&process, settings.program.c_str(), &actions, &attributes,
+                                  const_cast<char* const*>(arguments), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    errno = error;
+    return error == 0;
+}
+
+bool CWorker::Start(const tWorkerSettings& settings)
+{
+    CDescriptor other;
+    if (!MakeSocketPair(mSocket, other) || fcntl(mSocket.Get(), F_SETFL, O_NONBLOCK) != 0 ||
+        !SpawnWorker(settings, other.Get(), mProcess)) {
+        mProcess = 0;
+        mSocket.Reset();
+        return false;
+    }
+    mReader.emplace(mSocket.Get(), kMaxAnswerSize);
+    mSequence = 0;
+    mFatalReport.clear();
+    mOutOfMemory = false;
+    mState = eState::kStarting;
+    return true;
+}
+
+bool CWorker::Ask(const tRequest& request, int document)
+{
+    // An idle worker has nothing to say: bytes that are there, or a closed socket, mean that it is of no more use.
+    char byte = 0;
+    const ssize_t unexpected = recv(mSocket.Get(), &byte, 1, MSG_PEEK);
+    const bool silent = unexpected < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+    if (silent && SendFrame(mSocket.Get(), eFrameKind::kRequest, ++mSequence, Encode(request), document)) {
+        mState = eState::kBusy;
+        mVerb = request.verb;
+        return true;
+    }
+    Kill();
+    return false;
+}
+
+CWorker::eEvent CWorker::Read(tAnswer& answer)
+{
+    tFrame frame;
+    switch (mReader->Read(frame)) {
+    case CFrameReader::eResult::kMore:
+        return eEvent::kNothing;
+    case CFrameReader::eResult::kClosed:
+        return Lose(answer, nullptr);
+    case CFrameReader::eResult::kMalformed:
+        return Lose(answer, "the worker process answered out of form");
+    case CFrameReader::eResult::kFrame:
+        break;
+    }
+    return HandleFrame(frame, answer);
+}
+
+CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
+{
+    answer = tAnswer();
+    if (frame.sequence == mSequence && !frame.descriptor.IsOpen()) {
+        tHello hello;
+        switch (frame.kind) {
+        case eFrameKind::kHello:
+            if (mState != eState::kStarting || !Decode(frame.payload, hello)) {
+                break;
+            }
+            if (!hello.ready) {
+                answer = MakeFailure(eFailure::kPlugIn, hello.message);
+                Dismiss();
+                return eEvent::kRefused;
+            }
+            mState = eState::kIdle;
+            return eEvent::kReady;
+        case eFrameKind::kAnswer:
+            if (mState != eState::kBusy || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mVerb)) {
+                break;
+            }
+            mState = eState::kIdle;
+            return eEvent::kAnswer;
+        case eFrameKind::kFatalReport:
+            if (!mFatalReport.empty() || frame.payload.empty() || frame.payload.size() > kMaxReportSize ||
+                !UTF8::IsValid(frame.payload)) {
+                break;
+            }
+            mFatalReport = frame.payload;
+            return eEvent::kNothing;
+        case eFrameKind::kOutOfMemory:
+            mOutOfMemory = true;
+            return Lose(answer, nullptr);
+        case eFrameKind::kRequest:
+            break;
+        }
+    }
+    return Lose(answer, "the worker process answered out of form");
+}
+
+/// How a process has ended, for people.
+static std::string DescribeEnd(const std::optional<int>& status)
+{
+    if (status && WIFSIGNALED(*status)) {
+        const int number = WTERMSIG(*status);
+        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
+    }
+    const std::string code =
+        status && WIFEXITED(*status) ? " (status " + std::to_string(WEXITSTATUS(*status)) + ")" : "";
+    return "the worker process ended without an answer" + code;
+}
+
+/// Ends what is left of the process and says why it was lost.
+/// @param misbehaviour  what it is ended for; null when it went by itself
+CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
+{
+    if (misbehaviour != nullptr) {
+        answer = MakeFailure(eFailure::kCrash, misbehaviour);
+    } else if (mOutOfMemory) {
+        answer = MakeFailure(eFailure::kMemory, "the memory granted to the worker process did not suffice");
+    } else {
+        const std::string end = DescribeEnd(WaitForEnd(kEndMilliseconds));
+        answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
+    }
+    Kill();
+    return eEvent::kLost;
+}
+
+std::optional<int> CWorker::WaitForEnd(int milliseconds)
+{
+    const timespec pause = {0, 500000};
+    for (int halves = 0; mProcess > 0 && halves <= 2 * milliseconds; ++halves) {
+        int status = 0;
+        const pid_t ended = waitpid(mProcess, &status, WNOHANG);
+        if (ended == mProcess) {
+            mProcess = 0;
+            return status;
+        }
+        if (ended < 0 && errno != EINTR) {
+            mProcess = 0;
+            return std::nullopt;
+        }
+        nanosleep(&pause, nullptr);
+    }
+    return std::nullopt;
+}
+
+void CWorker::Kill()
+{
+    mState = eState::kNone;
+    mReader.reset();
+    mSocket.Reset();
+    if (mProcess > 0) {
+        kill(mProcess, SIGKILL);
+        // One that hangs in the kernel (a dead network disk) is left to whoever ends the host.
+        WaitForEnd(kEndMilliseconds);
+        mProcess = 0;
+    }
+}
+
+void CWorker::Dismiss()
+{
+    if (mState != eState::kBusy) {
+        mReader.reset();
+        mSocket.Reset(); // which it notices
+        WaitForEnd(kLeaveMilliseconds);
+    }
+    Kill();
+}
