@@ -47,6 +47,9 @@ inline double FixedPoint(const unsigned char* bytes)
 {
     const int32_t whole = Signed32(bytes);
     const int32_t fraction = Signed32(bytes + 4);
+    if (fraction == 0) {
+        return whole;
+    }
     double value = fraction / kFixedPointUnits + whole;
     // One value in twenty would be cut by another unit of 1e-7 when it is stored again, and would creep towards zero
     // with each save: such a value is read as the next double away from zero, which stores as the pair that was read.

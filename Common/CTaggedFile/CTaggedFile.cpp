@@ -2,7 +2,6 @@
 
 #include "CTaggedFile/CTag.h"
 #include "CheckError/CErr.h"
-#include "Platform/Streams.h"
 
 #include <algorithm>
 #include <cstring>
@@ -93,16 +92,6 @@ const unsigned char* CTaggedFile::FindSlowly(unsigned short key, size_t& size)
         }
         Skip(found);
     }
-}
-
-const unsigned char* CTaggedFile::TakeRun(size_t size, bool (*isRun)(const unsigned char* bytes))
-{
-    const unsigned char* bytes = nullptr;
-    if (Platform::BufferedBytes(mFile, bytes) < size || !isRun(bytes)) {
-        return nullptr;
-    }
-    Platform::ConsumeBuffered(mFile, size);
-    return bytes;
 }
 
 bool CTaggedFile::Read(unsigned short key, bool& value)

@@ -1,7 +1,8 @@
 // A cursor over a stream of tagged records, the form of every binary document.
 #pragma once
 
-#include "CTaggedFile/BigEndian.h"
+#include "CTaggedFile/CRecordRun.h"
+#include "Platform/Streams.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -45,12 +46,20 @@ public:
     /// Raw data of any length up to `size`: the first bytes of the record. @param length set to the number of bytes
     /// copied
     bool ReadBlock(unsigned short key, void* destination, size_t size, size_t& length);
-    /// The next `size` bytes where they lie in the stream's buffer, consumed as a whole, if `isRun` knows them as the
-    /// records that are wanted next; for blocks that nearly every document holds unchanged. The number of records is
-    /// not counted.
+    /// The next records where they lie in the stream's buffer, consumed as a whole, if they are the run. The numbers of
+    /// records read and skipped do not count them.
     /// @return null, with nothing consumed, when they are others or not all in the buffer; valid until the stream is
     /// touched
-    const unsigned char* TakeRun(size_t size, bool (*isRun)(const unsigned char* bytes));
+    template <size_t kCount>
+    const unsigned char* TakeRun(const CRecordRun<kCount>& run)
+    {
+        const unsigned char* bytes = nullptr;
+        if (Platform::BufferedBytes(mFile, bytes) < run.GetSize() || !run.Matches(bytes)) {
+            return nullptr;
+        }
+        Platform::ConsumeBuffered(mFile, run.GetSize());
+        return bytes;
+    }
 
     /// Typed writes. A failure shows in the stream's error state; an empty block is not written.
     void Write(unsigned short key, bool value);

@@ -1,7 +1,12 @@
 // Helpers for C strings and their way into Core Foundation strings.
 #pragma once
 
+#include <CoreFoundation/CoreFoundation.h>
+#if defined(__APPLE__)
+#include <hfs/hfs_unistr.h> // CoreServices has an FSRef of its own there
+#else
 #include <CoreServices/CoreServices.h>
+#endif
 
 #include <cstddef>
 #include <cstdint>

@@ -16,6 +16,7 @@
 #include <vector>
 
 class CLayer;
+class CTaggedFile;
 
 /// Which catalogue article an element is. Texts are zero-terminated Mac OS Roman. Lies in raw memory as it lies here.
 struct tLibraryItemAttributes {
@@ -123,11 +124,11 @@ public:
     CPoint AlignComponentsLeftTop(DRect* box);
     /// Moves the element so that a joint of a component lies on a point of the layout, height included.
     void AlignComponentJointOnPoint(int component, int joint, const CPoint& point);
-    /// Turns the element as a rigid whole about the middle of its box, or about a point of the layout. Its components
-    /// are aligned afterwards; a grade turns with them.
+    /// Turns the element as a rigid whole, about the middle of the box that it has unturned, or about a point of the
+    /// layout. Its components are aligned afterwards; a grade turns with them. Turning back restores the element.
     void RotateBy(double angle);
     void RotateBy(const CPoint& centre, double angle);
-    /// Turns the element about the middle of its box so that it has that angle.
+    /// Turns the element about the middle of its unturned box so that it has that angle.
     void SetAngle(double angle);
 
     /// The middle rail of all components; asked of the first one, 0 without components.
@@ -197,6 +198,9 @@ protected:
 
 private:
     bool ReadCompositeParameter(FILE* file, int version, int& componentCount);
+    /// Reads the numbers between prefix and layer name record by record, or decodes them from a run of the usual shape.
+    void ReadNumbers(CTaggedFile& records, int version);
+    void DecodeNumbers(const unsigned char* block);
     void WriteCompositeParameter(FILE* file);
     static int ReadComponentTypeCode(FILE* file, int version);
     bool LoadComponents(FILE* file, int version, int count, std::string& error);

@@ -66,11 +66,34 @@ void CCompositeGeometry::AlignComponentJointOnPoint(int component, int joint, co
 
 void CCompositeGeometry::RotateBy(double angle)
 {
+    // The middle of the unturned box is a point of the element, so that turning back restores it; the middle of a
+    // turned curve's box is another point at every angle.
+    const double turned = mLayout.angle;
+    const CPoint origin = mLayout.position;
+    if (turned != 0.0) {
+        RotateBy(origin, -turned);
+    }
     DRect box = {};
-    CalcBoundingBox(box);
-    CPoint centre = UDRect::Center(box);
-    centre.MoveBy(mLayout.position.x, mLayout.position.y, 0.0);
-    RotateBy(centre, angle);
+    CCalcBoundingBox grow(box);
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        DRect part = {};
+        component->CalcBoundingBox(part, 0.0);
+        if (component->GetType() == kTextType) { // its box does not know of its offset
+            const double x = component->GetItemXOffset();
+            const double y = component->GetItemYOffset();
+            part = {part.top + y, part.left + x, part.bottom + y, part.right + x};
+        }
+        grow.Update(part);
+    }
+    CPoint middle = UDRect::Center(box);
+    middle.MoveBy(mLayout.position.x, mLayout.position.y, 0.0);
+    RotateBy(middle, turned + angle);
+    if (turned != 0.0) {
+        const CPoint unturned = middle;
+        middle.Rotate(origin, turned);
+        MoveBy(middle.x - unturned.x, middle.y - unturned.y);
+        DefineAllJoints();
+    }
 }
 
 void CCompositeGeometry::RotateBy(const CPoint& centre, double angle)

@@ -45,6 +45,27 @@ enum : unsigned short {
     kKeyPositionZ = 218
 };
 
+/// Everything between prefix and layer name in a record of the current version.
+constexpr CRecordRun kNumbersBlock({{kKeyLibraryNumber, 4},
+                                    {kKeyPrice, 4},
+                                    {kKeyCurrency, 4},
+                                    {kKeyModelScale, 4},
+                                    {kKeyLibraryFlag, 1},
+                                    {kKeyPositionX, 8},
+                                    {kKeyPositionY, 8},
+                                    {kKeyPositionZ, 8},
+                                    {CGradeVector::kFirstKey, 8},
+                                    {CGradeVector::kFirstKey + 1, 8},
+                                    {CGradeVector::kFirstKey + 2, 8},
+                                    {CGradeVector::kFirstKey + 3, 8},
+                                    {CGradeVector::kFirstKey + 4, 8},
+                                    {CGradeVector::kFirstKey + 5, 8},
+                                    {CGradeVector::kFirstKey + 6, 8},
+                                    {kKeyAngle, 8},
+                                    {kKeyFillColor, 6},
+                                    {kKeySecondColor, 6},
+                                    {kKeyFillMode, 1}});
+
 constexpr uint32_t kMagic = 0x52436967; // "RCig"
 constexpr uint32_t kOldestVersion = 3;
 /// The version that is written, and the only one with height, grade and layer.
@@ -143,6 +164,44 @@ bool CCompositeGeometry::Load(FILE* file, std::string& error)
     return true;
 }
 
+void CCompositeGeometry::ReadNumbers(CTaggedFile& records, int version)
+{
+    records.Read(kKeyLibraryNumber, mLibrary.libraryNumber);
+    records.Read(kKeyPrice, mLibrary.price);
+    records.Read(kKeyCurrency, mLibrary.currency);
+    records.Read(kKeyModelScale, mLibrary.modelScale);
+    records.Read(kKeyLibraryFlag, mLibrary.libraryFlag);
+    records.Read(kKeyPositionX, mLayout.position.x);
+    records.Read(kKeyPositionY, mLayout.position.y);
+    if (version == static_cast<int>(kCurrentVersion)) {
+        records.Read(kKeyPositionZ, mLayout.position.z);
+        mLayout.grade.Load(records, version);
+    }
+    records.Read(kKeyAngle, mLayout.angle);
+    ReadColor(records, kKeyFillColor, mLayout.fillColor);
+    ReadColor(records, kKeySecondColor, mLayout.secondColor);
+    records.Read(kKeyFillMode, mLayout.fillMode);
+}
+
+void CCompositeGeometry::DecodeNumbers(const unsigned char* block)
+{
+    const auto data = [block](size_t record) { return block + kNumbersBlock.GetDataOffset(record); };
+    const auto number = [&data](size_t record) { return BigEndian::FixedPoint(data(record)); };
+    mLibrary.libraryNumber = BigEndian::Signed32(data(0));
+    mLibrary.price = BigEndian::Signed32(data(1));
+    mLibrary.currency = BigEndian::Signed32(data(2));
+    mLibrary.modelScale = BigEndian::Signed32(data(3));
+    mLibrary.libraryFlag = *data(4) != 0;
+    mLayout.position.x = number(5);
+    mLayout.position.y = number(6);
+    mLayout.position.z = number(7);
+    mLayout.grade = CGradeVector({number(8), number(9), number(10)}, {number(11), number(12), number(13)}, number(14));
+    mLayout.angle = number(15);
+    std::memcpy(&mLayout.fillColor, data(16), sizeof mLayout.fillColor);
+    KVUByteOrdering::SwapBigToHost(mLayout.fillColor);
+    mLayout.fillMode = *data(18) != 0; // 17 is the second colour, which no load keeps
+}
+
 bool CCompositeGeometry::ReadCompositeParameter(FILE* file, int version, int& componentCount)
 {
     const bool current = version == static_cast<int>(kCurrentVersion);
@@ -152,21 +211,11 @@ bool CCompositeGeometry::ReadCompositeParameter(FILE* file, int version, int& co
     records.Read(kKeyManufacturer, mLibrary.manufacturer, sizeof mLibrary.manufacturer);
     records.Read(kKeyRailSetName, mLibrary.railSetName, sizeof mLibrary.railSetName);
     records.Read(kKeyPrefix, mLibrary.prefix, sizeof mLibrary.prefix);
-    records.Read(kKeyLibraryNumber, mLibrary.libraryNumber);
-    records.Read(kKeyPrice, mLibrary.price);
-    records.Read(kKeyCurrency, mLibrary.currency);
-    records.Read(kKeyModelScale, mLibrary.modelScale);
-    records.Read(kKeyLibraryFlag, mLibrary.libraryFlag);
-    records.Read(kKeyPositionX, mLayout.position.x);
-    records.Read(kKeyPositionY, mLayout.position.y);
-    if (current) {
-        records.Read(kKeyPositionZ, mLayout.position.z);
-        mLayout.grade.Load(records, version);
+    if (const unsigned char* block = current ? records.TakeRun(kNumbersBlock) : nullptr) {
+        DecodeNumbers(block);
+    } else {
+        ReadNumbers(records, version);
     }
-    records.Read(kKeyAngle, mLayout.angle);
-    ReadColor(records, kKeyFillColor, mLayout.fillColor);
-    ReadColor(records, kKeySecondColor, mLayout.secondColor);
-    records.Read(kKeyFillMode, mLayout.fillMode);
     if (current) {
         char layerName[CLayer::kNameCapacity] = "";
         records.Read(kKeyLayerName, layerName, sizeof layerName);

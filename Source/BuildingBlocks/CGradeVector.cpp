@@ -7,7 +7,15 @@
 #include <cmath>
 
 namespace {
-enum : unsigned short { kKeyStartX = 219, kKeyStartY, kKeyStartZ, kKeyEndX, kKeyEndY, kKeyEndZ, kKeyDeltaHeight };
+enum : unsigned short {
+    kKeyStartX = CGradeVector::kFirstKey,
+    kKeyStartY,
+    kKeyStartZ,
+    kKeyEndX,
+    kKeyEndY,
+    kKeyEndZ,
+    kKeyDeltaHeight
+};
 
 constexpr double kDegreesPerRadian = 57.29577951308232;
 /// The one element record version that has a grade.

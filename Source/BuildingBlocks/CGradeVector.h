@@ -12,6 +12,8 @@ public:
     static const CGradeVector ZeroGrade;
     /// Differences in height below this, in mm, count as level; so does every descent: a grade runs upwards.
     static constexpr double kSmallestDeltaHeight = 0.001;
+    /// Seven keys from here on: start x, y, z, end x, y, z, difference in height.
+    static constexpr unsigned short kFirstKey = 219;
     /// Bytes of the raw record.
     static constexpr int kRawSize = 40;
 

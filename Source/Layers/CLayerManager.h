@@ -70,7 +70,7 @@ private:
 
     std::vector<CLayer*> mLayers; ///< owned
     CLayer* mActiveLayer = nullptr;
-    int mReserved = 2;
+    [[maybe_unused]] int mReserved = 2; ///< a number that nobody asks for
 
     /// Name to the first layer in list order; keys lie in the layers. Out of date after a layer left or moved.
     std::unordered_map<std::string_view, CLayer*> mFirstByName;

@@ -7,7 +7,9 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <unistd.h>
+#include <vector>
 
 namespace fs = std::filesystem;
 using nlohmann::json;

@@ -66,7 +66,7 @@ static const char kExecutableFolder[] = "/Contents/Linux/";
         fprintf(stderr, "%s: its property list names no executable\n", mPath->c_str());
         return nullptr;
     }
-    // Closed never: classes that Objective-C once knows cannot be taken back.
+    // Never closed: classes that Objective-C once knows cannot be taken back.
     mHandle = dlopen((*mPath + kExecutableFolder + file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (mHandle == nullptr) {
         fprintf(stderr, "%s\n", dlerror());

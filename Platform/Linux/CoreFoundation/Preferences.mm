@@ -104,11 +104,6 @@ static bool Write(const tStore& store)
     return file.Get() != nullptr && fwrite(bytes.data(), 1, bytes.size(), file.Get()) == bytes.size() && file.Commit();
 }
 
-static NSNumber* NumberFor(CFTypeRef value)
-{
-    return CFGetTypeID(value) == CFNumberGetTypeID() ? (NSNumber*)value : nil;
-}
-
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef application)
 {
     const Platform::CPool pool;
@@ -127,7 +122,7 @@ static bool GetWhole(CFStringRef key, CFStringRef application, bool booleans, CF
     if (CFGetTypeID(value) == CFBooleanGetTypeID()) {
         result = CFBooleanGetValue(static_cast<CFBooleanRef>(value));
         valid = booleans;
-    } else if (NumberFor(value) != nil) {
+    } else if (CFGetTypeID(value) == CFNumberGetTypeID()) {
         valid = CFNumberGetValue(static_cast<CFNumberRef>(value), kCFNumberCFIndexType, &result);
     }
     CFRelease(value);

@@ -25,30 +25,17 @@ enum : unsigned short {
     kKeyFixedColor
 };
 
-/// The common block as it is always written: headers of its ten records and where they lie in it.
-struct tBlockRecord {
-    uint32_t header; ///< key and size as one big-endian word
-    int offset;
-};
-constexpr uint32_t Header(uint32_t key, uint32_t size)
-{
-    return key << 16 | size;
-}
-constexpr tBlockRecord kCommonBlock[] = {{Header(kKeyXOffset, 8), 0},        {Header(kKeyYOffset, 8), 12},
-                                         {Header(kKeyGauge, 8), 24},         {Header(kKeyAngle, 8), 36},
-                                         {Header(kKeyJoint0Allowed, 1), 48}, {Header(kKeyJoint1Allowed, 1), 53},
-                                         {Header(kKeyTrackbedWidth, 8), 58}, {Header(kKeyRailWidth, 8), 70},
-                                         {Header(kKeyMidRailFlag, 4), 82},   {Header(kKeyFixedColor, 6), 90}};
-constexpr size_t kCommonBlockSize = 100;
-
-bool IsCommonBlock(const unsigned char* bytes)
-{
-    uint32_t difference = 0;
-    for (const tBlockRecord& record : kCommonBlock) {
-        difference |= BigEndian::Unsigned32(bytes + record.offset) ^ record.header;
-    }
-    return difference == 0;
-}
+/// The common block as it is always written.
+constexpr CRecordRun kCommonBlock({{kKeyXOffset, 8},
+                                   {kKeyYOffset, 8},
+                                   {kKeyGauge, 8},
+                                   {kKeyAngle, 8},
+                                   {kKeyJoint0Allowed, 1},
+                                   {kKeyJoint1Allowed, 1},
+                                   {kKeyTrackbedWidth, 8},
+                                   {kKeyRailWidth, 8},
+                                   {kKeyMidRailFlag, 4},
+                                   {kKeyFixedColor, 6}});
 } // namespace
 
 CBasicGeometry::CBasicGeometry() = default;
@@ -246,8 +233,8 @@ bool CBasicGeometry::Load(FILE* file, int version)
         return false;
     }
     CTaggedFile records(file);
-    if (const unsigned char* block = records.TakeRun(kCommonBlockSize, &IsCommonBlock)) {
-        const auto data = [block](int record) { return block + kCommonBlock[record].offset + kRecordHeader; };
+    if (const unsigned char* block = records.TakeRun(kCommonBlock)) {
+        const auto data = [block](size_t record) { return block + kCommonBlock.GetDataOffset(record); };
         mItemXOffset = BigEndian::FixedPoint(data(0));
         mItemYOffset = BigEndian::FixedPoint(data(1));
         mGauge = BigEndian::FixedPoint(data(2));

@@ -75,7 +75,9 @@ std::string CCurveBIG::ToString(int unit)
 
 tTravelledArc CCurveBIG::JointArc(double angle) const
 {
-    return {mRadius + mGauge, mAngle + angle, mArcAngle};
+    // An arc that turns the other way lies on the other side of its start: its centre is a negative radius away.
+    const double radius = mRadius + mGauge;
+    return {mArcAngle < 0.0 ? -radius : radius, mAngle + angle, mArcAngle};
 }
 
 CPoint CCurveBIG::GetOffsetForLeftTopAlignedCurve(double angle)

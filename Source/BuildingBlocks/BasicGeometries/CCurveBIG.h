@@ -7,7 +7,7 @@ struct tTravelledArc;
 
 /// A curved track. Its joints lie on the arc of its radius plus its gauge, which is laid so that the box of the
 /// trackbed begins at the item offset at its left and top, whatever the angle. From joint 0 the track turns towards
-/// growing angles.
+/// growing angles, with a negative arc angle towards falling ones.
 class CCurveBIG : public CBasicGeometry {
 public:
     CCurveBIG();
@@ -25,8 +25,8 @@ public:
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 16; }
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
-    /// Appends the outer arc from joint 0 to joint 1 and the inner arc back, in steps whose chords stay within 0.05 mm
-    /// of the arc.
+    /// Appends the right edge from joint 0 to joint 1 (the outer one of a positive arc) and the left edge back, in steps
+    /// whose chords stay within 0.05 mm of the arc, but 720 of them at the most.
     void DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points) override;
     std::string ToString(int unit) override;
     /// The box of the arc at half the trackbed width on either side.

@@ -63,8 +63,7 @@ void CFlexTrackBIG::SetAngle(double angle)
 void CFlexTrackBIG::CalcBezierCurve()
 {
     CalculateRotatedPointPositions(mRotatedPoints, mAngle);
-    mStartAngle = UBezier::StartAngle(mPoints);
-    mEndAngle = UBezier::EndAngle(mPoints);
+    UBezier::CalcEndAngles(mPoints, mStartAngle, mEndAngle);
     mTrackLength = kLengthUnknown;
 }
 

@@ -40,7 +40,8 @@ void CMissingLayoutFontsDoctor::RepairMissingFonts(const std::vector<CCompositeG
 {
     std::vector<CCompositeGeometry*> texts;
     UElementVectorOperations::GetAllTextElements(elements, texts);
-    std::unordered_set<std::string> asked; // most texts of a layout share a font or two
+    std::unordered_set<std::string> asked;
+    const std::string* previous = nullptr; // most texts of a layout share a font or two
     BOOST_FOREACH(const CCompositeGeometry* element, texts) {
         const CBasicGeometry* first = element->GetBIGAtIndex(0);
         if (first->GetType() != kTextType) {
@@ -48,9 +49,10 @@ void CMissingLayoutFontsDoctor::RepairMissingFonts(const std::vector<CCompositeG
             continue;
         }
         const std::string& name = static_cast<const CTextBIG*>(first)->GetFontName();
-        if (!asked.insert(name).second) {
+        if ((previous != nullptr && name == *previous) || !asked.insert(name).second) {
             continue;
         }
+        previous = &name;
         if (!IsConvertible(name.c_str())) {
             ULog::Warn("%s: Unable to check for font '%s'", kFunction, name.c_str());
         } else if (!Platform::IsFontInstalled(Platform::MacRomanToUtf8(name))) {

@@ -12,7 +12,7 @@ struct tDirection {
 /// An arc that is travelled: it starts with heading `start` and turns by `sweep` to the left (towards positive y from
 /// positive x), both in degrees. A point of it with heading h lies at centre + radius × (sin h, -cos h).
 struct tTravelledArc {
-    double radius; ///< mm
+    double radius; ///< mm; has the sign of the sweep
     double start;
     double sweep;
 };

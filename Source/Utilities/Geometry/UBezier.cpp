@@ -11,14 +11,25 @@ constexpr double kDegreesPerRadian = 57.29577951308232;
 constexpr double kLengthTolerance = 1e-7;
 /// Halvings of a piece while its length is measured; bounds the work on wild points.
 constexpr int kDeepestHalving = 16;
-/// Steps in which a tight piece is searched for the turning points of its offset curves.
-constexpr int kTightSteps = 32;
+/// Steps in which the extremes of the curvature are searched between its inflections and the slowest points.
+constexpr int kCurvatureSteps = 8;
 /// Bisections that narrow a turning point down to the last bits.
 constexpr int kBisections = 60;
 
 double Dot(tVector2D a, tVector2D b)
 {
     return a.x * b.x + a.y * b.y;
+}
+
+double Cross(tVector2D a, tVector2D b)
+{
+    return a.x * b.y - a.y * b.x;
+}
+
+/// Coordinates of documents stay far from where squares overflow, so std::hypot would only be slower.
+double Norm(tVector2D v)
+{
+    return std::sqrt(Dot(v, v));
 }
 
 tVector2D Difference(tVector2D a, tVector2D b)
@@ -33,10 +44,7 @@ double GaussLength(const tBezierSegment& segment, double a, double b)
     static constexpr double kWeights[] = {0.5688888888888889, 0.4786286704993665, 0.2369268850561891};
     const double middle = (a + b) / 2.0;
     const double half = (b - a) / 2.0;
-    const auto speed = [&segment](double t) {
-        const tVector2D derivative = UBezier::DerivativeAt(segment, t);
-        return std::hypot(derivative.x, derivative.y);
-    };
+    const auto speed = [&segment](double t) { return Norm(UBezier::DerivativeAt(segment, t)); };
     double sum = kWeights[0] * speed(middle);
     for (int i = 1; i < 3; ++i) {
         sum += kWeights[i] * (speed(middle - half * kNodes[i]) + speed(middle + half * kNodes[i]));
@@ -86,21 +94,29 @@ public:
         const tVector2D d0 = Difference(segment.p1, segment.p0);
         const tVector2D d1 = Difference(segment.p2, segment.p1);
         const tVector2D d2 = Difference(segment.p3, segment.p2);
-        AddAt(segment, 0.0);
-        AddAt(segment, 1.0);
+        // The end of a piece is the start of the next; only the first piece adds both.
+        if (!mStarted) {
+            AddPoint(segment.p0, d0);
+            mStarted = true;
+        }
+        AddPoint(segment.p3, d2);
         ForEachRoot(d0.x, d1.x, d2.x, [&](double t) { AddAt(segment, t); });
         ForEachRoot(d0.y, d1.y, d2.y, [&](double t) { AddAt(segment, t); });
         if (mHalfWidth != 0.0 && MayBeTight(segment, d0, d1, d2)) {
-            AddTurningPoints(segment);
+            AddTurningPoints(d0, d1, d2, segment);
         }
     }
 
 private:
     void AddAt(const tBezierSegment& segment, double t)
     {
-        const tVector2D point = UBezier::PointAt(segment, t);
-        const tVector2D derivative = UBezier::DerivativeAt(segment, t);
-        const double speed = std::hypot(derivative.x, derivative.y);
+        AddPoint(UBezier::PointAt(segment, t), UBezier::DerivativeAt(segment, t));
+    }
+
+    /// Grows over a point of the curve and both points across it.
+    void AddPoint(tVector2D point, tVector2D derivative)
+    {
+        const double speed = Norm(derivative);
         const double scale = speed > 0.0 ? mHalfWidth / speed : 0.0;
         mGrow.Update(point.x - derivative.y * scale, point.y + derivative.x * scale);
         mGrow.Update(point.x + derivative.y * scale, point.y - derivative.x * scale);
@@ -111,55 +127,113 @@ private:
     bool MayBeTight(const tBezierSegment& segment, tVector2D d0, tVector2D d1, tVector2D d2) const
     {
         const tVector2D chord = Difference(segment.p3, segment.p0);
-        const double length = std::hypot(chord.x, chord.y);
+        const double length = Norm(chord);
         if (length == 0.0) {
             return true;
         }
         const double slowest = 3.0 * std::min({Dot(d0, chord), Dot(d1, chord), Dot(d2, chord)}) / length;
         const tVector2D e0 = Difference(d1, d0);
         const tVector2D e1 = Difference(d2, d1);
-        const double second = 6.0 * std::max(std::hypot(e0.x, e0.y), std::hypot(e1.x, e1.y));
+        const double second = 6.0 * std::max(Norm(e0), Norm(e1));
         return slowest <= 0.0 || second * std::fabs(mHalfWidth) > slowest * slowest;
     }
 
-    /// 1 - (curvature × half width)²: where it changes sign an offset curve turns back and may have its extreme point.
-    double Tightness(const tBezierSegment& segment, double t) const
+    /// Adds where the curvature passes that of the half width: an offset curve turns back there and may have its
+    /// extreme point.
+    void AddTurningPoints(tVector2D d0, tVector2D d1, tVector2D d2, const tBezierSegment& segment)
     {
-        const tVector2D first = UBezier::DerivativeAt(segment, t);
-        const tVector2D second = {6.0 * ((1.0 - t) * (segment.p2.x - 2.0 * segment.p1.x + segment.p0.x) +
-                                         t * (segment.p3.x - 2.0 * segment.p2.x + segment.p1.x)),
-                                  6.0 * ((1.0 - t) * (segment.p2.y - 2.0 * segment.p1.y + segment.p0.y) +
-                                         t * (segment.p3.y - 2.0 * segment.p2.y + segment.p1.y))};
-        const double cross = (first.x * second.y - first.y * second.x) * mHalfWidth;
-        const double speed2 = Dot(first, first);
-        return speed2 * speed2 * speed2 - cross * cross;
+        // The derivative, but for its factor 3: a + b t + c t².
+        const tVector2D a = d0;
+        const tVector2D b = {2.0 * (d1.x - d0.x), 2.0 * (d1.y - d0.y)};
+        const tVector2D c = {d0.x - 2.0 * d1.x + d2.x, d0.y - 2.0 * d1.y + d2.y};
+        const auto speed2 = [&](double t) {
+            const double x = a.x + (b.x + c.x * t) * t;
+            const double y = a.y + (b.y + c.y * t) * t;
+            return x * x + y * y;
+        };
+        const auto cross = [&](double t) { return Cross(a, b) + (2.0 * Cross(a, c) + Cross(b, c) * t) * t; };
+        const auto halfSpeed2Slope = [&](double t) {
+            return Dot(a, b) + (Dot(b, b) + 2.0 * Dot(a, c) + (3.0 * Dot(b, c) + 2.0 * Dot(c, c) * t) * t) * t;
+        };
+        const auto curvatureSlope = [&](double t) {
+            return (2.0 * Cross(a, c) + 2.0 * Cross(b, c) * t) * speed2(t) - 3.0 * cross(t) * halfSpeed2Slope(t);
+        };
+        // 1 - (curvature × half width)², times the speed's sixth power.
+        const auto room = [&](double t) {
+            const double bend = cross(t) * mHalfWidth / 3.0;
+            return speed2(t) * speed2(t) * speed2(t) - bend * bend;
+        };
+        // Between these the curvature has one sign and only rises or only falls. A hairpin's peak may be as narrow as
+        // one likes, so it cannot be sampled for; but it lies at an end of one of the pieces between the slowest
+        // points and the inflections.
+        std::vector<double> stops = {0.0, 1.0};
+        const auto add = [&stops](double t) { stops.push_back(t); };
+        const auto addQuadratic = [&add](double q0, double q1, double q2) {
+            ForEachRoot(q0, q0 + q1 / 2.0, q0 + q1 + q2, add);
+        };
+        addQuadratic(Cross(a, b), 2.0 * Cross(a, c), Cross(b, c));
+        addQuadratic(Dot(b, b) + 2.0 * Dot(a, c), 6.0 * Dot(b, c), 6.0 * Dot(c, c));
+        AddSignChanges(stops, 1, halfSpeed2Slope);
+        AddSignChanges(stops, kCurvatureSteps, curvatureSlope);
+        const size_t known = stops.size();
+        AddSignChanges(stops, 1, room);
+        if (stops.size() != known) {
+            for (const double t : stops) {
+                AddAt(segment, t);
+            }
+        }
     }
 
-    void AddTurningPoints(const tBezierSegment& segment)
+    /// Adds to the sorted stops where a function changes its sign, seen in so many steps between two of them.
+    template <typename tFunction>
+    static void AddSignChanges(std::vector<double>& stops, int steps, tFunction function)
     {
-        double low = 0.0;
-        double lowValue = Tightness(segment, low);
-        for (int i = 1; i <= kTightSteps; ++i) {
-            const double high = static_cast<double>(i) / kTightSteps;
-            const double highValue = Tightness(segment, high);
-            if ((lowValue < 0.0) != (highValue < 0.0)) {
-                double a = low;
-                double b = high;
-                for (int step = 0; step < kBisections; ++step) {
-                    const double middle = (a + b) / 2.0;
-                    ((Tightness(segment, middle) < 0.0) == (lowValue < 0.0) ? a : b) = middle;
+        std::sort(stops.begin(), stops.end());
+        const size_t count = stops.size();
+        for (size_t i = 0; i + 1 < count; ++i) {
+            for (int step = 0; step < steps; ++step) {
+                double low = stops[i] + (stops[i + 1] - stops[i]) * step / steps;
+                double high = stops[i] + (stops[i + 1] - stops[i]) * (step + 1) / steps;
+                const bool isNegative = function(low) < 0.0;
+                if ((function(high) < 0.0) == isNegative) {
+                    continue;
                 }
-                AddAt(segment, a);
+                for (int k = 0; k < kBisections; ++k) {
+                    const double middle = (low + high) / 2.0;
+                    ((function(middle) < 0.0) == isNegative ? low : high) = middle;
+                }
+                stops.push_back(low);
             }
-            low = high;
-            lowValue = highValue;
         }
+        std::sort(stops.begin(), stops.end());
     }
 
     CCalcBoundingBox mGrow;
     double mHalfWidth;
+    bool mStarted = false;
 };
 } // namespace
+
+template <bool kFromBehind, typename tIterator>
+double UBezier::EndAngle(tIterator at, tIterator stop)
+{
+    const auto nextDifferent = [stop](tIterator from) {
+        return std::find_if(from, stop,
+                            [from](const CPoint& point) { return point.x != from->x || point.y != from->y; });
+    };
+    const tIterator next = at != stop ? nextDifferent(at) : stop;
+    if (next == stop) {
+        return 0.0;
+    }
+    const CPoint& from = kFromBehind ? *next : *at;
+    const CPoint& to = kFromBehind ? *at : *next;
+    tVector2D tangent = {to.x - from.x, to.y - from.y};
+    const tIterator third = nextDifferent(next);
+    if (third != stop) {
+        tangent = Mirrored(kFromBehind ? Tangent(*third, from, to) : Tangent(from, to, *third), from, to);
+    }
+    return std::atan2(tangent.y, tangent.x) * kDegreesPerRadian;
+}
 
 size_t UBezier::NextDifferent(const std::vector<CPoint>& points, size_t index)
 {
@@ -178,7 +252,7 @@ tVector2D UBezier::Tangent(const CPoint& before, const CPoint& at, const CPoint&
     const double in2 = Dot(in, in);
     const double out2 = Dot(out, out);
     const tVector2D tangent = {in.x * out2 + out.x * in2, in.y * out2 + out.y * in2};
-    if (std::hypot(tangent.x, tangent.y) <= 1e-12 * in2 * std::sqrt(out2)) {
+    if (Norm(tangent) <= 1e-12 * in2 * std::sqrt(out2)) {
         return {-out.y, out.x}; // there and back: turn around the tip
     }
     return tangent;
@@ -194,9 +268,9 @@ tVector2D UBezier::Mirrored(tVector2D direction, const CPoint& from, const CPoin
 tBezierSegment UBezier::Segment(const CPoint& from, tVector2D fromTangent, const CPoint& to, tVector2D toTangent)
 {
     const tVector2D chord = {to.x - from.x, to.y - from.y};
-    const double length = std::hypot(chord.x, chord.y);
-    const double fromLength = std::hypot(fromTangent.x, fromTangent.y);
-    const double toLength = std::hypot(toTangent.x, toTangent.y);
+    const double length = Norm(chord);
+    const double fromLength = Norm(fromTangent);
+    const double toLength = Norm(toTangent);
     // An arc over chord c that leaves it at angle a has handles of 2 c / (3 (1 + cos a)). Past a right angle the
     // handles grow no further: they would make loops.
     const auto scale = [length](double cosine, double tangentLength) {
@@ -240,26 +314,10 @@ double UBezier::Length(const std::vector<CPoint>& points)
     return length;
 }
 
-double UBezier::StartAngle(const std::vector<CPoint>& points)
+void UBezier::CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end)
 {
-    double angle = 0.0;
-    bool first = true;
-    ForEachSegment(points, [&](const tBezierSegment& segment) {
-        if (first) {
-            angle = std::atan2(segment.p1.y - segment.p0.y, segment.p1.x - segment.p0.x) * kDegreesPerRadian;
-            first = false;
-        }
-    });
-    return angle;
-}
-
-double UBezier::EndAngle(const std::vector<CPoint>& points)
-{
-    double angle = 0.0;
-    ForEachSegment(points, [&angle](const tBezierSegment& segment) {
-        angle = std::atan2(segment.p3.y - segment.p2.y, segment.p3.x - segment.p2.x) * kDegreesPerRadian;
-    });
-    return angle;
+    start = EndAngle<false>(points.begin(), points.end());
+    end = EndAngle<true>(points.rbegin(), points.rend());
 }
 
 void UBezier::CalcBox(const std::vector<CPoint>& points, const tTurn& turn, double halfWidth, DRect& box)

@@ -56,14 +56,17 @@ public:
     static tVector2D DerivativeAt(const tBezierSegment& segment, double t);
     /// Length of the curve by adaptive quadrature, to 1e-6 of itself.
     static double Length(const std::vector<CPoint>& points);
-    /// Direction of travel in degrees at the start or the end of the curve; 0 when it has no piece.
-    static double StartAngle(const std::vector<CPoint>& points);
-    static double EndAngle(const std::vector<CPoint>& points);
+    /// Directions of travel in degrees at the start and the end of the curve; 0 when it has no piece.
+    static void CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end);
     /// Smallest box around the turned curve and its two offset curves at `halfWidth` on either side (0 for the curve
     /// alone), to 1e-9 of the size. Without a piece the box of the points; without a point `box` stays.
     static void CalcBox(const std::vector<CPoint>& points, const tTurn& turn, double halfWidth, DRect& box);
 
 private:
+    /// Direction of travel in degrees at the point `at`, the first of the curve, or the last where the iterators run
+    /// backwards.
+    template <bool kFromBehind, typename tIterator>
+    static double EndAngle(tIterator at, tIterator stop);
     /// Direction of the circle through three points at the middle one, of any length; from the next chord where they
     /// fold.
     static tVector2D Tangent(const CPoint& before, const CPoint& at, const CPoint& after);

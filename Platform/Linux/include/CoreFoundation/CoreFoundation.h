@@ -266,7 +266,8 @@ CF_EXPORT extern const CFStringRef kCFBundleVersionKey;
 /// "Velmora" (com.velmora.Velmora) beside itself, so that host, worker and tests share logs, data and preferences. Not
 /// released.
 CF_EXPORT CFBundleRef CFBundleGetMainBundle(void);
-/// The bundle of a folder that holds a readable Contents/Info.plist, else null; one object per folder.
+/// The bundle of a folder that holds a readable Contents/Info.plist, else null. Every call makes a new object;
+/// those of one folder are equal.
 CF_EXPORT CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url);
 CF_EXPORT CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle);
 CF_EXPORT CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
