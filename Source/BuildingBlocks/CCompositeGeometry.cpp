@@ -12,6 +12,7 @@
 #include <boost/foreach.hpp>
 
 #include <cstring>
+#include <utility>
 
 uint32_t CCompositeGeometry::sNextUniqueID = 1;
 
@@ -19,21 +20,21 @@ namespace {
 /// Components of an unfilled element are drawn in this grey.
 constexpr unsigned short kUnfilledGrey = 0xFF00;
 
-CBasicGeometry* CopyOf(CBasicGeometry* source)
+std::unique_ptr<CBasicGeometry> CopyOf(CBasicGeometry* source)
 {
     switch (source->GetType()) {
     case kStraightType:
-        return new CStraightBIG(static_cast<CStraightBIG*>(source));
+        return std::make_unique<CStraightBIG>(static_cast<CStraightBIG*>(source));
     case kCurveType:
-        return new CCurveBIG(static_cast<CCurveBIG*>(source));
+        return std::make_unique<CCurveBIG>(static_cast<CCurveBIG*>(source));
     case kPolyType:
-        return new CPolyBIG(static_cast<CPolyBIG*>(source));
+        return std::make_unique<CPolyBIG>(static_cast<CPolyBIG*>(source));
     case kTextType:
-        return new CTextBIG(static_cast<CTextBIG*>(source));
+        return std::make_unique<CTextBIG>(static_cast<CTextBIG*>(source));
     case kOvalType:
-        return new COvalBIG(static_cast<COvalBIG*>(source));
+        return std::make_unique<COvalBIG>(static_cast<COvalBIG*>(source));
     case kFlexTrackType:
-        return new CFlexTrackBIG(static_cast<CFlexTrackBIG*>(source));
+        return std::make_unique<CFlexTrackBIG>(static_cast<CFlexTrackBIG*>(source));
     default:
         return nullptr;
     }
@@ -62,13 +63,13 @@ CCompositeGeometry::CCompositeGeometry(const tLibraryItemAttributes& library) : 
 CCompositeGeometry::CCompositeGeometry(CCompositeGeometry* source) : CCompositeGeometry()
 {
     BOOST_FOREACH(CBasicGeometry* component, source->mComponents) {
-        CBasicGeometry* copy = CopyOf(component);
-        if (copy == nullptr) {
+        std::unique_ptr<CBasicGeometry> copy = CopyOf(component);
+        if (!copy) {
             ULog::Warn("%s: Constructor failed to create element: Unknown type %d requested",
                        "CCompositeGeometry::CCompositeGeometry(CCompositeGeometry *)", component->GetType());
             return;
         }
-        AppendBIG(copy);
+        AppendOrDrop(std::move(copy));
     }
     mLibrary = source->mLibrary;
     const uint32_t uniqueID = mLayout.uniqueID;
@@ -104,6 +105,13 @@ void CCompositeGeometry::AppendBIG(CBasicGeometry* big)
         big->SetMidRailFlag(mComponents.front()->GetMidRailFlag());
     }
     Adopt(big);
+}
+
+void CCompositeGeometry::AppendOrDrop(std::unique_ptr<CBasicGeometry> big)
+{
+    if (mComponents.size() < kMostComponents) {
+        AppendBIG(big.release());
+    }
 }
 
 CBasicGeometry* CCompositeGeometry::GetBIGAtIndex(short index) const

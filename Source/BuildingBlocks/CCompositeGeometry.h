@@ -85,6 +85,10 @@ public:
     /// components. Host byte order, packed. @return the position behind it
     void* GetParameterAsRaw(void* destination);
     int GetParameterRawSize();
+    /// Whether a raw record lies whole in `available` bytes and all its components are known; for blocks from
+    /// elsewhere, before an element is made of them.
+    /// @param size  set to the record's length when it does
+    static bool MeasureRawRecord(const void* raw, size_t available, size_t& size);
 
     /// True when name and library name are the same bytes; nothing else counts.
     bool Equals(const CCompositeGeometry* other) const;
@@ -204,6 +208,8 @@ private:
     void WriteCompositeParameter(FILE* file);
     static int ReadComponentTypeCode(FILE* file, int version);
     bool LoadComponents(FILE* file, int version, int count, std::string& error);
+    /// Appends a component, or destroys it when the element is full.
+    void AppendOrDrop(std::unique_ptr<CBasicGeometry> big);
     /// Puts a component at the end of the list and makes this element the owner of its joints.
     void Adopt(CBasicGeometry* big);
     /// Aligns the components after a load and moves the position along.

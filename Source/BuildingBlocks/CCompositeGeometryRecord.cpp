@@ -20,7 +20,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace {
 enum : unsigned short {
@@ -101,23 +104,90 @@ CBasicGeometry* NewComponent(int type)
 }
 
 /// A component from the raw record that lies behind its type code.
-CBasicGeometry* NewComponent(int type, void* raw)
+std::unique_ptr<CBasicGeometry> NewComponent(int type, void* raw)
 {
     switch (type) {
     case kStraightType:
-        return new CStraightBIG(raw);
+        return std::make_unique<CStraightBIG>(raw);
     case kCurveType:
-        return new CCurveBIG(raw);
+        return std::make_unique<CCurveBIG>(raw);
     case kPolyType:
-        return new CPolyBIG(raw);
+        return std::make_unique<CPolyBIG>(raw);
     case kTextType:
-        return new CTextBIG(raw);
+        return std::make_unique<CTextBIG>(raw);
     case kOvalType:
-        return new COvalBIG(raw);
+        return std::make_unique<COvalBIG>(raw);
     case kFlexTrackType:
-        return new CFlexTrackBIG(raw);
+        return std::make_unique<CFlexTrackBIG>(raw);
     default:
         return nullptr;
+    }
+}
+
+/// Walks over raw memory of limited size.
+class CRawWalk {
+public:
+    CRawWalk(const void* raw, size_t size) : mBegin(static_cast<const char*>(raw)), mSize(size) {}
+
+    bool Skip(size_t count)
+    {
+        if (count > mSize - mAt) {
+            return false;
+        }
+        mAt += count;
+        return true;
+    }
+
+    template <typename tNumber>
+    bool Read(tNumber& number)
+    {
+        const size_t at = mAt;
+        if (!Skip(sizeof number)) {
+            return false;
+        }
+        std::memcpy(&number, mBegin + at, sizeof number);
+        return true;
+    }
+
+    /// A count and that many things of `each` bytes.
+    template <typename tCount>
+    bool SkipCounted(size_t each)
+    {
+        tCount count = 0;
+        return Read(count) && count >= 0 && Skip(static_cast<size_t>(count) * each);
+    }
+
+    size_t GetPosition() const { return mAt; }
+
+private:
+    const char* mBegin;
+    size_t mSize;
+    size_t mAt = 0;
+};
+
+/// Skips a component from behind its type code.
+bool SkipComponent(CRawWalk& walk, int type)
+{
+    if (type == kFlexTrackType) {
+        int polygonCode = 0;
+        return walk.Read(polygonCode) && SkipComponent(walk, kPolyType) && walk.Skip(sizeof(double));
+    }
+    if (!walk.Skip(CBasicGeometry::kCommonRawSize)) {
+        return false;
+    }
+    switch (type) {
+    case kStraightType:
+        return walk.Skip(sizeof(double));
+    case kCurveType:
+        return walk.Skip(2 * sizeof(double));
+    case kOvalType:
+        return walk.Skip(2 * sizeof(double) + sizeof(int));
+    case kPolyType: // points, two flags, sub type, thickness
+        return walk.SkipCounted<int>(2 * sizeof(double)) && walk.Skip(2 + 2 * sizeof(int));
+    case kTextType: // size, style, font name, text
+        return walk.Skip(2 * sizeof(int)) && walk.SkipCounted<uint16_t>(1) && walk.SkipCounted<uint16_t>(1);
+    default:
+        return false;
     }
 }
 
@@ -316,7 +386,14 @@ void CCompositeGeometry::WriteCompositeParameter(FILE* file)
 CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
 {
     char* cursor = static_cast<char*>(raw);
-    std::memcpy(&mLibrary, cursor, sizeof mLibrary);
+    std::memcpy(static_cast<void*>(&mLibrary), cursor, offsetof(tLibraryItemAttributes, libraryFlag));
+    mLibrary.libraryFlag = cursor[offsetof(tLibraryItemAttributes, libraryFlag)] != 0;
+    // A block may come from anywhere: its texts end where their fields do.
+    mLibrary.name[sizeof mLibrary.name - 1] = 0;
+    mLibrary.description[sizeof mLibrary.description - 1] = 0;
+    mLibrary.manufacturer[sizeof mLibrary.manufacturer - 1] = 0;
+    mLibrary.railSetName[sizeof mLibrary.railSetName - 1] = 0;
+    mLibrary.prefix[sizeof mLibrary.prefix - 1] = 0;
     const void* field = cursor + sizeof mLibrary;
     for (CPoint* point : {&mLayout.position, &mLayout.secondReferencePoint}) {
         field = KVURawMem::FetchDataFromRawMem(field, point->x);
@@ -343,17 +420,34 @@ CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
         int type = 0;
         KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), type);
         cursor += sizeof type;
-        CBasicGeometry* component = NewComponent(type, cursor);
-        if (component == nullptr) {
+        std::unique_ptr<CBasicGeometry> component = NewComponent(type, cursor);
+        if (!component) {
             ULog::Warn("%s: Copy/Paste operation failed due to an unknown component type (0x%04X).", kRawFunction,
                        static_cast<unsigned>(type));
             return;
         }
         const int size = component->GetParameterRawSize() - CBasicGeometry::kTypeCodeSize;
-        AppendBIG(component);
+        AppendOrDrop(std::move(component));
         CErr::CheckNull(mComponents.empty() ? nullptr : mComponents.back(), kRawFunction, "Failed to fetch last BIG");
         cursor += size;
     }
+}
+
+bool CCompositeGeometry::MeasureRawRecord(const void* raw, size_t available, size_t& size)
+{
+    CRawWalk walk(raw, available);
+    int count = 0;
+    if (!walk.Skip(kRawSizeBeforeGrade + CGradeVector::kRawSize) || !walk.Read(count) || count < 0) {
+        return false;
+    }
+    for (int i = 0; i < count; ++i) {
+        int type = 0;
+        if (!walk.Read(type) || !SkipComponent(walk, type)) {
+            return false;
+        }
+    }
+    size = walk.GetPosition();
+    return true;
 }
 
 void* CCompositeGeometry::GetParameterAsRaw(void* destination)

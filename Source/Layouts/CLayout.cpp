@@ -1,17 +1,12 @@
 #include "Layouts/CLayout.h"
 
-#include "BuildingBlocks/CCompositeGeometry.h"
 #include "CheckError/CErr.h"
 #include "KVUStr/KVUStr.h"
 #include "Layers/CLayerManager.h"
 #include "Layouts/CDisplayOptionsManager.h"
 #include "Layouts/CLayoutStatistics.h"
-#include "Layouts/Groups/CGroup.h"
 #include "Layouts/LayoutDate.h"
 #include "Preferences/CVLPreferences.h"
-#include "Stock/UPriceManager.h"
-
-#include <boost/foreach.hpp>
 
 #include <algorithm>
 #include <cstring>
@@ -22,19 +17,6 @@ namespace {
 constexpr char kFirstLayer[] = "LocalizedLayerName";
 /// Below this zoom a new layout could not be seen, percent.
 constexpr int kSmallestDefaultZoom = 5;
-
-template <typename tItem>
-void DestroyAll(std::vector<tItem*>& items, const char* function, const char* message)
-{
-    std::vector<tItem*> doomed;
-    doomed.swap(items);
-    BOOST_FOREACH(tItem* item, doomed) {
-        CErr::CheckNull(item, function, message);
-        delete item;
-    }
-    doomed.clear();
-    items.swap(doomed); // keeps the room for the next load
-}
 } // namespace
 
 CLayout::CLayout()
@@ -128,22 +110,4 @@ void CLayout::GetPrivAuthorName(char* out, int size) const
     } else {
         KVUStr::HexChar_Decode(mPrivateAuthor, out, static_cast<size_t>(size));
     }
-}
-
-void CLayout::AddItem(CCompositeGeometry* element)
-{
-    UPriceManager::UpdateElementPriceToMatchLayoutPricing(this, element);
-    mElements.push_back(element);
-    mStatistics->ElementAdded(element);
-}
-
-void CLayout::ClearItemVec()
-{
-    DestroyAll(mElements, "void CLayout::ClearItemVec()", "Bad CCompositeGeometry reference fetched from mElements");
-    mStatistics->Refresh(mElements);
-}
-
-void CLayout::ClearGroupVec()
-{
-    DestroyAll(mGroups, "void CLayout::ClearGroupVec()", "Bad CGroup reference fetched from mGroups");
 }

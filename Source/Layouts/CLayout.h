@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 class CCompositeGeometry;
@@ -94,19 +95,59 @@ public:
     int GetTrackStyle() const { return mTrackStyle; }
     void SetTrackStyle(int style) { mTrackStyle = style; }
 
+    // The lists. Whatever leaves the layout leaves its groups, the statistics and the register of joints with it; a
+    // group that is left without members goes too.
+
     /// Appends an element, which the layout owns from then on, at the price that its article has in this layout.
     void AddItem(CCompositeGeometry* element);
+    /// Takes an element out; the caller owns it then. @return false when it is not in the list
+    bool RemoveItem(CCompositeGeometry* element);
+    /// Takes an element out and destroys it. @return false when it is not in the list
+    bool DeleteItem(CCompositeGeometry* element);
+    /// Takes out and destroys those of the elements that are in the list, and empties the vector. Linear.
+    void DeleteItemVec(std::vector<CCompositeGeometry*>& elements);
+    /// Changes an element's place in the list; an index at or behind the end is the end, one below 0 the beginning.
+    /// @return false when it is not in the list
+    bool MoveItemToBegin(CCompositeGeometry* element) { return MoveItemToIndex(element, 0); }
+    bool MoveItemToEnd(CCompositeGeometry* element);
+    bool MoveItemToIndex(CCompositeGeometry* element, int index);
+    /// Appends elements in order, which the layout owns from then on, and snaps close joints.
+    /// @param select     select the new elements and nothing else
+    /// @param takePrices bring them in line with the layout's prices, as AddItem does
+    void InsertItemVec(std::vector<CCompositeGeometry*>& elements, bool select, bool takePrices);
     /// Destroys all elements, first to last.
     void ClearItemVec();
+
     /// Appends a group, which the layout owns from then on.
     void AddGroup(CGroup* group) { mGroups.push_back(group); }
+    void AddGroupVec(const std::vector<CGroup*>& groups);
+    /// Takes a group out of the list with all its members; the caller owns it then.
+    void RemoveGroup(CGroup* group);
+    void RemoveGroupVec(const std::vector<CGroup*>& groups);
+    bool ContainsGroup(const CGroup* group) const;
     /// Destroys all groups, first to last.
     void ClearGroupVec();
+
+    /// Copies all elements, which the caller owns, and the groups in list form (see UGroups) into `elements` and
+    /// `groups`.
+    void BackupGroupAndItemVec(std::vector<CCompositeGeometry*>& elements, std::vector<int>& groups);
+    /// Replaces the content by a backup, whose elements the layout owns from then on, and snaps close joints. The
+    /// vector is empty afterwards.
+    void RestoreGroupAndItemVec(std::vector<CCompositeGeometry*>& elements, const std::vector<int>& groups);
+
+    /// Places all joints, registers them with the joints manager and connects those that lie on each other. From then
+    /// on the list operations keep the register up to date.
+    void ConnectJoints();
+    /// Disconnects and unregisters the joints of all elements, in one pass.
+    void DisconnectJoints();
 
 private:
     /// Sizes of the texts with their zeros.
     static constexpr size_t kPrivateAuthorSize = 256;
 
+    /// Takes elements that leave out of statistics, groups and the register of joints; all of them are in the list.
+    void Forget(const std::unordered_set<CCompositeGeometry*>& leaving);
+    void RegisterJoints(const std::vector<CCompositeGeometry*>& elements);
     bool LoadElements(FILE* file, int count);
     bool WriteContent(FILE* file);
     void ResetWorkspaceBounds();
@@ -116,6 +157,7 @@ private:
     std::unique_ptr<CLayerManager> mLayers;
     double mZoomFactor = 1.0;
     std::unique_ptr<CLayoutStatistics> mStatistics;
+    bool mJointsConnected = false; ///< joints of new elements are registered as well
     CGroupsManager mGroupsManager;
 
     char mAuthor[128] = "<TEST USER>";

@@ -48,19 +48,29 @@ void CLayoutJointsManager::SetSnapRadius(double trackWidth)
     mSnapRadius = std::max(kSmallestSnapRadius, factor / 100.0 * trackWidth);
 }
 
-int CLayoutJointsManager::RemoveJointsForItem(CCompositeGeometry* item)
+template <typename tBelongs>
+int CLayoutJointsManager::RemoveJoints(tBelongs belongs)
 {
     // Last to first, as joints may be connected to each other; those that stay keep their order.
     for (size_t i = mJoints.size(); i-- > 0;) {
-        if (mJoints[i]->GetOwner() == item && !mJoints[i]->IsActive()) {
+        if (!mJoints[i]->IsActive() && belongs(mJoints[i])) {
             mJoints[i]->DisconnectJoint();
         }
     }
-    const auto first = std::remove_if(mJoints.begin(), mJoints.end(),
-                                      [item](const CJoint* joint) { return joint->GetOwner() == item; });
+    const auto first = std::remove_if(mJoints.begin(), mJoints.end(), belongs);
     const int removed = static_cast<int>(mJoints.end() - first);
     mJoints.erase(first, mJoints.end());
     return removed;
+}
+
+int CLayoutJointsManager::RemoveJointsForItem(CCompositeGeometry* item)
+{
+    return RemoveJoints([item](const CJoint* joint) { return joint->GetOwner() == item; });
+}
+
+int CLayoutJointsManager::RemoveJointsForItems(const std::unordered_set<CCompositeGeometry*>& items)
+{
+    return RemoveJoints([&items](const CJoint* joint) { return items.count(joint->GetOwner()) != 0; });
 }
 
 void CLayoutJointsManager::DisconnectAllJoints()

@@ -3,6 +3,7 @@
 
 #include "CRect/DRect.h"
 
+#include <unordered_set>
 #include <vector>
 
 class CCompositeGeometry;
@@ -26,6 +27,9 @@ public:
     void InsertJoint(CJoint* joint) { mJoints.push_back(joint); }
     /// Disconnects and unregisters the joints of an element. @return their number
     int RemoveJointsForItem(CCompositeGeometry* item);
+    /// The same for several elements, in one pass.
+    int RemoveJointsForItems(const std::unordered_set<CCompositeGeometry*>& items);
+    bool IsEmpty() const { return mJoints.empty(); }
     void DisconnectAllJoints();
 
     /// The registered joint nearest to a point, heights included, of those in the snap area; the earlier of equally
@@ -45,6 +49,8 @@ public:
 private:
     CLayoutJointsManager();
     void privateSnapCloseJoints();
+    template <typename tBelongs>
+    int RemoveJoints(tBelongs belongs);
 
     std::vector<CJoint*> mJoints; ///< not owned
     double mSnapRadius = 0.0;

@@ -60,15 +60,36 @@ void CLayoutStatistics::ElementAdded(CCompositeGeometry* element)
     StatisticsChanged();
 }
 
-void CLayoutStatistics::ElementRemoved(CCompositeGeometry* element)
+void CLayoutStatistics::CountOneLess(const CCompositeGeometry* element, bool& spent)
 {
     if (CCountedCIG* entry = FindUsage(element->GetName())) {
         entry->DecCount(1);
         if (entry->GetCount() == 0) {
             mLastFound = nullptr;
             mByName.erase(entry->GetName());
-            UCountedElementVectorOperations::ClearZeroCountElements(mUsage);
+            spent = true;
         }
+    }
+}
+
+void CLayoutStatistics::ElementRemoved(CCompositeGeometry* element)
+{
+    bool spent = false;
+    CountOneLess(element, spent);
+    if (spent) {
+        UCountedElementVectorOperations::ClearZeroCountElements(mUsage);
+    }
+    StatisticsChanged();
+}
+
+void CLayoutStatistics::ElementsRemoved(const std::unordered_set<CCompositeGeometry*>& elements)
+{
+    bool spent = false;
+    for (const CCompositeGeometry* element : elements) {
+        CountOneLess(element, spent);
+    }
+    if (spent) {
+        UCountedElementVectorOperations::ClearZeroCountElements(mUsage);
     }
     StatisticsChanged();
 }

@@ -5,6 +5,7 @@
 
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 class CCompositeGeometry;
@@ -29,6 +30,8 @@ public:
     void ElementAdded(CCompositeGeometry* element);
     /// Counts one less of the element's name, part or not; an entry that reaches 0 goes.
     void ElementRemoved(CCompositeGeometry* element);
+    /// The same for several elements, with one look for entries that reached 0.
+    void ElementsRemoved(const std::unordered_set<CCompositeGeometry*>& elements);
     /// Called after every change. Nobody listens so far.
     void StatisticsChanged() {}
 
@@ -48,6 +51,7 @@ public:
 
 private:
     void EraseAll();
+    void CountOneLess(const CCompositeGeometry* element, bool& spent);
 
     CLayout* mLayout;
     tList mUsage;                                               ///< owned

@@ -1,12 +1,17 @@
 #include "Elements/Utilities/UElementVectorOperations.h"
 
+#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
+#include "Elements/Utilities/UElementDescriptionGenerator.h"
 #include "Elements/Utilities/UElementInspector.h"
+#include "Elements/Utilities/UElementNameGenerator.h"
 #include "KVUNum/KVUNum.h"
 #include "KVURawMem/KVURawMem.h"
+#include "Preferences/CVLPreferences.h"
 #include "UnitLength/URailConstants.h"
+#include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 
 #include <boost/foreach.hpp>
@@ -81,6 +86,27 @@ bool UElementVectorOperations::ElementVectorFromRawMem(tElements& elements, Byte
     return true;
 }
 
+bool UElementVectorOperations::ElementVectorFromRawMem(tElements& elements, Byte* block, size_t size)
+{
+    int count = 0;
+    if (size < sizeof count) {
+        return false;
+    }
+    KVURawMem::FetchDataFromRawMem(static_cast<void*>(block), count);
+    if (count < 0) {
+        return false;
+    }
+    size_t position = sizeof count;
+    for (int i = 0; i < count; ++i) {
+        size_t length = 0;
+        if (!CCompositeGeometry::MeasureRawRecord(block + position, size - position, length)) {
+            return false;
+        }
+        position += length;
+    }
+    return ElementVectorFromRawMem(elements, block);
+}
+
 void UElementVectorOperations::GetAllTextElements(const tElements& elements, tElements& out)
 {
     Filter(elements, out, &UElementInspector::IsTextElement);
@@ -137,6 +163,22 @@ void UElementVectorOperations::RotateItemVectorBy(const tElements& elements, con
 {
     BOOST_FOREACH(CCompositeGeometry* element, elements) {
         element->RotateBy(centre, angle);
+    }
+}
+
+void UElementVectorOperations::UpdateGenericFlexNameDescription(const tElements& elements)
+{
+    const int preferred = CVLPreferences::Instance()->mUnits;
+    const int unit = preferred >= UUnits::kMillimetre && preferred <= UUnits::kFoot ? preferred : UUnits::kCentimetre;
+    BOOST_FOREACH(CCompositeGeometry* element, elements) {
+        if (!UElementInspector::IsGenericFlex(element)) {
+            continue;
+        }
+        if (const auto* flex = dynamic_cast<CFlexTrackBIG*>(element->GetBIGAtIndex(0))) {
+            const double length = flex->GetFlexTrackMaxLength();
+            element->SetName(UElementNameGenerator::GetGenericFlexElementName(unit, length));
+            element->SetDescription(UElementDescriptionGenerator::GetGenericFlexElementDescription(unit, length));
+        }
     }
 }
 

@@ -31,6 +31,10 @@ public:
     /// @return false when an element could not be made; those before it stay
     static bool ElementVectorFromRawMem(tElements& elements, Byte* block);
 
+    /// The same for a block of `size` bytes from elsewhere. @return false, with nothing appended, when it is too short
+    /// for what it claims to hold or names an unknown component
+    static bool ElementVectorFromRawMem(tElements& elements, Byte* block, size_t size);
+
     /// Each replaces `out` by the elements that fit, in order.
     static void GetAllTextElements(const tElements& elements, tElements& out);
     static void GetAllGenericFlextracks(const tElements& elements, tElements& out);
@@ -44,6 +48,9 @@ public:
     static void MoveItemVec(const tElements& elements, double dx, double dy);
     /// Turns every element about one point of the layout, degrees.
     static void RotateItemVectorBy(const tElements& elements, const CPoint& centre, double angle);
+    /// Names and describes the flexible tracks of no library after their maximum length, in the unit of the
+    /// preferences; centimetres where that is unknown.
+    static void UpdateGenericFlexNameDescription(const tElements& elements);
 
     /// Sum of the track lengths. The second argument changes nothing.
     static double GetElementVectorRailLength(const tElements& elements, int);

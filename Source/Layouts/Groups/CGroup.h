@@ -31,6 +31,7 @@ public:
     void RemoveMember(CCompositeGeometry* element);
     /// True when the group is a member at any depth.
     bool IsMember(const CGroup* sub) const;
+    bool IsEmpty() const { return mItems.empty() && mGroups.size() == mNumRemoved; }
 
     /// Sets the parent, unless another one is set or the parent lies inside this group.
     void SetParentGroup(CGroup* parent);

@@ -1,7 +1,9 @@
 #include "Layouts/Groups/UGroups.h"
 
+#include "BuildingBlocks/CCompositeGeometry.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
+#include "KVURawMem/KVURawMem.h"
 #include "Layouts/CLayout.h"
 #include "Layouts/Groups/CGroup.h"
 #include "Layouts/Groups/CGroupsManager.h"
@@ -10,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <numeric>
 #include <unordered_map>
 
@@ -218,6 +221,148 @@ void UGroups::DeserializeGroups(CGroupsManager* manager, tGroups& groups, const 
     CGroupsReader reader(manager, groups, elements, list);
     reader.MakeGroups();
     reader.LinkGroups([](CGroup* parent, CGroup* member) { parent->Attach(member); });
+}
+
+UGroups::Byte* UGroups::GroupVectorToRawMem(const tGroups& groups, const tElements& elements, size_t& size)
+{
+    std::vector<int> list;
+    SerializeGroups(groups, elements, list);
+    const size_t needed = (list.size() + 1) * sizeof(int);
+    Byte* block = new (std::nothrow) Byte[needed];
+    CErr::CheckNull(block,
+                    "static Byte *UGroups::GroupVectorToRawMem(vector<CGroup *> &, vector<CCompositeGeometry *> &, "
+                    "size_t &)",
+                    "Failed to alloc memory for clipboard data");
+    void* cursor = KVURawMem::AppendDataToRawMem(static_cast<void*>(block), static_cast<int>(list.size()));
+    for (const int entry : list) {
+        cursor = KVURawMem::AppendDataToRawMem(cursor, entry);
+    }
+    size = needed;
+    return block;
+}
+
+void UGroups::GroupVectorFromRawMem(CGroupsManager* manager, tGroups& groups, const tElements& elements,
+                                    const Byte* block)
+{
+    int count = 0;
+    const void* cursor = KVURawMem::FetchDataFromRawMem(static_cast<const void*>(block), count);
+    std::vector<int> list;
+    for (int i = 0; i < count; ++i) {
+        int entry = 0;
+        cursor = KVURawMem::FetchDataFromRawMem(cursor, entry);
+        list.push_back(entry);
+    }
+    DeserializeGroups(manager, groups, elements, list);
+}
+
+bool UGroups::GroupVectorFromRawMem(CGroupsManager* manager, tGroups& groups, const tElements& elements,
+                                    const Byte* block, size_t size)
+{
+    int count = 0;
+    if (size < sizeof count) {
+        return false;
+    }
+    KVURawMem::FetchDataFromRawMem(static_cast<const void*>(block), count);
+    if (count < 0 || static_cast<size_t>(count) > size / sizeof(int) - 1) {
+        return false;
+    }
+    GroupVectorFromRawMem(manager, groups, elements, block);
+    return true;
+}
+
+void UGroups::UngroupGroupsInSelection(CLayout* layout)
+{
+    CGroupsManager* manager = layout->GetGroupsManager();
+    tGroups roots;
+    std::unordered_set<const CGroup*> known;
+    BOOST_FOREACH(CCompositeGeometry* element, layout->GetElements()) {
+        CGroup* root = element->IsSelected() ? manager->GetRootGroup(element) : nullptr;
+        if (root != nullptr && known.insert(root).second) {
+            roots.push_back(root);
+        }
+    }
+    layout->RemoveGroupVec(roots);
+    BOOST_FOREACH(CGroup* root, roots) {
+        delete root;
+    }
+}
+
+void UGroups::GetGroupsInElementVector(const CGroupsManager* manager, const tElements& elements, tGroups& groups)
+{
+    std::unordered_set<const CGroup*> known;
+    BOOST_FOREACH(CCompositeGeometry* element, elements) {
+        if (!manager->IsInGroup(element)) {
+            continue;
+        }
+        tGroups path;
+        for (CGroup* group = manager->GetGroupForGeometry(element); group != nullptr && known.insert(group).second;
+             group = group->GetParentGroup()) {
+            path.push_back(group);
+        }
+        groups.insert(groups.end(), path.rbegin(), path.rend());
+    }
+}
+
+void UGroups::CloneGroupings(CGroupsManager* manager, const tElements& sources, const tElements& copies,
+                             tGroups& groups)
+{
+    std::unordered_map<const CCompositeGeometry*, CCompositeGeometry*> copyOf;
+    for (size_t i = 0; i < sources.size() && i < copies.size(); ++i) {
+        copyOf.emplace(sources[i], copies[i]);
+    }
+    tGroups originals;
+    GetGroupsInElementVector(manager, sources, originals);
+    std::unordered_map<const CGroup*, CGroup*> cloneOf;
+    BOOST_FOREACH(const CGroup* original, originals) {
+        CGroup* clone = manager->CreateGroup();
+        cloneOf.emplace(original, clone);
+        groups.push_back(clone);
+        BOOST_FOREACH(CCompositeGeometry* item, original->GetMemberItemsVec()) {
+            const auto copy = copyOf.find(item);
+            if (copy != copyOf.end()) {
+                clone->AddMember(copy->second);
+            }
+        }
+    }
+    // Members in the order of the original's list, of those that were cloned.
+    BOOST_FOREACH(const CGroup* original, originals) {
+        BOOST_FOREACH(const CGroup* member, original->GetMemberGroupsVec()) {
+            const auto clone = cloneOf.find(member);
+            if (clone != cloneOf.end()) {
+                cloneOf[original]->Attach(clone->second);
+            }
+        }
+    }
+}
+
+void UGroups::RemoveElements(CGroupsManager* manager, const std::unordered_set<CCompositeGeometry*>& elements,
+                             tGroups& emptied)
+{
+    std::unordered_set<CGroup*> touched;
+    for (CCompositeGeometry* element : elements) {
+        if (manager->IsInGroup(element)) {
+            touched.insert(manager->GetGroupForGeometry(element));
+            manager->Ungroup(element);
+        }
+    }
+    for (CGroup* group : touched) {
+        std::vector<CCompositeGeometry*>& items = group->mItems;
+        items.erase(std::remove_if(items.begin(), items.end(),
+                                   [&elements](CCompositeGeometry* item) { return elements.count(item) != 0; }),
+                    items.end());
+    }
+    std::unordered_set<const CGroup*> left;
+    for (CGroup* group : touched) {
+        while (group != nullptr && group->IsEmpty() && left.insert(group).second) {
+            CGroup* holder = group->mHolder;
+            emptied.push_back(group);
+            if (holder != nullptr) {
+                holder->Detach(group);
+            }
+            group->ClearParentGroup();
+            group = holder;
+        }
+    }
 }
 
 int UGroups::GetGroupIndexInVector(const tGroups& groups, const CGroup* group)

@@ -1,6 +1,8 @@
 // Operations on whole selections of groups.
 #pragma once
 
+#include <cstddef>
+#include <unordered_set>
 #include <vector>
 
 class CCompositeGeometry;
@@ -18,6 +20,7 @@ public:
 
     using tGroups = std::vector<CGroup*>;
     using tElements = std::vector<CCompositeGeometry*>;
+    using Byte = unsigned char;
 
     /// A new group of at least two elements, owned by the layout; grouped elements join with all their groups.
     /// @return null for fewer elements
@@ -30,6 +33,34 @@ public:
     /// depth.
     static void DeserializeGroups(CGroupsManager* manager, tGroups& groups, const tElements& elements,
                                   const std::vector<int>& list);
+    /// The groups in list form as a block for the clipboard: the number of integers (int) and the integers, host byte
+    /// order.
+    /// @param size  receives the block's length
+    /// @return the block; the caller releases it with delete[]
+    static Byte* GroupVectorToRawMem(const tGroups& groups, const tElements& elements, size_t& size);
+    /// DeserializeGroups from such a block, which is trusted to be whole.
+    static void GroupVectorFromRawMem(CGroupsManager* manager, tGroups& groups, const tElements& elements,
+                                      const Byte* block);
+    /// The same for a block of `size` bytes from elsewhere. @return false, with nothing done, when it is too short for
+    /// what it claims to hold
+    static bool GroupVectorFromRawMem(CGroupsManager* manager, tGroups& groups, const tElements& elements,
+                                      const Byte* block, size_t size);
+
+    /// Dissolves the outermost groups of all selected elements: they leave the layout and are deleted, groups inside
+    /// them become top-level.
+    static void UngroupGroupsInSelection(CLayout* layout);
+    /// Appends every group that holds one of the elements at any depth, each once, a group before those inside it.
+    static void GetGroupsInElementVector(const CGroupsManager* manager, const tElements& elements, tGroups& groups);
+    /// Groups `copies`, which correspond to `sources` one by one, as these are grouped, as far as they are.
+    /// @param groups  the new groups are appended; the caller owns them
+    static void CloneGroupings(CGroupsManager* manager, const tElements& sources, const tElements& copies,
+                               tGroups& groups);
+    /// Takes elements out of their groups.
+    /// @param emptied  receives the groups without members that this leaves; they are members of no group any more and
+    /// belong
+    ///                 to whoever owned them
+    static void RemoveElements(CGroupsManager* manager, const std::unordered_set<CCompositeGeometry*>& elements,
+                               tGroups& emptied);
     /// @return the group's index, or -1
     static int GetGroupIndexInVector(const tGroups& groups, const CGroup* group);
 };
