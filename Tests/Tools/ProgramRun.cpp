@@ -91,7 +91,7 @@ tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string&
 
 std::string MakeFolder(const std::string& name)
 {
-    const std::string folder = std::string(getenv("TEST_FOLDER")) + "/" + name;
+    std::string folder = std::string(getenv("TEST_FOLDER")) + "/" + name;
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     return folder;
@@ -114,17 +114,44 @@ std::string ReadFile(const std::string& path)
     return bytes.str();
 }
 
-std::string MakeLayout(const std::string& description)
+static std::string BigEndian(unsigned value, int bytes)
 {
-    const auto number = [](unsigned value, int bytes) {
-        std::string text;
-        for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
-            text.push_back(static_cast<char>(value >> shift));
-        }
-        return text;
+    std::string text;
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
+        text.push_back(static_cast<char>(value >> shift));
+    }
+    return text;
+}
+
+std::string MakeLayout(const std::string& description, unsigned layers, unsigned elements)
+{
+    std::string bytes = "WkSt" + BigEndian(5, 4);
+    const auto record = [&bytes](unsigned key, const std::string& data) {
+        bytes += BigEndian(key, 2) + BigEndian(static_cast<unsigned>(data.size()), 2) + data;
     };
-    const unsigned size = static_cast<unsigned>(description.size()) + 1;
-    // The header; record 404, the description; record 423, no elements; record 424, no groups.
-    return "WkSt" + number(3, 4) + number(404, 2) + number(size, 2) + description + std::string(1, '\0') +
-           number(423, 2) + number(4, 2) + number(0, 4) + number(424, 2) + number(4, 2) + number(0, 4);
+    // Readers look for every key in this order: without one of them they would find nothing behind it.
+    for (unsigned key = 400; key <= 407; ++key) {
+        record(key, (key == 404 ? description : "") + std::string(1, '\0'));
+    }
+    record(408, "c");
+    for (unsigned key = 409; key <= 419; ++key) {
+        record(key, key == 416 ? std::string(1, '\1') : BigEndian(100, 4));
+    }
+    record(420, std::string(6, '\0'));
+    record(421, std::string(8, '\0'));
+    record(422, std::string(20, '\0'));
+    record(426, std::string(1, '\0'));
+    record(427, std::string(1, '\0'));
+    record(428, BigEndian(2, 4));
+    record(429, BigEndian(0, 4));
+    record(430, std::string(1, '\0'));
+    record(500, BigEndian(layers, 4));
+    for (unsigned i = 0; i < layers; ++i) {
+        record(501, "Layer " + std::to_string(i) + std::string(1, '\0'));
+        record(502, std::string(1, '\0'));
+        record(503, std::string(1, '\1'));
+    }
+    record(423, BigEndian(elements, 4));
+    record(424, BigEndian(0, 4));
+    return bytes;
 }

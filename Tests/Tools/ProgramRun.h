@@ -33,5 +33,8 @@ std::string MakeFolder(const std::string& name);
 void WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFile(const std::string& path);
 
-/// The bytes of a small layout of version 3 with this description, ASCII.
-std::string MakeLayout(const std::string& description);
+/// The bytes of a layout of version 5 without groups.
+/// @param description  Mac OS Roman
+/// @param layers       how many, named "Layer 0" and so on
+/// @param elements     how many are promised; none is there
+std::string MakeLayout(const std::string& description, unsigned layers = 1, unsigned elements = 0);

@@ -106,7 +106,7 @@ TEST(Supervisor, KeepsSeveralWorkersApart)
         ASSERT_EQ(pool.Collect(ticket, answer), CWorkerPool::eResult::kDone);
         ASSERT_LT(ticket, next);
         ++answers[ticket];
-        EXPECT_EQ(answer.ok, ticket % 10 != 3) << ticket;
+        EXPECT_EQ(answer.ok, ticket % 10 != 3) << ticket << ": " << answer.failure.message;
         if (answer.ok) {
             EXPECT_EQ(answer.attributes.at(0).texts.at(0), documents[ticket]);
         }
@@ -148,7 +148,7 @@ protected:
 
     std::string Document(const std::string& text)
     {
-        const std::string path = mFolder + "/" + std::to_string(mDocuments++) + ".velmora";
+        std::string path = mFolder + "/" + std::to_string(mDocuments++) + ".velmora";
         WriteFile(path, text);
         return path;
     }

@@ -85,7 +85,7 @@ static int32_t ReadVersion(int document)
                                 static_cast<uint32_t>(bytes[2]) << 8 | bytes[3]);
 }
 
-static std::string WithReason(std::string message)
+static std::string WithReason(const std::string& message)
 {
     const std::string reason = Reports::GetLoadFailure();
     return reason.empty() ? message : message + ": " + reason;

@@ -2,30 +2,17 @@
 
 #include "protocol/Frames.h"
 
-#include <csignal>
 #include <cstdio>
 #include <new>
 #include <sys/resource.h>
 #include <unistd.h>
-#if defined(__linux__)
-#include <malloc.h>
-#include <sys/prctl.h>
-#endif
-
-#if defined(__SANITIZE_ADDRESS__)
-#define VELMORA_ADDRESS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VELMORA_ADDRESS_SANITIZER 1
-#endif
-#endif
 
 static int sSocket = -1;
 static uint32_t sSequence = 0;
 
-/// Sending needs no memory: the frame has no payload.
-[[noreturn]] static void HandleOutOfMemory()
+void Limits::HandleOutOfMemory()
 {
+    // Sending needs no memory: the frame has no payload.
     SendFrame(sSocket, eFrameKind::kOutOfMemory, sSequence, {});
     _exit(1);
 }
@@ -33,14 +20,9 @@ static uint32_t sSequence = 0;
 void Limits::Begin(int socket)
 {
     sSocket = socket;
-#if defined(__linux__)
-    // An arena per thread would each map 64 MB.
-    mallopt(M_ARENA_MAX, 1);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-#endif
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    std::set_new_handler(HandleOutOfMemory);
+    std::set_new_handler(Limits::HandleOutOfMemory);
 }
 
 void Limits::GrantMemory([[maybe_unused]] size_t megabytes)

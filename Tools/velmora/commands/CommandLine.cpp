@@ -142,8 +142,7 @@ void AddWorkerOptions(CLI::App& app, tOptions& options)
 
 tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailure>& failure)
 {
-    const tWorkerSettings settings = {Places::FindWorker(), Places::FindPlugIn(options.plugIn),
-                                      options.memoryMegabytes};
+    tWorkerSettings settings = {Places::FindWorker(), Places::FindPlugIn(options.plugIn), options.memoryMegabytes};
     if (settings.plugIn.empty()) {
         const std::string message = "there is no importer plug-in: " + Places::DescribePlugInPlaces();
         failure = MakeFailure(eFailure::kPlugIn, message).failure;

@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
+#include <vector>
 
 extern char** environ;
 
@@ -17,6 +18,19 @@ extern char** environ;
 static constexpr int kEndMilliseconds = 500;
 /// How long an idle process may take to leave by itself.
 static constexpr int kLeaveMilliseconds = 2000;
+
+/// The host's environment, and that the C library keeps to one arena: each further one would count as 64 MB of the
+/// memory granted, once a library starts threads.
+static std::vector<char*> MakeEnvironment()
+{
+    static char sArenas[] = "MALLOC_ARENA_MAX=1";
+    std::vector<char*> environment = {sArenas}; // the first of a name counts
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        environment.push_back(*entry);
+    }
+    environment.push_back(nullptr);
+    return environment;
+}
 
 static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& process)
 {
@@ -46,7 +60,7 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
     }
     posix_spawn_file_actions_adddup2(&actions, socket, kWorkerSocket);
     const int error = posix_spawn(&process, settings.program.c_str(), &actions, &attributes,
-                                  const_cast<char* const*>(arguments), environ);
+                                  const_cast<char* const*>(arguments), MakeEnvironment().data());
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     errno = error;

@@ -55,6 +55,10 @@ void CWorkerPool::Submit(uint64_t ticket, tRequest request, CDescriptor document
             chosen = slot.get();
         }
     }
+    if (chosen == nullptr) { // the caller did not ask HasRoom
+        mDone.emplace_back(ticket, MakeFailure(eFailure::kCrash, "no worker process is free"));
+        return;
+    }
     chosen->job = tJob{ticket, std::move(request), std::move(document)};
     Serve(*chosen);
 }
@@ -185,16 +189,21 @@ CWorkerPool::eResult CWorkerPool::WaitForEvents()
     if (!mGraceEnd && Interrupt::IsRequested()) {
         mGraceEnd = tClock::now() + kGrace;
     }
-    const tClock::time_point now = tClock::now();
     for (size_t i = 0; i < waiting.size(); ++i) {
+        const tClock::time_point before = tClock::now();
         if (count > 0 && waits[i].revents != 0) {
             Handle(*waiting[i]);
         }
         const CWorker::eState state = waiting[i]->worker.GetState();
         const bool expected = state == CWorker::eState::kStarting || state == CWorker::eState::kBusy;
-        if (expected && now >= waiting[i]->deadline) { // also one that keeps sending
+        if (expected && before >= waiting[i]->deadline) { // also one that keeps sending
             HandleLateness(*waiting[i]);
         }
+        // Waiting for a lost process to end takes time that is not that of the other documents.
+        const tClock::duration spent = tClock::now() - before;
+        for (const auto& other : mSlots) {
+            other->deadline += other.get() != waiting[i] ? spent : tClock::duration::zero();
+        }
     }
-    return mGraceEnd && now >= *mGraceEnd && mDone.empty() ? eResult::kInterrupted : eResult::kDone;
+    return mGraceEnd && tClock::now() >= *mGraceEnd && mDone.empty() ? eResult::kInterrupted : eResult::kDone;
 }
