@@ -1,14 +1,10 @@
-#include <benchmark/benchmark.h>
+#include "Platform/Process.h"
 
-#if defined(__GLIBC__)
-#include <malloc.h>
-#endif
+#include <benchmark/benchmark.h>
 
 int main(int argc, char** argv)
 {
-#if defined(__GLIBC__)
-    mallopt(M_TRIM_THRESHOLD, 64 << 20); // as in the worker: a process that stays keeps its memory between documents
-#endif
+    Platform::KeepFreedMemory(); // as the worker does
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -10,6 +10,7 @@ target_sources(velmora-platform PRIVATE
   ${functions}/../Portable/Report.cpp
   ${functions}/../Portable/Streams.cpp
   ${functions}/Fonts.cpp
+  ${functions}/Process.cpp
   ${functions}/System.cpp)
 target_include_directories(velmora-platform PRIVATE ${functions}/../Portable)
 target_link_libraries(velmora-platform PRIVATE Fontconfig::Fontconfig ${CMAKE_DL_LIBS})

@@ -1,12 +1,25 @@
 // Main program of all tests. A test never sees or touches the user's own folders.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <unistd.h>
 
 void WarmUpFoundation();
+
+/// This process while its tests run.
+static pid_t self = 0;
+
+/// A fatal report ends its process with status 0. Within a test that is a failure, but for the child of a death test.
+static void FailWhenUnfinished()
+{
+    if (getpid() == self) {
+        fprintf(stderr, "the program under test ended the test program\n");
+        _exit(1);
+    }
+}
 
 int main(int argc, char** argv)
 {
@@ -22,9 +35,11 @@ int main(int argc, char** argv)
         setenv(name, path.c_str(), 1);
     }
     WarmUpFoundation();
-    const pid_t self = getpid();
+    self = getpid();
+    atexit(&FailWhenUnfinished);
     const int result = RUN_ALL_TESTS();
     if (getpid() == self) { // not in the child of a death test
+        self = 0;
         std::error_code ignored;
         std::filesystem::remove_all(folder, ignored);
     }

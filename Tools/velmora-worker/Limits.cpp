@@ -1,5 +1,6 @@
 #include "Limits.h"
 
+#include "Platform/Process.h"
 #include "protocol/Frames.h"
 
 #include <cstdio>
@@ -20,6 +21,8 @@ void Limits::HandleOutOfMemory()
 void Limits::Begin(int socket)
 {
     sSocket = socket;
+    Platform::EndWithParent();
+    Platform::KeepFreedMemory();
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
     std::set_new_handler(Limits::HandleOutOfMemory);
