@@ -1,0 +1,110 @@
+// Track library files made without the core's own writer, and a folder for them.
+#pragma once
+
+#include "support/DocumentBuilder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+struct tLibrary {
+    unsigned version = 2;
+    int scale = 16;
+    int contentType = 1;
+    int currency = 129;
+    int gauge = 165; ///< tenths of a mm, as the next two
+    int trackbedWidth = 330;
+    int railWidth = 9;
+    std::string text107 = "Text 107";
+    std::string manufacturer = "Maker";
+    std::string text109 = "Text 109";
+    std::string text110 = "Text 110";
+    std::string prefix = "Pre";
+    std::string text112 = "Text 112";
+    std::string text113 = "Text 113";
+    std::string creationDate = "Jan  1. 2001, 00:00:00";
+    std::string modificationDate = "Jan  2. 2001, 00:00:00";
+    std::vector<tElement> elements = {};
+};
+
+inline CRecords Library(const tLibrary& library)
+{
+    CRecords records;
+    records.Raw("RSet" + Bytes32(library.version))
+        .Int(100, static_cast<int>(library.elements.size()))
+        .Int(101, library.scale)
+        .Int(102, library.contentType)
+        .Int(103, library.currency)
+        .Int(104, library.gauge)
+        .Int(105, library.trackbedWidth)
+        .Int(106, library.railWidth)
+        .Text(107, library.text107)
+        .Text(108, library.manufacturer)
+        .Text(109, library.text109)
+        .Text(110, library.text110)
+        .Text(111, library.prefix)
+        .Text(112, library.text112)
+        .Text(113, library.text113)
+        .Text(114, library.creationDate)
+        .Text(115, library.modificationDate);
+    for (const tElement& element : library.elements) {
+        records.Append(Element(element));
+    }
+    return records;
+}
+
+/// Track of the default gauge that lies aligned at (0, 0).
+inline tCommon AlignedTrack()
+{
+    return {.gauge = 16.5, .trackbedWidth = 33.0};
+}
+
+inline tElement Article(const std::string& name, const std::string& description = "Description")
+{
+    tElement element;
+    element.name = name;
+    element.description = description;
+    element.manufacturer = "Maker";
+    element.components = {Straight(AlignedTrack(), 180)};
+    return element;
+}
+
+/// An empty folder, gone with the object.
+class CLibraryFolder {
+public:
+    CLibraryFolder()
+    {
+        std::string folder = std::string(getenv("TEST_FOLDER")) + "/libraries-XXXXXX";
+        mPath = mkdtemp(folder.data());
+    }
+    ~CLibraryFolder() { std::filesystem::remove_all(mPath); }
+    CLibraryFolder(const CLibraryFolder&) = delete;
+    CLibraryFolder& operator=(const CLibraryFolder&) = delete;
+
+    /// Writes a file, in folders below this one if the name has them. @return its path
+    std::string Write(const std::string& name, const std::string& bytes) const
+    {
+        const std::filesystem::path path = mPath / name;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << bytes;
+        return path.string();
+    }
+    std::string Write(const std::string& name, const tLibrary& library) const
+    {
+        return Write(name, Library(library).Bytes());
+    }
+    std::string Read(const std::string& name) const
+    {
+        std::ifstream file(mPath / name, std::ios::binary);
+        std::stringstream bytes;
+        bytes << file.rdbuf();
+        return bytes.str();
+    }
+    std::string PathOf(const std::string& name) const { return (mPath / name).string(); }
+
+private:
+    std::filesystem::path mPath;
+};

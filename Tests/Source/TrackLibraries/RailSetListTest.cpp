@@ -1,0 +1,115 @@
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "LibraryBuilder.h"
+#include "TrackLibraries/CRailSet.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::ExitedWithCode;
+
+namespace {
+CCompositeGeometry* NewArticle(const char* name, const char* description = "")
+{
+    auto* element = new CCompositeGeometry;
+    element->SetName(name);
+    element->SetDescription(description);
+    return element;
+}
+
+struct tArticle {
+    const char* name;
+    const char* description;
+};
+
+/// A library of articles without components.
+class CArticles : public CRailSet {
+public:
+    CArticles(std::initializer_list<tArticle> articles) : CRailSet("Library")
+    {
+        for (const tArticle& article : articles) {
+            Append(NewArticle(article.name, article.description));
+        }
+    }
+    std::vector<std::string> Descriptions() const
+    {
+        std::vector<std::string> descriptions;
+        for (const CCompositeGeometry* element : GetGeometries()) {
+            descriptions.emplace_back(element->GetDescription());
+        }
+        return descriptions;
+    }
+};
+} // namespace
+
+TEST(RailSetList, FindsTheLastOfANameAndHandsItOut)
+{
+    CArticles library{{"A", "1"}, {"B", "2"}, {"A", "3"}};
+    const std::unique_ptr<CCompositeGeometry> last(library.GetGeometryAtIndex(2));
+    EXPECT_EQ(library.FindGeometry("A"), last.get());
+    EXPECT_EQ(library.FindGeometry("a"), nullptr);
+    EXPECT_EQ(library.GetGeometryAtIndex(3), nullptr);
+    EXPECT_TRUE(library.Remove(last.get()));
+    EXPECT_FALSE(library.Remove(last.get()));
+    EXPECT_EQ(library.FindGeometry("A"), library.GetGeometryAtIndex(0));
+    EXPECT_THAT(library.Descriptions(), ElementsAre("1", "2"));
+}
+
+TEST(RailSetList, ImportsCopiesBehindItsOwn)
+{
+    CArticles library{{"A", "1"}};
+    CArticles other{{"A", "2"}, {"B", "3"}};
+    library.ImportRailset(&other);
+    EXPECT_THAT(library.Descriptions(), ElementsAre("1", "2", "3"));
+    EXPECT_THAT(other.Descriptions(), ElementsAre("2", "3"));
+    EXPECT_NE(library.GetGeometryAtIndex(2), other.GetGeometryAtIndex(1));
+    library.ImportRailset(&library);
+    EXPECT_THAT(library.Descriptions(), ElementsAre("1", "2", "3", "1", "2", "3"));
+}
+
+TEST(RailSetList, DescriptionsFollowAnotherLibrary)
+{
+    const struct {
+        const char* what;
+        std::initializer_list<tArticle> library;
+        std::initializer_list<tArticle> other;
+        int changes;
+        std::vector<std::string> result;
+        int namesakes;
+    } cases[] = {
+        {"the last namesake that differs", {{"A", "x"}, {"A", "x"}, {"B", "y"}}, {{"A", "n"}}, 1, {"x", "n", "y"}, 1},
+        {"one that agrees is passed over", {{"A", "x"}, {"A", "n"}}, {{"A", "n"}}, 1, {"n", "n"}, 1},
+        {"all agree", {{"A", "n"}, {"A", "n"}}, {{"A", "n"}}, 0, {"n", "n"}, 1},
+        {"a name that is not there", {{"A", "x"}}, {{"C", "n"}}, 0, {"x"}, 0},
+        {"the same article twice in the other", {{"A", "x"}, {"A", "y"}}, {{"A", "n"}, {"A", "n"}}, 2, {"n", "n"}, 2},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        CArticles library(c.library);
+        CArticles other(c.other);
+        const std::vector<std::string> before = library.Descriptions();
+        EXPECT_EQ(library.SynchronizeDescriptions(&other, true), c.changes);
+        EXPECT_EQ(library.Descriptions(), before);
+        EXPECT_EQ(library.SynchronizeDescriptions(&other, false), c.changes);
+        EXPECT_EQ(library.Descriptions(), c.result);
+        EXPECT_EQ(library.GetNumberOfSyncableElements(&other), c.namesakes);
+    }
+}
+
+TEST(RailSetList, NullElementsAreFatal)
+{
+    const auto withNull = [] {
+        auto* library = new CRailSet("Library");
+        library->Append(NewArticle("A"));
+        library->Append(nullptr);
+        return library;
+    };
+    EXPECT_EXIT(delete withNull(), ExitedWithCode(0),
+                "Function    :  CRailSet::~CRailSet\\(\\)\n.*<NULL>\n.*Invalid element reference in railset");
+    EXPECT_EXIT(CRailSet("x").ImportRailset(withNull()), ExitedWithCode(0),
+                "Function    :  void CRailSet::ImportRailset\\(.*Failed to create copy of element");
+    EXPECT_EXIT(CRailSet("x").SynchronizeDescriptions(withNull(), true), ExitedWithCode(0),
+                "Function    :  int CRailSet::SynchronizeDescriptions\\(.*Failed to fetch CIG");
+    EXPECT_EXIT(CRailSet("x").GetNumberOfSyncableElements(withNull()), ExitedWithCode(0),
+                "Function    :  int CRailSet::GetNumberOfSyncableElements\\(.*Failed to fetch CIG");
+}

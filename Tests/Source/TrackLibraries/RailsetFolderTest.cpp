@@ -1,0 +1,237 @@
+#include "Common/Reports.h"
+#include "LibraryBuilder.h"
+#include "TrackLibraries/CRailsetBuffer.h"
+#include "TrackLibraries/CRailsetFolder.h"
+#include "TrackLibraries/Utilities/ULibraryFiles.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sys/stat.h>
+
+using Platform::eReportLevel;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+namespace {
+/// A registry of its own for each test; the one of the process never forgets.
+class CRegistry : public CRailsetFolder {};
+
+tLibrary LibraryOf(const std::string& manufacturer, std::vector<std::string> articles, int scale = 16, int type = 1)
+{
+    tLibrary library;
+    library.manufacturer = manufacturer;
+    library.scale = scale;
+    library.contentType = type;
+    for (const std::string& article : articles) {
+        library.elements.push_back(Article(article));
+    }
+    return library;
+}
+} // namespace
+
+TEST(RailsetFolder, SaysWhatItRegisters)
+{
+    const CLibraryFolder folder;
+    const std::string first = folder.Write("1/Lib", LibraryOf("M", {"100"}, 11, 5));
+    const std::string second = folder.Write("2/Lib", LibraryOf("M", {"200"}, 16, 3));
+    const std::string third = folder.Write("3/Lib", LibraryOf("M", {}, 16, 1));
+    const std::string bad = folder.Write("bad", "RSetX");
+    const std::string damaged =
+        folder.Write("damaged", Library({.elements = {Article("1")}}).Replace(100, Bytes32(9)).Bytes());
+    CRegistry registry;
+    CReports reports;
+    registry.InitializeWithPaths({first, second, third, bad, first, damaged});
+    const std::string opening = "int CRailSet::Load() - Failed to load element 7: Element expected, bad header found.";
+    EXPECT_THAT(reports.mMessages,
+                ElementsAre(Pair(eReportLevel::kInfo, "Initializing libraries (6 found)"),
+                            Pair(eReportLevel::kDebug, "Adding library 'Lib', scale Z (Symbols)"),
+                            Pair(eReportLevel::kInfo, "Library 'Lib' already exists. Creating unique name 'Lib*'."),
+                            Pair(eReportLevel::kDebug, "Adding library 'Lib', scale H0 (Slot Car)"),
+                            // The second entry bears the plain name, too, so there is no 'Lib*' to make unique.
+                            Pair(eReportLevel::kInfo, "Library 'Lib' already exists. Creating unique name 'Lib*'."),
+                            Pair(eReportLevel::kDebug, "Adding library 'Lib', scale H0 (Tracks)"),
+                            Pair(eReportLevel::kWarning, "Error adding library " + bad),
+                            Pair(eReportLevel::kWarning, "Duplicate library " + first + " ignored"),
+                            Pair(eReportLevel::kWarning, opening),
+                            Pair(eReportLevel::kWarning, "Error adding library " + damaged)));
+
+    const tRSDiskEntry* const entry = registry.GetRailsetEntry("Lib");
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->path, first);
+    EXPECT_EQ(entry->name, "Lib");
+    EXPECT_EQ(entry->modelScale, 11);
+    EXPECT_EQ(entry->contentType, 5);
+    EXPECT_FALSE(registry.ContainsRailset("Lib*"));
+    EXPECT_FALSE(registry.ContainsRailset("lib"));
+    EXPECT_FALSE(registry.ContainsRailset("bad"));
+
+    std::vector<const tRSDiskEntry*> entries = {entry};
+    EXPECT_EQ(registry.GetRailsetEntries(entries, 11, 1), 0);
+    EXPECT_THAT(entries, IsEmpty());
+    EXPECT_EQ(registry.GetRailsetEntries(entries, 11, 5), 1);
+    EXPECT_THAT(entries, ElementsAre(entry));
+}
+
+TEST(RailsetFolder, AnExternalLibraryIsTakenOnlyWhenItIsRegistered)
+{
+    const CLibraryFolder folder;
+    const std::string path = folder.Write("Lib", LibraryOf("M", {}, 12));
+    CRegistry registry;
+    EXPECT_EQ(registry.LoadExternalRailset(path), nullptr);
+    EXPECT_FALSE(registry.ContainsRailset("Lib"));
+
+    registry.InitializeWithPaths({path});
+    const tRSDiskEntry* const entry = registry.GetRailsetEntry("Lib");
+    const tRSDiskEntry* const again = registry.LoadExternalRailset(path);
+    ASSERT_NE(again, nullptr);
+    EXPECT_NE(again, entry);
+    EXPECT_EQ(again->path, path);
+    EXPECT_EQ(registry.GetRailsetEntry("Lib"), entry);
+    std::vector<const tRSDiskEntry*> entries;
+    EXPECT_EQ(registry.GetRailsetEntries(entries, 12, 1), 2);
+
+    folder.Write("Lib", "gone");
+    CReports reports;
+    EXPECT_EQ(registry.LoadExternalRailset(path), nullptr);
+    EXPECT_THAT(reports.mMessages,
+                ElementsAre(Pair(eReportLevel::kWarning, "Failed to add new library '" + path + "' to buffer.")));
+}
+
+TEST(RailsetFolder, ArticlesAreLookedForAtTheirManufacturerFirst)
+{
+    const CLibraryFolder folder;
+    CRegistry registry;
+    registry.InitializeWithPaths({folder.Write("A", LibraryOf("One", {"100", "200"})),
+                                  folder.Write("B", LibraryOf("Two", {"200", "300"})),
+                                  folder.Write("C", LibraryOf("Two", {"300", "400"}))});
+    const struct {
+        const char* manufacturer;
+        const char* article;
+        const char* library; ///< empty for none
+    } cases[] = {{"Two", "200", "B"}, {"One", "200", "A"}, {"Two", "300", "B"}, {"Two", "400", "C"},
+                 {"Two", "100", "A"}, {"two", "200", "A"}, {"", "400", "C"},    {"Two", "500", ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.manufacturer) + " " + c.article);
+        std::string name;
+        EXPECT_EQ(registry.FindLibraryForElement(c.manufacturer, c.article, name), *c.library != 0);
+        EXPECT_EQ(name, c.library);
+    }
+}
+
+TEST(RailsetFolder, TheBufferLoadsALibraryOnce)
+{
+    const CLibraryFolder folder;
+    CRailsetBuffer buffer;
+    EXPECT_EQ(buffer.GetRailset("Buffered"), nullptr);
+    const std::string path = folder.Write("Buffered", LibraryOf("M", {"100", "101", "102"}));
+    CRailsetFolder::Instance()->InitializeWithPaths({path});
+
+    const std::unique_ptr<CRailSet> unloaded(CRailsetFolder::Instance()->GetRailset("Buffered"));
+    ASSERT_NE(unloaded, nullptr);
+    EXPECT_EQ(unloaded->GetFilename(), path);
+    EXPECT_EQ(unloaded->GetSize(), 0u);
+    EXPECT_EQ(CRailsetFolder::Instance()->GetRailset("buffered"), nullptr);
+
+    CRailSet* const library = buffer.GetRailset("Buffered");
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(library->GetSize(), 3u);
+    const std::string bytes = folder.Read("Buffered");
+    folder.Write("Buffered", bytes.substr(0, bytes.rfind("RCig") - 1));
+    EXPECT_EQ(buffer.GetRailset("Buffered"), library);
+
+    CRailsetBuffer another; // keeps what could be read of a damaged library
+    ASSERT_NE(another.GetRailset("Buffered"), nullptr);
+    EXPECT_EQ(another.GetRailset("Buffered")->GetSize(), 2u);
+    std::filesystem::remove(path);
+    CRailsetBuffer third;
+    ASSERT_NE(third.GetRailset("Buffered"), nullptr);
+    EXPECT_EQ(third.GetRailset("Buffered")->GetSize(), 0u);
+    third.CloseAllRailsets();
+}
+
+namespace {
+/// A user with some libraries; the environment is put back.
+class LibraryFiles : public testing::Test {
+protected:
+    LibraryFiles()
+    {
+        setenv("XDG_DATA_HOME", mFolder.PathOf("home").c_str(), 1);
+        mFolder.Write("home/velmora/Libraries/own", tLibrary());
+    }
+    ~LibraryFiles() override
+    {
+        setenv("XDG_DATA_HOME", mDataHome.c_str(), 1);
+        unsetenv("VELMORA_LIBRARIES");
+    }
+    /// Collected paths, without the test's own folder.
+    std::vector<std::string> Collect(const std::vector<std::string>& paths)
+    {
+        mRejected.clear();
+        std::vector<std::string> files = ULibraryFiles::Collect(paths, &mRejected);
+        for (std::vector<std::string>* list : {&files, &mRejected}) {
+            for (std::string& path : *list) {
+                if (path.starts_with(mFolder.PathOf(""))) {
+                    path.erase(0, mFolder.PathOf("").size());
+                }
+            }
+        }
+        return files;
+    }
+
+    const CLibraryFolder mFolder;
+    std::vector<std::string> mRejected;
+
+private:
+    const std::string mDataHome = getenv("XDG_DATA_HOME");
+};
+} // namespace
+
+TEST_F(LibraryFiles, GivenPathsComeFirstThenTheEnvironmentThenTheUsersFolder)
+{
+    const std::string own = "home/velmora/Libraries/own";
+    EXPECT_EQ(ULibraryFiles::GetUserFolder(), mFolder.PathOf("home/velmora/Libraries"));
+    EXPECT_THAT(Collect({}), ElementsAre(own));
+
+    mFolder.Write("environment/b", tLibrary());
+    mFolder.Write("environment/a", tLibrary());
+    const std::string single = mFolder.Write("single", tLibrary());
+    const std::string given = mFolder.Write("given", tLibrary());
+    setenv("VELMORA_LIBRARIES",
+           (":" + mFolder.PathOf("missing") + "::" + mFolder.PathOf("environment") + ":" + single + ":").c_str(), 1);
+    EXPECT_THAT(Collect({given}), ElementsAre("given", "environment/a", "environment/b", "single", own));
+    EXPECT_THAT(mRejected, IsEmpty());
+    EXPECT_THAT(Collect({given, single, mFolder.PathOf(""), given, mFolder.PathOf("environment/../single")}),
+                ElementsAre("given", "single", "environment/a", "environment/b", own));
+
+    std::filesystem::remove_all(mFolder.PathOf("home"));
+    EXPECT_THAT(Collect({}), ElementsAre("environment/a", "environment/b", "single"));
+}
+
+TEST_F(LibraryFiles, TakesRegularFilesWithTheMagic)
+{
+    mFolder.Write("f/sub/deep/library", tLibrary());
+    mFolder.Write("f/only the magic", std::string("RSet"));
+    mFolder.Write("f/cut", std::string("RSe"));
+    mFolder.Write("f/layout.velmora", Layout({}).Bytes());
+    mFolder.Write("f/empty", std::string());
+    mFolder.Write("f/.velmora-1-2", tLibrary()); // as a library in the making is called
+    mFolder.Write("f/.git/library", tLibrary());
+    mFolder.Write("g/library", tLibrary());
+    std::filesystem::create_symlink(mFolder.PathOf("g/library"), mFolder.PathOf("f/link"));
+    std::filesystem::create_symlink(mFolder.PathOf("g/library"), mFolder.PathOf("f/another link"));
+    std::filesystem::create_directory_symlink(mFolder.PathOf("g"), mFolder.PathOf("f/linked folder"));
+    std::filesystem::create_symlink("nowhere", mFolder.PathOf("f/dangling"));
+    ASSERT_EQ(mkfifo(mFolder.PathOf("f/fifo").c_str(), 0600), 0);
+    std::filesystem::remove_all(mFolder.PathOf("home"));
+    EXPECT_THAT(Collect({mFolder.PathOf("f")}),
+                ElementsAre("f/another link", "f/link", "f/only the magic", "f/sub/deep/library"));
+    EXPECT_THAT(mRejected, IsEmpty());
+
+    EXPECT_THAT(Collect({mFolder.PathOf("f/linked folder"), mFolder.PathOf("f/.velmora-1-2"), mFolder.PathOf("f/fifo"),
+                         mFolder.PathOf("f/empty"), mFolder.PathOf("missing"), "", mFolder.PathOf("g/")}),
+                ElementsAre("f/linked folder/library", "f/.velmora-1-2"));
+    EXPECT_THAT(mRejected, ElementsAre("f/fifo", "f/empty", "missing", ""));
+}
