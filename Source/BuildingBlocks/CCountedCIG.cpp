@@ -1,6 +1,12 @@
 #include "BuildingBlocks/CCountedCIG.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
+
+namespace {
+using tLimits = std::numeric_limits<int>;
+}
 
 std::unique_ptr<CCountedCIG> CCountedCIG::ForStatistics(CCompositeGeometry* element)
 {
@@ -10,7 +16,12 @@ std::unique_ptr<CCountedCIG> CCountedCIG::ForStatistics(CCompositeGeometry* elem
     return std::make_unique<CCountedCIG>(element, 1);
 }
 
+void CCountedCIG::IncCount(int n)
+{
+    mCount = static_cast<int>(std::clamp<int64_t>(int64_t{mCount} + n, tLimits::min(), tLimits::max()));
+}
+
 void CCountedCIG::DecCount(int n)
 {
-    mCount = std::max(mCount - n, 0);
+    mCount = static_cast<int>(std::clamp<int64_t>(int64_t{mCount} - n, 0, tLimits::max()));
 }

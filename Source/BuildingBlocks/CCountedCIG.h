@@ -17,7 +17,8 @@ public:
     static std::unique_ptr<CCountedCIG> ForStatistics(CCompositeGeometry* element);
 
     int GetCount() const { return mCount; }
-    void IncCount(int n) { mCount += n; }
+    /// Raises the count, as far as 32 bits reach: stock files may claim anything.
+    void IncCount(int n);
     /// Lowers the count, but not below 0.
     void DecCount(int n);
 

@@ -6,6 +6,7 @@
 #include "Elements/Utilities/UCountedElementVectorOperations.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementVectorOperations.h"
+#include "Stock/CStock.h"
 
 #include <boost/foreach.hpp>
 
@@ -127,6 +128,16 @@ void UElementStatistics::GetModelScaleTrackStatistics(const tElements& elements,
             ++histogram[element->GetModelScale()];
         }
     }
+}
+
+void UElementStatistics::GetRequiredElementStatistics(tList& list, const CStock* stock)
+{
+    BOOST_FOREACH(CCountedCIG* entry, list) {
+        if (const CCountedCIG* const owned = stock->FindElement(entry->GetRailSetName(), entry->GetName())) {
+            entry->DecCount(owned->GetCount());
+        }
+    }
+    UCountedElementVectorOperations::ClearZeroCountElements(list);
 }
 
 void UElementStatistics::GetRemainingStockStatistics(const tList& used, tList& stock)

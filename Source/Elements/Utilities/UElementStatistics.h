@@ -8,6 +8,7 @@
 
 class CCompositeGeometry;
 class CCountedCIG;
+class CStock;
 
 /// How many elements of each kind. Generic elements belong to no library.
 struct tWSStatRec {
@@ -54,6 +55,9 @@ public:
     static void GetItemTypeStatistics(const tElements& elements, tWSStatRec& record);
     /// Adds the track elements of each model scale to the histogram.
     static void GetModelScaleTrackStatistics(const tElements& elements, tScaleHistogram& histogram);
+    /// Lowers each count by what the stock holds of the article, of that library and number; entries with nothing left
+    /// to buy are destroyed and removed, the others keep their order.
+    static void GetRequiredElementStatistics(tList& list, const CStock* stock);
     /// Replaces `stock` by new entries with what remains of it after `used` is taken out, matched by name; used-up
     /// entries are left out. The old entries stay whoever's they were.
     static void GetRemainingStockStatistics(const tList& used, tList& stock);

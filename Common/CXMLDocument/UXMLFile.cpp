@@ -1,0 +1,156 @@
+#include "CXMLDocument/UXMLFile.h"
+
+#include "Platform/Streams.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+namespace {
+/// Everything is kept, so that what was read can be written back; text beside the root element, to be refused.
+constexpr unsigned kParseFlags = pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_declaration |
+                                 pugi::parse_doctype | pugi::parse_fragment;
+constexpr char kIndentation[] = "\t";
+constexpr std::string_view kBlanks = " \t\r\n";
+
+bool IsUtf8(const std::string& bytes)
+{
+    const CFStringRef string =
+        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
+                                static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8, false);
+    if (string == nullptr) {
+        return false;
+    }
+    CFRelease(string);
+    return true;
+}
+
+bool HasTooManyMarks(const std::string& bytes)
+{
+    const auto isMark = [](char c) { return c == '<' || c == '='; };
+    return static_cast<size_t>(std::count_if(bytes.begin(), bytes.end(), isMark)) > UXMLFile::kMostMarks;
+}
+
+/// What the parser lets pass: bytes that are not the encoding's.
+bool IsWellEncoded(const std::string& bytes, pugi::xml_encoding encoding)
+{
+    if (encoding == pugi::encoding_utf8) {
+        return bytes.find('\0') == std::string::npos && IsUtf8(bytes);
+    }
+    return encoding != pugi::encoding_latin1 || bytes.find('\0') == std::string::npos;
+}
+
+/// What the parser lets pass: several root elements, or none, and text beside them.
+bool HasOneRoot(const pugi::xml_document& document)
+{
+    int elements = 0;
+    for (const pugi::xml_node node : document) {
+        if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) {
+            return false;
+        }
+        elements += node.type() == pugi::node_element ? 1 : 0;
+    }
+    return elements == 1;
+}
+
+class CDepthGuard : public pugi::xml_tree_walker {
+public:
+    bool for_each(pugi::xml_node&) override { return depth() < UXMLFile::kDeepest; }
+};
+
+/// An escaped text as it comes back from the parser unchanged: other parsers and ours would make a line feed of a
+/// carriage return and nothing of blanks alone, and control characters are no characters of XML at all.
+std::string ReferencesFor(const std::string& text)
+{
+    const bool isBlank = text.find_first_not_of(kBlanks) == std::string::npos;
+    std::string result;
+    for (const char c : text) {
+        const bool isControl = c >= 0 && c < ' ' && c != '\t' && c != '\n';
+        if (isControl || (isBlank && result.empty())) {
+            result += "&#" + std::to_string(static_cast<int>(c)) + ";";
+        } else {
+            result += c;
+        }
+    }
+    return result;
+}
+
+pugi::xml_node Append(pugi::xml_node parent, const tXMLNode& node)
+{
+    switch (node.type) {
+    case eXMLNodeType::kElement:
+        return parent.append_child(node.text.c_str());
+    case eXMLNodeType::kProcessingInstruction: {
+        pugi::xml_node declaration = parent.append_child(pugi::node_declaration);
+        declaration.set_name(node.text.c_str());
+        declaration.append_attribute("version") = "1.0";
+        return declaration;
+    }
+    case eXMLNodeType::kText: {
+        pugi::xml_node text = parent.append_child(pugi::node_pcdata);
+        text.set_value(ReferencesFor(node.text).c_str());
+        return text;
+    }
+    case eXMLNodeType::kDocument:
+        break;
+    }
+    return parent;
+}
+} // namespace
+
+bool UXMLFile::ReadBytes(const std::string& path, std::string& bytes)
+{
+    const Platform::CInputFile file(path);
+    if (file.Get() == nullptr) {
+        return false;
+    }
+    bytes.clear();
+    char block[16384];
+    while (bytes.size() <= kMostBytes) {
+        const size_t count = fread(block, 1, std::min(sizeof block, kMostBytes + 1 - bytes.size()), file.Get());
+        if (count == 0) {
+            break;
+        }
+        bytes.append(block, count);
+    }
+    return ferror(file.Get()) == 0;
+}
+
+std::unique_ptr<pugi::xml_document> UXMLFile::Parse(const std::string& bytes)
+{
+    if (bytes.size() > kMostBytes || HasTooManyMarks(bytes)) {
+        return nullptr;
+    }
+    auto document = std::make_unique<pugi::xml_document>();
+    const pugi::xml_parse_result result = document->load_buffer(bytes.data(), bytes.size(), kParseFlags);
+    CDepthGuard guard;
+    if (!result || !IsWellEncoded(bytes, result.encoding) || !HasOneRoot(*document) || !document->traverse(guard)) {
+        return nullptr;
+    }
+    return document;
+}
+
+void UXMLFile::Write(const pugi::xml_document& document, FILE* file)
+{
+    pugi::xml_writer_file writer(file);
+    document.save(writer, kIndentation, pugi::format_default, pugi::encoding_utf8);
+}
+
+void UXMLFile::Write(const tXMLTree& tree, FILE* file)
+{
+    pugi::xml_document document;
+    std::vector<std::pair<const tXMLTree*, pugi::xml_node>> pending = {{&tree, document}};
+    while (!pending.empty()) {
+        const auto [parent, node] = pending.back();
+        pending.pop_back();
+        // A node's children are appended all at once, so that the order of the pending nodes does not matter.
+        for (const tXMLTree* const child : parent->children) {
+            pending.emplace_back(child, Append(node, *child->node));
+        }
+    }
+    pugi::xml_writer_file writer(file);
+    document.save(writer, kIndentation, pugi::format_indent | pugi::format_no_escapes, pugi::encoding_utf8);
+}

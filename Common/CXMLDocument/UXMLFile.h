@@ -1,0 +1,43 @@
+// From the bytes of an XML file to its nodes and back; the only place that knows the XML library's parser and writer.
+#pragma once
+
+#include "CXMLDocument/XMLTree.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace pugi {
+class xml_document;
+}
+
+/// Reads and writes XML files. Nothing outside the file is ever read: document type declarations are passed over,
+/// entities that they define stay as they are written.
+class UXMLFile {
+public:
+    UXMLFile() = delete;
+
+    // Far above any stock (four levels, eight marks and some 150 bytes an article), yet low enough that the nodes of
+    // the worst file need no more than about 200 MB.
+
+    /// Bytes of a file.
+    static constexpr size_t kMostBytes = size_t{16} << 20;
+    /// Characters "<" and "=": no file has more tags and attributes than of these.
+    static constexpr size_t kMostMarks = 320000;
+    /// Elements within each other.
+    static constexpr int kDeepest = 64;
+
+    /// Reads a file, up to one byte more than Parse takes. @return false when it cannot be opened or read
+    static bool ReadBytes(const std::string& path, std::string& bytes);
+
+    /// The file's nodes; texts of white space alone are left out, except at the level of the document.
+    /// @return null for what is not one element with comments and the like around it, for malformed UTF-8, and beyond
+    ///         the limits. UTF-16, UTF-32 and Latin-1 are told by their byte order mark or declaration.
+    static std::unique_ptr<pugi::xml_document> Parse(const std::string& bytes);
+
+    /// Both write UTF-8, an element a line. Failures show in the stream's error state.
+    static void Write(const pugi::xml_document& document, FILE* file);
+    /// @param tree  a document; its texts are written as they are, already escaped
+    static void Write(const tXMLTree& tree, FILE* file);
+};

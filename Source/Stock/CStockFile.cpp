@@ -1,0 +1,122 @@
+// CStock: the file.
+#include "BuildingBlocks/CCountedCIG.h"
+#include "CXMLDocument/CXMLDocument.h"
+#include "CXMLDocument/CXMLLeafNodes.h"
+#include "CXMLDocument/UXML.h"
+#include "CheckError/CErr.h"
+#include "CheckError/ULog.h"
+#include "Stock/CStock.h"
+#include "TrackLibraries/CRailsetFolder.h"
+
+#include <boost/foreach.hpp>
+
+#include <memory>
+
+namespace {
+constexpr char kRoot[] = "Velmora_Stock";
+constexpr char kItem[] = "StockItem";
+constexpr char kProductNumber[] = "ProductNr";
+constexpr char kLibrary[] = "Railset";
+constexpr char kCount[] = "Count";
+
+constexpr char kLoadFunction[] = "bool CStock::LoadFromFile(const char *)";
+/// Bytes for an escaped name: a library's 127 characters may each need the six of an entity. Longer texts, of which the
+/// file may hold any, are cut and name nothing then.
+constexpr int kValueSize = 1024;
+
+/// The plain text of the element with that key below an item. @return false where it is missing or empty
+bool ReadName(const CXMLTreeNode* item, const char* key, std::string& name)
+{
+    char value[kValueSize] = "";
+    if (!UXML::GetValueAsStringForElementChildNode(item, key, value, sizeof value)) {
+        return false;
+    }
+    name = UXML::Unescape(value);
+    return !name.empty();
+}
+
+/// A new element below a node that is known by itself, not by its key: an article may be named like an element.
+CXMLElementNode* AddElementNode(CXMLDocument& document, CXMLNode* parent, const char* name)
+{
+    CXMLElementNode* const element = UXML::CreateCXMLElementNodeForParentNode(&document, parent, name);
+    CErr::CheckNull(element, "bool CStock::SaveToFile(const char *)", "Failed to create CXMLElementNode instance");
+    return element;
+}
+
+/// A new element with a text. An empty text leaves the element empty.
+void AddValue(CXMLDocument& document, CXMLNode* parent, const char* name, std::unique_ptr<CXMLTextNode> text)
+{
+    CXMLNode* const element = AddElementNode(document, parent, name);
+    if (document.AddNode(element, text.get())) {
+        (void)text.release();
+    }
+}
+} // namespace
+
+bool CStock::LoadFromFile(const char* path)
+{
+    ClearStock();
+    if (path == nullptr || *path == '\0') {
+        return false;
+    }
+    CXMLDocument document;
+    document.Read(path);
+    const auto* const root = dynamic_cast<const CXMLTreeNode*>(document.GetNodeByKey(kRoot));
+    CXMLTreeNode::tNodes children;
+    if (root == nullptr || root->GetChildren(children) == 0) {
+        return false;
+    }
+    BOOST_FOREACH(const CXMLNode* child, children) {
+        const auto* const item = dynamic_cast<const CXMLTreeNode*>(child);
+        if (item == nullptr || !item->VerifyKey(kItem)) {
+            ULog::Warn("%s: Invalid stock file format. (Invalid node type under '%s' node)", kLoadFunction, kRoot);
+            return false;
+        }
+        if (!LoadItem(item)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CStock::LoadItem(const CXMLTreeNode* item)
+{
+    std::string productNumber;
+    if (!ReadName(item, kProductNumber, productNumber)) {
+        ULog::Warn("%s: Invalid stock file format. (Stock item is missing '%s' node)", kLoadFunction, kProductNumber);
+        return false;
+    }
+    std::string libraryName;
+    if (!ReadName(item, kLibrary, libraryName)) {
+        ULog::Warn("%s: Invalid stock file format. (Stock item is missing '%s' node)", kLoadFunction, kLibrary);
+        return false;
+    }
+    const int count = UXML::GetValueAsIntegerForElementChildNode(item, kCount);
+    if (!CRailsetFolder::Instance()->ContainsRailset(libraryName)) {
+        ULog::Info("%s: Skipping element due to unknown library \"%s\"", kLoadFunction, libraryName.c_str());
+        return true;
+    }
+    std::unique_ptr<CCountedCIG> element(CreateCountedCIG(libraryName.c_str(), productNumber.c_str(), count));
+    if (element && AddElement(element.get()) == 1) {
+        (void)element.release();
+    }
+    return true;
+}
+
+bool CStock::SaveToFile(const char* path) const
+{
+    CXMLDocument document;
+    CXMLElementNode* const root = AddElementNode(document, document.GetNodeByKey(CXMLDocument::kRootID), kRoot);
+    BOOST_FOREACH(const auto& entry, mItems) {
+        const CCountedCIG* const element = entry.second;
+        CErr::CheckNull(element, "bool CStock::SaveToFile(const char *)",
+                        "Failed to retrieve stock element from iterator");
+        CXMLElementNode* const item = AddElementNode(document, root, kItem);
+        AddValue(document, item, kProductNumber,
+                 std::make_unique<CXMLTextNode>(element->GetName(), kCFStringEncodingMacRoman));
+        AddValue(document, item, kLibrary,
+                 std::make_unique<CXMLTextNode>(element->GetRailSetName(), kCFStringEncodingMacRoman));
+        AddValue(document, item, kCount, std::make_unique<CXMLTextNode>(element->GetCount()));
+    }
+    return document.Write(path);
+}

@@ -1,0 +1,281 @@
+#include "CXMLDocument/CXMLDocument.h"
+#include "CXMLDocument/CXMLLeafNodes.h"
+#include "CXMLDocument/UXML.h"
+#include "CXMLDocument/UXMLFile.h"
+#include "Source/Stock/TestFiles.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using testing::ElementsAre;
+using testing::ExitedWithCode;
+
+namespace {
+constexpr CFStringEncoding kRoman = kCFStringEncodingMacRoman;
+constexpr CFStringEncoding kUtf8 = kCFStringEncodingUTF8;
+
+std::string Value(const CXMLLeafNode& node, int size = 256)
+{
+    std::string buffer(static_cast<size_t>(size), '#');
+    node.GetValueAsString(buffer.data(), size);
+    return buffer.c_str();
+}
+
+std::string Written(const CXMLDocument& document)
+{
+    const std::string path = TestPath("written.xml");
+    EXPECT_TRUE(document.Write(path.c_str()));
+    return BytesOfFile(path);
+}
+
+/// The nodes below a node in words: "name(children)" for elements, "'text'" for texts.
+std::string Outline(const CXMLTreeNode* node)
+{
+    std::string result;
+    CXMLTreeNode::tNodes children;
+    node->GetChildren(children);
+    for (CXMLNode* child : children) {
+        char key[256];
+        const std::string text = child->GetKey(key, sizeof key);
+        const auto* const tree = dynamic_cast<CXMLTreeNode*>(child);
+        result += result.empty() ? "" : " ";
+        result += tree != nullptr ? text + "(" + Outline(tree) + ")" : "'" + text + "'";
+    }
+    return result;
+}
+
+std::string Outline(const CXMLDocument& document)
+{
+    return Outline(static_cast<CXMLTreeNode*>(document.GetNodeByKey(CXMLDocument::kRootID)));
+}
+
+/// Outline of a new document that has read these bytes. Every one begins with the declaration.
+std::string OutlineOf(const std::string& bytes)
+{
+    CXMLDocument document;
+    document.Read(WriteTestFile("read.xml", bytes).c_str());
+    return Outline(document);
+}
+
+std::string Repeated(const std::string& text, size_t count)
+{
+    std::string result;
+    for (size_t i = 0; i < count; ++i) {
+        result += text;
+    }
+    return result;
+}
+} // namespace
+
+TEST(CXMLNode, TextsAreEscapedOnceAndNumbersHaveTheirDecimals)
+{
+    const CXMLTextNode text("a<b & 'c' > \"d\"", kRoman);
+    EXPECT_EQ(Value(text), "a&lt;b &amp; &apos;c&apos; &gt; \"d\"");
+    EXPECT_EQ(UXML::Unescape(Value(text).c_str()), "a<b & 'c' > \"d\"");
+    EXPECT_EQ(UXML::Unescape("&amp;lt; &amp;amp; &amp &quot; &"), "&lt; &amp; &amp &quot; &");
+    const std::string marks(1000, '\'');
+    EXPECT_EQ(UXML::Unescape(Value(CXMLTextNode(marks.c_str(), kRoman), 8000).c_str()), marks);
+
+    EXPECT_EQ(Value(CXMLTextNode(42)), "42");
+    EXPECT_EQ(Value(CXMLTextNode(-2147483647 - 1)), "-2147483648");
+    EXPECT_EQ(Value(CXMLTextNode(3.14159265)), "3.14159");
+    EXPECT_EQ(Value(CXMLTextNode(3.14159265, 2)), "3.14");
+    EXPECT_EQ(Value(CXMLTextNode(1e308, 1000), 1000).size(), 309u + 1 + 100) << "decimals are bounded";
+
+    EXPECT_EQ(CXMLTextNode("12 pieces", kRoman).GetValueAsInteger(), 12);
+    EXPECT_EQ(CXMLTextNode("pieces", kRoman).GetValueAsInteger(), 0);
+    EXPECT_EQ(CXMLTextNode("", kRoman).GetValueAsInteger(), 0);
+    EXPECT_EQ(CXMLTextNode("99999999999999999999", kRoman).GetValueAsInteger(), 2147483647);
+    EXPECT_EQ(CXMLTextNode("-2.5mm", kRoman).GetValueAsDouble(), -2.5);
+    EXPECT_EQ(CXMLTextNode("", kRoman).GetValueAsDouble(), 0.0);
+    EXPECT_EQ(CXMLProcInstNode().GetValueAsInteger(), 0);
+    EXPECT_EQ(Value(CXMLProcInstNode(), 1)[0], '#') << "the declaration writes no value";
+}
+
+TEST(CXMLNode, KeysAreMacOSRoman)
+{
+    const CXMLElementNode roman("Gr\x9A\xA7"
+                                "e",
+                                kRoman);
+    const CXMLElementNode utf8("Gr\xC3\xB6\xC3\x9F"
+                               "e",
+                               kUtf8);
+    EXPECT_TRUE(roman == utf8);
+    EXPECT_TRUE(utf8.VerifyKey("Gr\x9A\xA7"
+                               "e"));
+    EXPECT_FALSE(utf8.VerifyKey("gr\x9A\xA7"
+                                "e"));
+    EXPECT_FALSE(utf8.VerifyKey(nullptr));
+    EXPECT_FALSE(roman == CXMLElementNode("Gr", kRoman));
+    EXPECT_EQ(CFStringCompare(utf8.GetKey(), roman.GetKey(), 0), kCFCompareEqualTo);
+    EXPECT_EQ(CFStringGetLength(utf8.GetKey()), 5);
+
+    char key[5];
+    EXPECT_STREQ(utf8.GetKey(key, sizeof key), "Gr\x9A\xA7") << "cut";
+    EXPECT_EQ(Value(CXMLTextNode("a\xE6\x97\xA5\xF0\x9F\x9A\x82z", kUtf8)), "a??z") << "outside the character set";
+    EXPECT_TRUE(CXMLElementNode(std::string(300, 'n').c_str(), kUtf8).VerifyKey(std::string(255, 'n').c_str()));
+    EXPECT_EXIT(CXMLTextNode("\xFF", kUtf8), ExitedWithCode(0), "CFStringCreateWithCString\\(\\) failed");
+}
+
+TEST(CXMLDocument, NodesAreAddedByParentAndByKey)
+{
+    CXMLDocument document;
+    EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n");
+    auto* const list =
+        UXML::CreateCXMLElementNodeForParentNode(&document, document.GetNodeByKey(CXMLDocument::kRootID), "list");
+    auto* const first = UXML::CreateCXMLElementNodeForParentNode(&document, list, "item");
+    EXPECT_TRUE(document.AddNode("item", new CXMLTextNode("list", kRoman))); // as a text, the key of another node
+    auto* const second = new CXMLElementNode("item", kRoman);
+    EXPECT_FALSE(document.AddNode("list", second)) << "two nodes have that key";
+    EXPECT_FALSE(document.AddNode("List", second)) << "no node has that key";
+    EXPECT_TRUE(document.AddNode(list, second));
+    CXMLTextNode empty("", kRoman);
+    EXPECT_FALSE(document.AddNode(second, &empty));
+    EXPECT_EQ(UXML::CreateCXMLElementNodeForParentNode(&document, second, ""), nullptr);
+
+    EXPECT_EQ(document.GetNodeByKey("list"), list) << "the one added first";
+    EXPECT_EQ(document.GetNodeByKey("lis"), nullptr);
+    std::vector<CXMLNode*> nodes = {list};
+    document.GetNodesWithKey("item", nodes);
+    EXPECT_THAT(nodes, ElementsAre(list, first, second));
+    EXPECT_EQ(list->GetChildren(nodes), 2);
+    EXPECT_THAT(nodes, ElementsAre(first, second));
+    EXPECT_EQ(list->GetChildForKey("item"), first);
+    EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n<list>\n\t<item>list</item>\n\t<item />\n</list>\n");
+
+    CXMLTextNode text("text", kRoman);
+    EXPECT_EXIT(document.AddNode(&text, list), ExitedWithCode(0), "Parent node not a CXMLTreeNode");
+    document.DeleteTree();
+    EXPECT_EQ(document.GetNodeByKey("list"), nullptr);
+    EXPECT_FALSE(document.Write(TestPath("deleted.xml").c_str()));
+}
+
+TEST(CXMLDocument, ManyLevelsAreDestroyedWithoutRecursion)
+{
+    CXMLDocument document;
+    CXMLNode* parent = document.GetNodeByKey(CXMLDocument::kRootID);
+    for (int i = 0; i < 300000; ++i) {
+        auto* const child = new CXMLElementNode("a", kRoman);
+        ASSERT_TRUE(document.AddNode(parent, child));
+        parent = child;
+    }
+}
+
+TEST(CXMLDocument, ReadingTakesElementsAndTextsInOrder)
+{
+    EXPECT_EQ(OutlineOf("<?xml version=\"1.0\"?>\n<!-- c --><a>\n  <b x='1'>one &amp; two</b>\t<!-- <c/> --><d/> "
+                        "text <![CDATA[left out]]><?left out?><b> </b>\n</a>\n<!-- end -->\n"),
+              "'xml' a(b('one &amp; two') d() ' text ' b())")
+        << "comments and texts of white space alone are dropped";
+    EXPECT_EQ(OutlineOf("<a>&lt;&gt;&apos;&quot;&#x41;\r\n\xC3\xA4</a>"), "'xml' a('&lt;&gt;&apos;\"A\n\x8A')");
+    EXPECT_EQ(OutlineOf("\xEF\xBB\xBF<a>\xC3\xA4</a>"), "'xml' a('\x8A')");
+    EXPECT_EQ(OutlineOf("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>\xE4</a>"), "'xml' a('\x8A')");
+    EXPECT_EQ(OutlineOf(std::string("\xFF\xFE<\0a\0>\0\xE4\0<\0/\0a\0>\0", 18)), "'xml' a('\x8A')");
+    EXPECT_EQ(OutlineOf("<a><b>" + std::string(1023, 'x') + "</b><c>" + std::string(1024, 'x') + "</c></a>"),
+              "'xml' a(b('" + std::string(255, 'x') + "') c())")
+        << "longer texts are left out";
+
+    CXMLDocument document;
+    const std::string path = WriteTestFile("b\xC3\xA4um.xml", "<a><!-- c --><b x=\"&lt;\">1 &amp; 2</b></a>");
+    document.Read(TestPath("b\x8Aum.xml").c_str());
+    EXPECT_EQ(Outline(document), "'xml' a(b('1 &amp; 2'))") << "a path in Mac OS Roman";
+    EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n<a>\n\t<!-- c -->\n\t<b x=\"&lt;\">1 &amp; 2</b>\n</a>\n")
+        << "what nodes do not stand for is written back as well";
+    FSRef reference;
+    ASSERT_EQ(Platform::MakeReference(path, reference), noErr);
+    document.Read(reference);
+    const std::unique_ptr<const void, void (*)(CFTypeRef)> url(
+        CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
+                                                static_cast<CFIndex>(path.size()), false),
+        &CFRelease);
+    document.Read(static_cast<CFURLRef>(url.get()));
+    EXPECT_EQ(Outline(document), "'xml' a(b('1 &amp; 2')) a(b('1 &amp; 2')) a(b('1 &amp; 2'))");
+    EXPECT_TRUE(document.Write(static_cast<CFURLRef>(url.get())));
+    EXPECT_EQ(BytesOfFile(path), Written(document));
+}
+
+TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
+{
+    const std::string deep = Repeated("<a>", UXMLFile::kDeepest);
+    const std::string deepEnd = Repeated("</a>", UXMLFile::kDeepest);
+    EXPECT_NE(OutlineOf(deep + deepEnd), "'xml'") << "the limit itself";
+    const std::pair<const char*, std::string> cases[] = {
+        {"empty", ""},
+        {"white space", " \n"},
+        {"no XML", std::string("RSet\0\0\0\2", 8)},
+        {"JSON", "{\"a\": [1, \"<b/>\"]}"},
+        {"no element", "<?xml version=\"1.0\"?><!-- c -->"},
+        {"two roots", "<a/><b/>"},
+        {"text in front", "x<a/>"},
+        {"text behind", "<a/>x"},
+        {"crossed tags", "<a><b></a></b>"},
+        {"other case", "<a></A>"},
+        {"not UTF-8", "<a>\xE4</a>"},
+        {"not UTF-8 in a comment", "<a><!-- \xC0\x80 --></a>"},
+        {"a zero byte", std::string("<a>x\0</a>", 9) + "<a/>"},
+        {"one level too deep", "<a>" + deep + deepEnd + "</a>"},
+        {"deep", Repeated("<a>", 150000) + Repeated("</a>", 150000)},
+        {"deep and unclosed", Repeated("<a>", 300000)},
+        {"many elements", "<a>" + Repeated("<b/>", UXMLFile::kMostMarks) + "</a>"},
+        {"many attributes", "<a " + Repeated("b='' ", UXMLFile::kMostMarks) + "/>"},
+        {"large", "<a><!--" + std::string(UXMLFile::kMostBytes, ' ') + "--></a>"},
+    };
+    for (const auto& [what, bytes] : cases) {
+        SCOPED_TRACE(what);
+        CXMLDocument document;
+        UXML::CreateCXMLElementNodeForParentNode(&document, document.GetNodeByKey(CXMLDocument::kRootID), "kept");
+        document.Read(WriteTestFile("read.xml", bytes).c_str());
+        EXPECT_EQ(Outline(document), "'xml' kept()") << "the nodes stay";
+        const std::string target = WriteTestFile("target.xml", "old");
+        EXPECT_FALSE(document.Write(target.c_str()));
+        EXPECT_EQ(BytesOfFile(target), "old");
+    }
+    CXMLDocument document;
+    document.Read(TestPath("no such file").c_str());
+    document.Read(TestPath("").c_str()); // a folder opens, but cannot be read
+    EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n") << "still as it was";
+}
+
+TEST(CXMLDocument, EntitiesAndDeclarationsOfTypesAreNotFollowed)
+{
+    const std::string secret = WriteTestFile("secret.txt", "SECRET");
+    std::string bomb = "<!DOCTYPE a [<!ENTITY e0 \"ha\">";
+    for (int i = 1; i < 40; ++i) {
+        const std::string last = "&e" + std::to_string(i - 1) + ";";
+        bomb += "<!ENTITY e" + std::to_string(i) + " \"" + Repeated(last, 10) + "\">";
+    }
+    EXPECT_EQ(OutlineOf(bomb + "]><a>&e39;</a>"), "'xml' a('&amp;e39;')");
+    EXPECT_EQ(OutlineOf("<!DOCTYPE a [<!ENTITY x SYSTEM \"file://" + secret + "\">]><a>&x;</a>"), "'xml' a('&amp;x;')");
+    EXPECT_EQ(OutlineOf("<!DOCTYPE a SYSTEM \"" + secret + "\"><a>&#0;</a>"), "'xml' a()");
+    EXPECT_EQ(OutlineOf("<a><b>&#xD83D;</b><b>&#x110000;</b><b>&#xFFFFFFFFFF;</b><b>&#xE4;</b></a>"),
+              "'xml' a(b() b() b() b('\x8A'))")
+        << "references to what is no character";
+}
+
+TEST(UXML, ValuesOfElements)
+{
+    CXMLDocument document;
+    document.Read(WriteTestFile("values.xml", "<v>nr<nr>12 and more</nr><size>-2.5</size><nr>7</nr><none/>"
+                                              "<late><b/>5</late></v>")
+                      .c_str());
+    const auto* const values = static_cast<CXMLTreeNode*>(document.GetNodeByKey("v"));
+    char buffer[8] = "old";
+    EXPECT_FALSE(UXML::GetValueAsStringForElementChildNode(values, "nr", buffer, sizeof buffer))
+        << "the first node with that key is a text";
+    EXPECT_TRUE(UXML::GetValueAsStringForElementChildNode(values, "size", buffer, sizeof buffer));
+    EXPECT_STREQ(buffer, "-2.5");
+    EXPECT_EQ(UXML::GetValueAsDoubleForElementChildNode(values, "size"), -2.5);
+    EXPECT_EQ(UXML::GetValueAsIntegerForElementChildNode(values, "size"), -2);
+    std::vector<CXMLNode*> numbers;
+    document.GetNodesWithKey("nr", numbers);
+    ASSERT_EQ(numbers.size(), 3u);
+    EXPECT_EQ(UXML::GetValueAsIntegerFromTextChildNode(static_cast<CXMLElementNode*>(numbers[1])), 12);
+    for (const char* key : {"none", "late", "missing"}) {
+        EXPECT_FALSE(UXML::GetValueAsStringForElementChildNode(values, key, buffer, sizeof buffer)) << key;
+        EXPECT_EQ(UXML::GetValueAsIntegerForElementChildNode(values, key), 0) << key;
+        EXPECT_EQ(UXML::GetValueAsDoubleForElementChildNode(values, key), 0.0) << key;
+    }
+    EXPECT_STREQ(buffer, "-2.5") << "left alone";
+}
