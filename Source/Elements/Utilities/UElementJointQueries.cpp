@@ -26,9 +26,9 @@ tJoints AllJoints(CCompositeGeometry* element)
 template <typename tPrecedes>
 CJoint* FindOutermost(const tJoints& joints, tPrecedes precedes)
 {
-    CJoint* outermost = joints.empty() ? nullptr : joints.front();
+    CJoint* outermost = nullptr;
     BOOST_FOREACH(CJoint* joint, joints) {
-        if (precedes(joint->GetPosition().x, outermost->GetPosition().x)) {
+        if (outermost == nullptr || precedes(joint->GetPosition().x, outermost->GetPosition().x)) {
             outermost = joint;
         }
     }

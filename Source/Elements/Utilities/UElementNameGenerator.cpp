@@ -11,8 +11,6 @@
 #include "Preferences/CVLPreferences.h"
 #include "UnitLength/UUnits.h"
 
-
-
 namespace {
 constexpr size_t kNameSize = 256;
 constexpr char kPrefixSeparator = '-';
@@ -37,8 +35,7 @@ tComponent* FetchFirst(const CCompositeGeometry* element, const char* warning)
 
 void NameCircle(char* name, int unit, const CCompositeGeometry* element)
 {
-    const COvalBIG* circle =
-        FetchFirst<COvalBIG>(element, "Sorry, the given item doesn't contain a circle component");
+    const COvalBIG* circle = FetchFirst<COvalBIG>(element, "Sorry, the given item doesn't contain a circle component");
     if (circle != nullptr) {
         LocalizationStub::ResStrSprintf(name, "kLocStrIdx_GenericCircleName", UnitText(unit),
                                         UUnits::MM2Unit(unit, circle->GetRadX()));
@@ -47,8 +44,7 @@ void NameCircle(char* name, int unit, const CCompositeGeometry* element)
 
 void NameRectangle(char* name, int unit, const CCompositeGeometry* element)
 {
-    const CPolyBIG* poly =
-        FetchFirst<CPolyBIG>(element, "Sorry, the given item doesn't contain a polygon component");
+    const CPolyBIG* poly = FetchFirst<CPolyBIG>(element, "Sorry, the given item doesn't contain a polygon component");
     if (poly != nullptr) {
         const CPoint corner = poly->GetPoint(kOppositeCorner);
         LocalizationStub::ResStrSprintf(name, "kLocStrIdx_GenericRectName", UnitText(unit),

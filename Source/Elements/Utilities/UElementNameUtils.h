@@ -7,6 +7,7 @@
 class CCompositeGeometry;
 class CLayout;
 
+/// Places the labels of elements.
 class UElementNameUtils {
 public:
     UElementNameUtils() = delete;

@@ -335,11 +335,11 @@ bool UElementSelection::IsSelectionContiguous(const tElements& elements)
 bool UElementSelection::IsTrackDirectlyConnectedToAnyElementInSelection(CCompositeGeometry* element,
                                                                         const tElementSet& selection)
 {
-    constexpr char kFunction[] = "static bool UElementSelection::IsTrackDirectlyConnectedToAnyElementInSelection("
-                                 "CCompositeGeometry *, set<CCompositeGeometry *> &)";
+    static constexpr char kFunction[] =
+        "static bool UElementSelection::IsTrackDirectlyConnectedToAnyElementInSelection("
+        "CCompositeGeometry *, set<CCompositeGeometry *> &)";
     std::vector<CJoint*> joints;
     UElementJointQueries::GetConnectedJoints(element, joints);
-    return std::any_of(joints.begin(), joints.end(), [&selection](const CJoint* joint) {
-        return LeadsInto(joint, selection, kFunction);
-    });
+    return std::any_of(joints.begin(), joints.end(),
+                       [&selection](const CJoint* joint) { return LeadsInto(joint, selection, kFunction); });
 }
