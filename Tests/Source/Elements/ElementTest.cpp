@@ -1,0 +1,348 @@
+#include "Elements/Utilities/UElementVectorOperations.h"
+#include "Layers/CLayer.h"
+#include "Layers/CLayerNameResolver.h"
+#include "Source/Elements/Elements.h"
+
+#include <cstring>
+
+using testing::ElementsAre;
+
+namespace {
+/// Knows one layer; what was installed before comes back afterwards.
+class COneLayer : public CLayerNameResolver {
+public:
+    COneLayer() { CLayer::ConfigureLayerNameResolver(this); }
+    ~COneLayer() override { CLayer::ConfigureLayerNameResolver(mBefore); }
+    CLayer* GetLayer(const char* name) override { return strcmp(name, mLayer.GetName()) == 0 ? &mLayer : nullptr; }
+
+    CLayer mLayer{"Upper level"};
+
+private:
+    CLayerNameResolver* mBefore = CLayer::GetLayerNameResolver();
+};
+
+/// A component of a kind that no document knows.
+class CStrangeBIG : public CStraightBIG {
+public:
+    int GetType() const override { return 77; }
+    void* GetParameterAsRaw(void* destination) override
+    {
+        void* end = CStraightBIG::GetParameterAsRaw(destination);
+        const int type = GetType();
+        memcpy(destination, &type, sizeof type);
+        return end;
+    }
+};
+
+tBytes RawOf(CCompositeGeometry& element)
+{
+    tBytes bytes(static_cast<size_t>(element.GetParameterRawSize()));
+    EXPECT_EQ(element.GetParameterAsRaw(bytes.data()), bytes.data() + bytes.size());
+    return bytes;
+}
+
+template <typename tValue>
+tValue At(const tBytes& bytes, size_t offset)
+{
+    tValue value;
+    memcpy(&value, bytes.data() + offset, sizeof value);
+    return value;
+}
+
+/// An element with a value of its own in every field.
+tElement FullElement(CLayer* layer)
+{
+    tElement element = NewElement(kCurveType, "A100", "Alpha");
+    element->SetDescription("Curve 22.5");
+    element->SetManufacturer("Maker");
+    element->SetPrefix("P");
+    tLibraryItemAttributes& library = element->GetLibraryItemAttributes();
+    library.libraryNumber = 11;
+    library.price = -12;
+    library.currency = 13;
+    library.modelScale = 14;
+    library.libraryFlag = true;
+    tLayoutItemAttributes& layout = element->GetLayoutItemAttributes();
+    layout.fillColor = {1, 2, 3};
+    layout.secondColor = {4, 5, 6};
+    layout.displayFlag = false;
+    layout.fillMode = false;
+    layout.selected = true;
+    layout.zOrder = -15;
+    layout.position = {1.25, 2.25, 3.25};
+    layout.secondReferencePoint = {4.25, 5.25, 6.25};
+    layout.angle = 33.5;
+    layout.grade = CGradeVector({1, 2, 0}, {100, 50, 0}, 7.5);
+    layout.layer = layer;
+    return element;
+}
+} // namespace
+
+TEST(Element, RawRecordFieldByField)
+{
+    COneLayer resolver;
+    const tElement element = FullElement(&resolver.mLayer);
+    const tBytes raw = RawOf(*element);
+    ASSERT_EQ(raw.size(), 422u + 40 + 4 + 80);
+    const auto text = [&raw](size_t offset) { return reinterpret_cast<const char*>(raw.data() + offset); };
+    EXPECT_STREQ(text(0), "A100");
+    EXPECT_STREQ(text(32), "Curve 22.5");
+    EXPECT_STREQ(text(96), "Maker");
+    EXPECT_STREQ(text(128), "Alpha");
+    EXPECT_STREQ(text(256), "P");
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(At<int>(raw, 264 + 4 * static_cast<size_t>(i)), (i == 1 ? -1 : 1) * (11 + i));
+    }
+    EXPECT_EQ(tBytes(raw.begin() + 280, raw.begin() + 284), (tBytes{1, 0, 0, 0})) << "the filler is always 0";
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(At<double>(raw, 284 + 8 * static_cast<size_t>(i)), 1.25 + i);
+        EXPECT_EQ(At<uint16_t>(raw, 344 + 2 * static_cast<size_t>(i)), 1 + i);
+    }
+    EXPECT_EQ(At<int>(raw, 332), -15);
+    EXPECT_EQ(At<double>(raw, 336), 33.5);
+    EXPECT_EQ(raw[356], 0);
+    EXPECT_EQ(raw[357], 0);
+    EXPECT_STREQ(text(358), "Upper level");
+    const double grade[] = {1, 2, 100, 50, 7.5};
+    EXPECT_EQ(memcmp(raw.data() + 422, grade, sizeof grade), 0);
+    EXPECT_EQ(At<int>(raw, 462), 1);
+    EXPECT_EQ(At<int>(raw, 466), 2) << "the curve's type code";
+
+    tBytes memory = raw;
+    CCompositeGeometry copy(static_cast<void*>(memory.data()));
+    EXPECT_EQ(RawOf(copy), raw);
+    EXPECT_EQ(copy.GetLayer(), &resolver.mLayer);
+    EXPECT_NE(copy.GetUniqueID(), element->GetUniqueID());
+    EXPECT_FALSE(copy.IsSelected());
+    memset(memory.data() + 358, 'x', 64); // a name without end, of no layer
+    EXPECT_EQ(CCompositeGeometry(static_cast<void*>(memory.data())).GetLayer(), nullptr);
+    CCompositeGeometry bare;
+    EXPECT_EQ(RawOf(bare)[358], 0);
+    EXPECT_EQ(RawOf(bare).size(), 466u);
+}
+
+TEST(Element, VectorsTravelThroughRawMemory)
+{
+    COneLayer resolver;
+    std::vector<tElement> elements;
+    elements.push_back(std::make_unique<CCompositeGeometry>());
+    for (const int type : kAllTypes) {
+        elements.back()->AppendBIG(NewComponent(type));
+    }
+    elements.push_back(FullElement(&resolver.mLayer));
+    elements.push_back(std::make_unique<CCompositeGeometry>());
+    for (const size_t count : {size_t{3}, size_t{0}}) {
+        std::vector<CCompositeGeometry*> sources = Pointers(elements);
+        sources.resize(count);
+        unsigned long size = 0;
+        const std::unique_ptr<unsigned char[]> block(UElementVectorOperations::ElementVectorToRawMem(sources, size));
+        EXPECT_EQ(At<int>({block.get(), block.get() + 4}, 0), static_cast<int>(count));
+        EXPECT_TRUE(count > 0 || size == 4);
+        std::vector<CCompositeGeometry*> copies = {elements[2].get()};
+        EXPECT_TRUE(UElementVectorOperations::ElementVectorFromRawMem(copies, block.get()));
+        ASSERT_EQ(copies.size(), 1 + count) << "appended";
+        copies.erase(copies.begin());
+        unsigned long sizeAgain = 0;
+        const std::unique_ptr<unsigned char[]> again(
+            UElementVectorOperations::ElementVectorToRawMem(copies, sizeAgain));
+        ASSERT_EQ(sizeAgain, size);
+        EXPECT_EQ(memcmp(again.get(), block.get(), size), 0);
+        for (CCompositeGeometry* copy : copies) {
+            for (CBasicGeometry* component : copy->GetComponents()) {
+                EXPECT_TRUE(component->GetJoint(0)->IsActive() && component->GetJoint(1)->IsActive());
+            }
+        }
+        UElementVectorOperations::DeleteItemVector(copies);
+    }
+}
+
+TEST(Element, UnknownComponentsEndACopyAndAPaste)
+{
+    CReports reports;
+    CCompositeGeometry element;
+    element.SetName("A100");
+    element.AppendBIG(NewComponent(kStraightType));
+    element.AppendBIG(new CStrangeBIG);
+    element.AppendBIG(NewComponent(kCurveType));
+    CCompositeGeometry copy(&element);
+    EXPECT_THAT(TakeWarnings(reports), ElementsAre("CCompositeGeometry::CCompositeGeometry(CCompositeGeometry *): "
+                                                   "Constructor failed to create element: Unknown type 77 requested"));
+    EXPECT_EQ(copy.GetNumberOfComponents(), 1u);
+    EXPECT_STREQ(copy.GetName(), "-") << "no attributes either";
+    tBytes raw = RawOf(element);
+    CCompositeGeometry pasted(static_cast<void*>(raw.data()));
+    EXPECT_THAT(TakeWarnings(reports),
+                ElementsAre("CCompositeGeometry::CCompositeGeometry(void *): Copy/Paste operation failed due to an "
+                            "unknown component type (0x004D)."));
+    EXPECT_EQ(pasted.GetNumberOfComponents(), 1u);
+    EXPECT_STREQ(pasted.GetName(), "A100");
+}
+
+TEST(Element, CopiesEverythingButTheID)
+{
+    COneLayer resolver;
+    const tElement element = FullElement(&resolver.mLayer);
+    const uint32_t next = CCompositeGeometry::sNextUniqueID;
+    CCompositeGeometry copy(element.get());
+    EXPECT_EQ(copy.GetUniqueID(), next);
+    EXPECT_EQ(CCompositeGeometry().GetUniqueID(), next + 1) << "each construction uses up one";
+    EXPECT_EQ(RawOf(copy), RawOf(*element));
+    EXPECT_TRUE(copy.IsSelected());
+    copy.Unselect();
+    EXPECT_FALSE(CCompositeGeometry(&copy).IsSelected());
+    EXPECT_TRUE(copy.Equals(element.get()));
+    copy.SetPosition(99, 99);
+    copy.SetDescription("other");
+    EXPECT_TRUE(copy.Equals(element.get()));
+    copy.SetRailSetName("Beta");
+    EXPECT_FALSE(copy.Equals(element.get()));
+    copy.SetRailSetName("Alpha");
+    copy.SetName("a100");
+    EXPECT_FALSE(copy.Equals(element.get()));
+
+    const CCompositeGeometry fresh;
+    EXPECT_EQ(fresh.GetZOrder(), static_cast<int>(fresh.GetUniqueID()));
+    EXPECT_STREQ(fresh.GetName(), "-");
+    EXPECT_STREQ(fresh.GetPrefix(), "");
+    EXPECT_EQ(fresh.GetCurrency(), 129);
+    EXPECT_EQ(fresh.GetModelScale(), 16);
+    EXPECT_TRUE(fresh.GetFillMode());
+}
+
+TEST(Element, ComponentsComeAndGo)
+{
+    CCompositeGeometry element;
+    std::vector<CBasicGeometry*> all;
+    for (int i = 0; i < 500; ++i) {
+        all.push_back(NewComponent(kAllTypes[i % 6]));
+        all.back()->SetMidRailFlag(i == 0 ? 3 : 0);
+        element.AppendBIG(all.back());
+        EXPECT_EQ(all.back()->GetMidRailFlag(), 3) << "all share that of the first";
+    }
+    const std::unique_ptr<CBasicGeometry> tooMany(NewComponent(kStraightType));
+    element.AppendBIG(tooMany.get());
+    EXPECT_EQ(element.GetNumberOfComponents(), 500u);
+    EXPECT_EQ(tooMany->GetMidRailFlag(), -5) << "not touched";
+    EXPECT_EQ(tooMany->GetJoint(0)->GetOwner(), nullptr);
+    EXPECT_EQ(element.GetBIGAtIndex(-1), nullptr);
+    EXPECT_EQ(element.GetBIGAtIndex(500), nullptr);
+    EXPECT_EQ(element.GetBIGAtIndex(499), all[499]);
+    EXPECT_EQ(element.GetIndexOfBIG(all[7]), 7);
+    EXPECT_EQ(element.GetIndexOfBIG(tooMany.get()), -1);
+    EXPECT_EQ(element.GetNumberOfTrackBIGs(), 84 + 84 + 83);
+
+    element.DeleteBIG(500);
+    element.DeleteBIG(-1);
+    EXPECT_EQ(element.GetNumberOfComponents(), 500u);
+    element.DeleteBIG(0);
+    const std::unique_ptr<CBasicGeometry> first(all[0]); // the caller's now
+    EXPECT_EQ(first->GetJoint(1)->GetOwner(), nullptr);
+    EXPECT_EQ(element.GetFirstTrackBIG(), all[1]);
+    CBasicGeometry* fresh = NewComponent(kOvalType);
+    element.ReplaceBIG(2, fresh);
+    const std::unique_ptr<CBasicGeometry> replaced(all[3]);
+    EXPECT_EQ(replaced->GetJoint(0)->GetOwner(), nullptr);
+    EXPECT_EQ(element.GetBIGAtIndex(2), fresh);
+    EXPECT_EQ(element.GetBIGAtIndex(3), all[4]);
+    EXPECT_EQ(fresh->GetJoint(0)->GetOwner(), &element);
+    EXPECT_EQ(element.GetNumberOfComponents(), 499u);
+
+    EXPECT_EXIT(element.AppendBIG(nullptr), testing::ExitedWithCode(0),
+                "void CCompositeGeometry::AppendBIG.CBasicGeometry (.|\n)*No CBasicGeometry object specified");
+}
+
+TEST(Element, OwnsItsJointsHoweverItGotThem)
+{
+    CReports reports;
+    CCompositeGeometry appended;
+    for (const int type : kAllTypes) {
+        appended.AppendBIG(NewComponent(type));
+    }
+    CCompositeGeometry copied(&appended);
+    tBytes raw = RawOf(appended);
+    CCompositeGeometry pasted(static_cast<void*>(raw.data()));
+    CCompositeGeometry loaded;
+    const tFile file = NewFile();
+    appended.Save(file.get());
+    rewind(file.get());
+    std::string error;
+    ASSERT_TRUE(loaded.Load(file.get(), error));
+    for (CCompositeGeometry* element : {&appended, &copied, &pasted, &loaded}) {
+        ASSERT_EQ(element->GetNumberOfComponents(), 6u);
+        for (CBasicGeometry* component : element->GetComponents()) {
+            EXPECT_EQ(component->GetJoint(0)->GetOwner(), element);
+            EXPECT_EQ(component->GetJoint(1)->GetOwner(), element);
+        }
+    }
+    // Allowed are joint 0 of the straight, joint 1 of the curve, both of the flexible track.
+    std::vector<CJoint*> joints;
+    const auto joint = [&appended](short component, int i) { return appended.GetBIGAtIndex(component)->GetJoint(i); };
+    appended.GetJoints(joints, false, true);
+    EXPECT_THAT(joints, ElementsAre(joint(0, 0), joint(1, 1), joint(5, 0), joint(5, 1)));
+    CJoint partner;
+    joint(1, 1)->ConnectToJoint(&partner);
+    appended.GetJoints(joints, false, false);
+    EXPECT_THAT(joints, ElementsAre(joint(0, 0), joint(5, 0), joint(5, 1)));
+    appended.GetJoints(joints, true, false);
+    EXPECT_EQ(joints.size(), 4u);
+    appended.GetBIGAtIndex(1)->DisableJoint(1);
+    appended.GetJoints(joints, true, false);
+    EXPECT_EQ(joints.size(), 3u) << "a disabled joint is never listed";
+}
+
+TEST(Element, AttributesOfAllComponents)
+{
+    CCompositeGeometry element;
+    EXPECT_EQ(element.GetMidRailFlag(), 0);
+    EXPECT_EQ(element.GetLineThickness(), 0);
+    EXPECT_EQ(element.GetTrackLength(), 0.0);
+    EXPECT_EQ(element.GetFirstTrackBIG(), nullptr);
+    element.AppendBIG(NewComponent(kStraightType));
+    element.AppendBIG(NewComponent(kPolyType));
+    element.AppendBIG(NewComponent(kOvalType));
+    EXPECT_EQ(element.GetLineThickness(), 4) << "the first above 0";
+    element.SetLineThickness(-2);
+    EXPECT_EQ(element.GetLineThickness(), -2) << "none is: the last one read";
+    EXPECT_EQ(element.GetBIGAtIndex(0)->GetLineThickness(), 0);
+    element.SetMidRailFlag(9);
+    EXPECT_EQ(element.GetMidRailFlag(), 9);
+    EXPECT_EQ(element.GetBIGAtIndex(2)->GetMidRailFlag(), 9);
+    element.AppendBIG(NewComponent(kCurveType));
+    EXPECT_NEAR(element.GetTrackLength(), 200.5 + 437.5 * 22.5 * M_PI / 180.0, 1e-9) << "the gauge does not count";
+
+    element.GetLayoutItemAttributes().fillColor = {1, 2, 3};
+    element.SetFillMode(true);
+    EXPECT_EQ(element.GetFillColor().green, 2);
+    element.SetFillMode(false);
+    element.SetFillMode(true);
+    EXPECT_EQ(element.GetFillColor().red, 0xFF00);
+    EXPECT_EQ(element.GetFillColor().green, 0xFF00);
+    EXPECT_EQ(element.GetFillColor().blue, 0xFF00);
+    element.MoveBy(3, 4);
+    element.SetZPosition(5);
+    element.SetPosition(element.GetPosition().x + 1, element.GetPosition().y + 1);
+    EXPECT_EQ(element.GetPosition().CalcDistance(4, 5, 5), 0.0);
+}
+
+TEST(Element, TextsAreCutToTheirFields)
+{
+    const std::string text(300, 'x');
+    CCompositeGeometry element;
+    element.SetName(text.c_str());
+    element.SetDescription(text.c_str());
+    element.SetManufacturer(text.c_str());
+    element.SetRailSetName(text.c_str());
+    element.SetPrefix(text.c_str());
+    element.SetName(nullptr);
+    element.SetPrefix(nullptr);
+    EXPECT_EQ(element.GetName(), text.substr(0, 31));
+    EXPECT_EQ(element.GetDescription(), text.substr(0, 63));
+    EXPECT_EQ(element.GetManufacturer(), text.substr(0, 31));
+    EXPECT_EQ(element.GetRailSetName(), text.substr(0, 127));
+    EXPECT_EQ(element.GetPrefix(), text.substr(0, 7));
+    EXPECT_EQ(element.GetPrice(), 0) << "no field runs into the next";
+    for (const char* name : {"", "-", "X", "AB"}) {
+        element.SetRailSetName(name);
+        EXPECT_EQ(element.HasRailSetName(), strlen(name) > 1) << name;
+    }
+}

@@ -1,0 +1,314 @@
+#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
+#include "Platform/Fonts.h"
+#include "Source/Geometry/Shapes.h"
+#include "Utilities/Geometry/CCalcBoundingBox.h"
+#include "Utilities/Geometry/UBezier.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+/// A line given by its points for parameters from 0 to 1.
+using tLine = std::function<CPoint(double)>;
+
+/// The largest value near `middle`, where the value rises and then falls.
+double Peak(const std::function<double(double)>& value, double low, double high)
+{
+    for (int i = 0; i < 80; ++i) {
+        const double a = low + (high - low) * 0.382;
+        const double b = low + (high - low) * 0.618;
+        (value(a) < value(b) ? low : high) = value(a) < value(b) ? a : b;
+    }
+    return value((low + high) / 2.0);
+}
+
+/// The smallest box around lines: dense samples, and around each that could be the outermost the true extreme.
+DRect BoxOf(const std::vector<tLine>& lines, int samples)
+{
+    double farthest[4] = {-INFINITY, -INFINITY, -INFINITY, -INFINITY}; // left, right, top, bottom
+    const auto along = [](const CPoint& p, int side) { return side < 2 ? p.x : p.y; };
+    std::vector<CPoint> points(static_cast<size_t>(samples) + 1);
+    for (const tLine& line : lines) {
+        for (int i = 0; i <= samples; ++i) {
+            points[static_cast<size_t>(i)] = line(static_cast<double>(i) / samples);
+        }
+        for (int side = 0; side < 4; ++side) {
+            const double sign = side % 2 == 0 ? -1.0 : 1.0;
+            const auto value = [&](int i) { return sign * along(points[static_cast<size_t>(i)], side); };
+            for (int i = 0; i <= samples; ++i) {
+                const double here = value(i);
+                const double before = value(std::max(i - 1, 0));
+                const double after = value(std::min(i + 1, samples));
+                farthest[side] = std::max(farthest[side], here);
+                const double step = std::max(std::fabs(here - before), std::fabs(here - after));
+                if (here >= before && here >= after && here + 2.0 * step > farthest[side]) {
+                    const double peak = Peak([&](double t) { return sign * along(line(t), side); },
+                                             static_cast<double>(std::max(i - 1, 0)) / samples,
+                                             static_cast<double>(std::min(i + 1, samples)) / samples);
+                    farthest[side] = std::max(farthest[side], peak);
+                }
+            }
+        }
+    }
+    return {-farthest[2], -farthest[0], farthest[3], farthest[1]};
+}
+
+void ExpectSameBox(const DRect& box, const DRect& outline)
+{
+    EXPECT_NEAR(box.left, outline.left, kTolerance);
+    EXPECT_NEAR(box.top, outline.top, kTolerance);
+    EXPECT_NEAR(box.right, outline.right, kTolerance);
+    EXPECT_NEAR(box.bottom, outline.bottom, kTolerance);
+}
+
+/// A box as it is before the first point counts: no value in it may survive.
+DRect BoxOf(CBasicGeometry& component, double angle)
+{
+    DRect box = {-1e9, -1e9, 1e9, 1e9};
+    component.CalcBoundingBox(box, angle);
+    return box;
+}
+
+tLine Between(const CPoint& a, const CPoint& b)
+{
+    return [a, b](double t) { return a + (b - a) * t; };
+}
+
+/// Both edges of a band along a straight line.
+void AddBand(std::vector<tLine>& lines, const CPoint& a, const CPoint& b, double halfWidth)
+{
+    const double length = a.CalcDistance2D(b);
+    const CPoint across = length > 0.0 ? CPoint(a.y - b.y, b.x - a.x, 0.0) * (halfWidth / length) : CPoint();
+    lines.push_back(Between(a + across, b + across));
+    lines.push_back(Between(a - across, b - across));
+}
+
+/// Points of a polygon as they lie in an element: turned about the middle of their own box, then moved.
+std::vector<CPoint> Placed(const CPolyBIG& poly, double angle, double x, double y)
+{
+    std::vector<CPoint> points = poly.GetPoints();
+    const auto byX = std::minmax_element(points.begin(), points.end(), [](auto& a, auto& b) { return a.x < b.x; });
+    const auto byY = std::minmax_element(points.begin(), points.end(), [](auto& a, auto& b) { return a.y < b.y; });
+    const CPoint middle((byX.first->x + byX.second->x) / 2.0, (byY.first->y + byY.second->y) / 2.0, 0.0);
+    for (CPoint& point : points) {
+        point = Turned(point, middle, angle) + CPoint(x, y, 0.0);
+    }
+    return points;
+}
+
+/// An edge of the track along one piece of curve, from repeated division of its controls.
+tLine Offset(const tBezierSegment& s, double distance)
+{
+    return [s, distance](double t) {
+        const auto mix = [t](tVector2D a, tVector2D b) {
+            return tVector2D{a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t};
+        };
+        const tVector2D a = mix(mix(s.p0, s.p1), mix(s.p1, s.p2));
+        const tVector2D b = mix(mix(s.p1, s.p2), mix(s.p2, s.p3));
+        const tVector2D point = mix(a, b);
+        const double length = std::hypot(b.x - a.x, b.y - a.y);
+        return CPoint(point.x - (b.y - a.y) / length * distance, point.y + (b.x - a.x) / length * distance, 0.0);
+    };
+}
+} // namespace
+
+TEST(Box, OfAStraightIsThatOfItsTrackbed)
+{
+    CRandom random(1);
+    for (int i = 0; i < 500; ++i) {
+        SCOPED_TRACE(i);
+        const auto straight = RandomComponent(random, kStraightType);
+        const double angle = random.Between(-720, 720);
+        const double length = static_cast<CStraightBIG&>(*straight).GetLength();
+        const double left = straight->GetItemXOffset();
+        const double y = straight->GetItemYOffset() + straight->GetGauge();
+        const CPoint middle(left + length / 2.0, y, 0.0);
+        const double turned = straight->GetAngle() + angle;
+        std::vector<tLine> lines;
+        AddBand(lines, Turned({left, y, 0}, middle, turned), Turned({left + length, y, 0}, middle, turned),
+                straight->GetTrackbedWidth() / 2.0);
+        ExpectSameBox(BoxOf(*straight, angle), BoxOf(lines, 1));
+        std::vector<CPoint> corners;
+        straight->DefineTrackItemOutline(angle, straight->GetTrackbedWidth() / 2.0, corners);
+        ASSERT_EQ(corners.size(), 4u);
+        DRect box = {};
+        CCalcBoundingBox grow(box);
+        for (const CPoint& corner : corners) {
+            grow.Update(corner);
+        }
+        ExpectSameBox(BoxOf(*straight, angle), box);
+    }
+}
+
+TEST(Box, OfACurveStartsAtItsOffsetAndIsThatOfItsTrackbed)
+{
+    CRandom random(2);
+    for (int i = 0; i < 300; ++i) {
+        SCOPED_TRACE(i);
+        CCurveBIG curve;
+        // Right angles, half and whole turns are where a box formula breaks first.
+        static constexpr double kRound[] = {0, 30, 90, 180, 270, 360, 450, -90, -180, -360};
+        const double arc = random.Coin() ? kRound[random.Below(10)] : random.Between(-800, 800);
+        const double angle = random.Coin() ? kRound[random.Below(10)] : random.Between(-800, 800);
+        const double radius = random.Below(4) == 0 ? random.Between(0, 20) : random.Between(20, 2000);
+        curve.SpecifyCurveGeometry(random.Between(-500, 500), random.Between(-500, 500), radius, arc,
+                                   random.Between(-360, 360), random.Between(0, 45), random.Between(0, 80), true, true);
+        curve.DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, CBasicGeometry::kPlaceForTrackMarks);
+        const double middle = (radius + curve.GetGauge()) * (arc < 0 ? -1.0 : 1.0);
+        const double start = curve.GetAngle() + angle;
+        // From joint 0 the circle's centre lies on the side to which the track turns.
+        const CPoint first = curve.GetJoint(0)->GetLocalPoint();
+        const double toCentre = (start + 90.0) * M_PI / 180.0;
+        const CPoint centre = first + CPoint(std::cos(toCentre), std::sin(toCentre), 0.0) * middle;
+        std::vector<tLine> edges;
+        for (const double distance : {-0.5, 0.0, 0.5}) {
+            edges.push_back([=, width = curve.GetTrackbedWidth()](double t) {
+                const double heading = (start + arc * t) * M_PI / 180.0;
+                return centre + CPoint(std::sin(heading), -std::cos(heading), 0.0) * (middle + distance * width);
+            });
+        }
+        const DRect box = BoxOf(curve, angle);
+        ExpectSameBox(box, BoxOf(edges, 4000));
+        EXPECT_NEAR(box.left, curve.GetItemXOffset(), kTolerance);
+        EXPECT_NEAR(box.top, curve.GetItemYOffset(), kTolerance);
+        ExpectSamePlace(curve.GetJoint(1)->GetLocalPoint(), edges[1](1.0));
+    }
+}
+
+TEST(Box, OfAPolygonIsThatOfItsEdges)
+{
+    CRandom random(3);
+    for (int i = 0; i < 500; ++i) {
+        SCOPED_TRACE(i);
+        const auto component = RandomComponent(random, kPolyType);
+        CPolyBIG& poly = static_cast<CPolyBIG&>(*component);
+        if (i % 5 == 0) {
+            std::vector<CPoint> repeated = poly.GetPoints();
+            repeated.push_back(repeated.back());
+            poly.SetPoints(repeated);
+        }
+        const double angle = random.Between(-720, 720);
+        const auto points = Placed(poly, poly.GetAngle() + angle, poly.GetItemXOffset(), poly.GetItemYOffset());
+        std::vector<tLine> lines;
+        for (size_t k = 0; k + (poly.GetPolyCloseFlag() ? 0 : 1) < points.size(); ++k) {
+            AddBand(lines, points[k], points[(k + 1) % points.size()], poly.GetTrackbedWidth() / 2.0);
+        }
+        lines.push_back(Between(points[0], points[0])); // a polygon of one point is a box without size
+        ExpectSameBox(BoxOf(poly, angle), BoxOf(lines, 1));
+    }
+    CPolyBIG empty;
+    empty.SetItemXOffset(3);
+    empty.SetItemYOffset(4);
+    ExpectSameBox(BoxOf(empty, 30), {4, 3, 4, 3});
+}
+
+TEST(Box, OfAFlexibleTrackIsThatOfItsTrackbedHoweverTight)
+{
+    CRandom random(4);
+    for (int i = 0; i < 400; ++i) {
+        SCOPED_TRACE(i);
+        const double reach = std::pow(10.0, random.Between(0.5, 3.0)); // down to bends far tighter than the trackbed
+        const double width = random.Between(0, 60);
+        CFlexTrackBIG flex;
+        flex.SpecifyFlexGeometry(random.Between(-100, 100), random.Between(-100, 100),
+                                 random.Points(2 + random.Below(6), reach), random.Between(-360, 360), width, 800);
+        const double angle = random.Between(-720, 720);
+        const auto points = Placed(flex, flex.GetAngle() + angle, flex.GetItemXOffset(), flex.GetItemYOffset());
+        std::vector<tLine> edges;
+        UBezier::ForEachSegment(points, [&](const tBezierSegment& segment) {
+            edges.push_back(Offset(segment, width / 2.0));
+            edges.push_back(Offset(segment, -width / 2.0));
+        });
+        ExpectSameBox(BoxOf(flex, angle), BoxOf(edges, 2000));
+    }
+}
+
+TEST(Box, OfAFlexibleTrackKnowsOfAHairpinsNarrowPeak)
+{
+    CFlexTrackBIG flex;
+    flex.SpecifyFlexGeometry(0, 0,
+                             {{-0.7848, 2.9393, 0},
+                              {-0.9273, 2.0914, 0},
+                              {-0.6687, 1.9892, 0},
+                              {-1.4961, -3.2178, 0},
+                              {0.8797, -0.6785, 0},
+                              {-2.4627, -3.27, 0}},
+                             0, 40, 500);
+    std::vector<tLine> edges;
+    UBezier::ForEachSegment(Placed(flex, 10, 0, 0), [&edges](const tBezierSegment& segment) {
+        edges.push_back(Offset(segment, 20));
+        edges.push_back(Offset(segment, -20));
+    });
+    ExpectSameBox(BoxOf(flex, 10), BoxOf(edges, 20000));
+}
+
+TEST(Box, OfACircleStandsOnItsOffset)
+{
+    COvalBIG circle;
+    circle.SpecifyOvalGeometry(10, 20, 5, 1);
+    ExpectSameBox(BoxOf(circle, 77), {20, 10, 30, 20});
+    circle.Scale(2, false);
+    ExpectSameBox(BoxOf(circle, 0), {20, 10, 40, 30});
+    ExpectSamePlace(circle.GetRotationReferencePoint(45), CPoint(20, 30, 0));
+    circle.Scale(0.5, true);
+    ExpectSameBox(BoxOf(circle, 0), {10, 5, 20, 15});
+}
+
+TEST(Box, OfATextStartsAtTheOriginAndTurnsAboutIt)
+{
+    CTextBIG text;
+    text.SpecifyTextGeometry("Gr\xC3\xBC\xC3\x9F"
+                             "e",
+                             "DejaVu Sans", 24);
+    text.MoveItemBy(100, 200);
+    double width = 0.0;
+    double height = 0.0;
+    ASSERT_TRUE(Platform::MeasureText("DejaVu Sans", 24,
+                                      "Gr\xC3\xBC\xC3\x9F"
+                                      "e",
+                                      width, height));
+    ASSERT_GT(width, 24);
+    ExpectSameBox(BoxOf(text, 0), {0, 0, height, width});
+    ExpectSameBox(BoxOf(text, 90), {0, -height, width, 0});
+    const double diagonal = std::sqrt(0.5);
+    ExpectSameBox(BoxOf(text, 45), {0, -height * diagonal, (width + height) * diagonal, width * diagonal});
+    text.SetText("Gr\x9F\xA7"
+                 "e"); // no UTF-8, so Mac OS Roman
+    ExpectSameBox(BoxOf(text, 0), {0, 0, height, width});
+}
+
+TEST(Box, OfAnElementHoldsItsComponents)
+{
+    CCompositeGeometry element;
+    DRect box = {1, 2, 3, 4};
+    element.CalcBoundingBox(box);
+    ExpectSameBox(box, {1, 2, 3, 4}); // nothing is known of an element without components
+    COvalBIG* circle = new COvalBIG;
+    circle->SpecifyOvalGeometry(-30, 50, 10, 1);
+    element.AppendBIG(circle);
+    CPolyBIG* line = new CPolyBIG;
+    line->SpecifyPolyGeometry(0, 0, {{0, 0, 0}, {100, 10, 0}}, 0, 1, 1);
+    element.AppendBIG(line);
+    element.SetPosition(1000, 2000);
+    const CPoint moved = element.AlignComponentsLeftTop(&box);
+    ExpectSameBox(box, {0, -30, 70, 100});
+    ExpectSamePlace(moved, CPoint(30, 0, 0));
+    element.CalcBoundingBox(box);
+    ExpectSameBox(box, {0, 0, 70, 130});
+    EXPECT_EQ(element.GetPosition().x, 1000);
+
+    CPoint centre(0, 0, 7);
+    circle->GetCenter(centre, 30);
+    ExpectSamePlace(centre, CPoint(10, 60, 7));
+    CStraightBIG straight;
+    straight.SpecifyStraightGeometry(5, 6, 100, 30, 9, 20, true, true);
+    straight.SetCenter(70, 80);
+    straight.GetCenter(centre, 0);
+    ExpectSamePlace(centre, CPoint(70, 80, 7));
+    straight.SetJointPos(1, -11, 12.5);
+    straight.DefineJoints(CPoint::ZeroPos, 0, CGradeVector::ZeroGrade, CBasicGeometry::kPlaceForConnection);
+    double x = 0.0;
+    double y = 0.0;
+    straight.GetJointPos(1, x, y);
+    ExpectSamePlace(CPoint(x, y, 0), CPoint(-11, 12.5, 0));
+}

@@ -1,0 +1,408 @@
+#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
+#include "BuildingBlocks/UGrades.h"
+#include "Elements/Utilities/UElementVectorOperations.h"
+#include "Source/Geometry/Shapes.h"
+#include "Utilities/Geometry/UBezier.h"
+#include "Utilities/Geometry/UPointVec.h"
+
+#include <array>
+
+namespace {
+using tElement = std::unique_ptr<CCompositeGeometry>;
+
+tElement Curve(double radius, double arc, double angle, double gauge, double trackbed)
+{
+    auto curve = std::make_unique<CCurveBIG>();
+    curve->SpecifyCurveGeometry(0, 0, radius, arc, angle, gauge, trackbed, true, true);
+    auto element = std::make_unique<CCompositeGeometry>();
+    element->AppendBIG(curve.release());
+    return element;
+}
+
+/// Turns and moves the element so that its joint lies on another element's and faces it.
+void Join(CCompositeGeometry& element, int joint, const CJoint& other)
+{
+    element.DefineAllJoints();
+    element.RotateBy(other.GetAngle() + 180.0 - element.GetBIGAtIndex(0)->GetJoint(joint)->GetAngle());
+    element.AlignComponentJointOnPoint(0, joint, other.GetPosition());
+}
+
+/// Points that are fixed to an element, in layout coordinates: whatever moves it must move them all alike.
+std::vector<CPoint> FixedPoints(CCompositeGeometry& element)
+{
+    std::vector<CPoint> points;
+    const CPoint& position = element.GetPosition();
+    for (CBasicGeometry* component : element.GetComponents()) {
+        component->DefineJoints(position, element.GetAngle(), CGradeVector::ZeroGrade,
+                                CBasicGeometry::kPlaceForConnection);
+        std::vector<CPoint> shape;
+        if (component->GetType() == kOvalType) {
+            shape.push_back(component->GetRotationReferencePoint(element.GetAngle()));
+        } else if (IsPolygonType(component->GetType())) {
+            static_cast<CPolyBIG*>(component)->CalculateRotatedPointPositions(shape, component->GetAngle() +
+                                                                                         element.GetAngle());
+            for (CPoint& point : shape) {
+                point.MoveBy(component->GetItemXOffset(), component->GetItemYOffset(), 0.0);
+            }
+        } else {
+            component->DefineTrackItemOutline(element.GetAngle(), 10.0, shape);
+        }
+        for (CPoint& point : shape) {
+            points.emplace_back(point.x + position.x, point.y + position.y, 0.0);
+        }
+        if (IsTrackType(component->GetType())) {
+            for (int i = 0; i < 2; ++i) {
+                CPoint joint = component->GetJoint(i)->GetPosition();
+                joint.z = 0.0;
+                points.push_back(joint);
+            }
+        }
+    }
+    return points;
+}
+
+std::vector<double> JointAngles(const CCompositeGeometry& element)
+{
+    std::vector<double> angles;
+    for (CBasicGeometry* component : element.GetComponents()) {
+        angles.push_back(component->GetJoint(0)->GetAngle());
+        angles.push_back(component->GetJoint(1)->GetAngle());
+    }
+    return angles;
+}
+} // namespace
+
+TEST(Moves, CurvesJoinedEndToEndCloseACircle)
+{
+    const struct {
+        double arc, radius, gauge, trackbed, start;
+    } cases[] = {{30, 360, 16.5, 32, 0},     {30, 437.5, 16.5, 40, 17.3}, {30, 100, 0, 0, -211},
+                 {15, 545.6, 9, 20, 400},    {22.5, 195, 6.5, 12, 45},    {24, 826.4, 45, 90, 133.7},
+                 {7.5, 1200, 32, 60, 5},     {45, 286, 12, 25, 90},       {120, 60, 1, 200, 1},
+                 {180, 250, 9, 18, 270},     {360, 250, 9, 18, 77},       {1, 5000, 16.5, 32, 3},
+                 {-30, 360, 16.5, 32, 12.5}, {-90, 100, 9, 20, 0}};
+    for (const auto& c : cases) {
+        for (const bool backwards : {false, true}) {
+            SCOPED_TRACE(testing::Message()
+                         << c.arc << " degrees from " << c.start << (backwards ? ", backwards" : ""));
+            const int entry = backwards ? 1 : 0;
+            std::vector<tElement> ring;
+            const int count = static_cast<int>(std::lround(360.0 / std::fabs(c.arc)));
+            for (int i = 0; i < count; ++i) {
+                ring.push_back(Curve(c.radius, c.arc, 0, c.gauge, c.trackbed));
+                if (i == 0) {
+                    ring[0]->SetPosition(1234.5, -678.9);
+                    ring[0]->RotateBy(c.start);
+                } else {
+                    const CJoint& end = *ring[static_cast<size_t>(i) - 1]->GetBIGAtIndex(0)->GetJoint(1 - entry);
+                    Join(*ring.back(), entry, end);
+                    const CJoint& begin = *ring.back()->GetBIGAtIndex(0)->GetJoint(entry);
+                    ExpectSamePlace(begin.GetPosition(), end.GetPosition());
+                    EXPECT_TRUE(begin.AppropriateAngleForConnection(end));
+                }
+            }
+            const CJoint& begin = *ring.front()->GetBIGAtIndex(0)->GetJoint(entry);
+            const CJoint& end = *ring.back()->GetBIGAtIndex(0)->GetJoint(1 - entry);
+            ExpectSamePlace(end.GetPosition(), begin.GetPosition());
+            EXPECT_TRUE(begin.AppropriateAngleForConnection(end));
+            EXPECT_TRUE(end.AppropriateAngleForConnection(begin));
+
+            CPoint centre;
+            for (const tElement& element : ring) {
+                centre = centre + element->GetBIGAtIndex(0)->GetJoint(0)->GetPosition() * (1.0 / count);
+            }
+            for (const tElement& element : ring) {
+                if (count > 1) {
+                    EXPECT_NEAR(element->GetBIGAtIndex(0)->GetJoint(0)->GetPosition().CalcDistance2D(centre),
+                                c.radius + c.gauge, kTolerance)
+                        << "the gauge adds to the radius";
+                }
+            }
+        }
+    }
+}
+
+TEST(Moves, AJointFacesTheWayIntoItsTrack)
+{
+    CRandom random(11);
+    for (int i = 0; i < 300; ++i) {
+        SCOPED_TRACE(i);
+        static constexpr int kTypes[] = {kStraightType, kCurveType, kFlexTrackType};
+        const auto track = RandomComponent(random, kTypes[i % 3]);
+        const double angle = random.Between(-720, 720);
+        const CPoint origin = random.Point(1000);
+        const auto place = [&](int mode) { track->DefineJoints(origin, angle, CGradeVector::ZeroGrade, mode); };
+        place(CBasicGeometry::kPlaceForConnection);
+        // The centre line, and how much its direction may turn between two of its points.
+        std::vector<CPoint> line;
+        double turn = kTolerance;
+        if (track->GetType() == kFlexTrackType) {
+            const CFlexTrackBIG& flex = static_cast<CFlexTrackBIG&>(*track);
+            UBezier::ForEachSegment(flex.GetPoints(), [&line](const tBezierSegment& segment) {
+                for (const double t : {0.0, 1e-7, 1.0 - 1e-7, 1.0}) {
+                    const tVector2D point = UBezier::PointAt(segment, t);
+                    line.push_back(Turned({point.x, point.y, 0}, CPoint(), 0));
+                }
+            });
+            for (CPoint& point : line) {
+                point = Turned(point, CPoint(), track->GetAngle() + angle);
+            }
+            turn = 1e-3;
+        } else {
+            track->DefineTrackItemOutline(angle, 0.0, line);
+            line.resize(line.size() / 2); // there, without the way back
+            ExpectSamePlace(line.front() + origin, track->GetJoint(0)->GetPosition());
+            ExpectSamePlace(line.back() + origin, track->GetJoint(1)->GetPosition());
+            if (track->GetType() == kCurveType) {
+                turn = std::fabs(static_cast<CCurveBIG&>(*track).GetItemArcAngle()) / (double(line.size()) - 1.0);
+            }
+        }
+        const size_t last = line.size() - 1;
+        EXPECT_LE(AngleBetween(track->GetJoint(0)->GetAngle(), DirectionFrom(line[0], line[1])), turn);
+        EXPECT_LE(AngleBetween(track->GetJoint(1)->GetAngle(), DirectionFrom(line[last], line[last - 1])), turn);
+        const CPoint chord = track->GetJoint(1)->GetPosition() - track->GetJoint(0)->GetPosition();
+        ExpectSamePlace(chord, line[last] - line[0]);
+        EXPECT_EQ(track->GetJoint(0)->GetComponentFlag(), track->GetType() != kCurveType);
+        EXPECT_TRUE(track->GetJoint(1)->GetComponentFlag());
+
+        const CPoint placed = track->GetJoint(1)->GetPosition();
+        track->MoveItemBy(5, 0);
+        place(CBasicGeometry::kPlaceForTrackMarks);
+        ExpectSamePlace(track->GetJoint(1)->GetPosition(), placed); // only the local points were asked for
+        EXPECT_NEAR(track->GetJoint(1)->GetLocalPoint().x + origin.x, placed.x + 5, kTolerance);
+        CPoint marks[4];
+        track->CalcTrackMarks(angle, marks[0], marks[1], marks[2], marks[3]);
+        for (int k = 0; k < 2; ++k) {
+            const CJoint& joint = *track->GetJoint(k);
+            ExpectSamePlace((marks[2 * k] + marks[2 * k + 1]) * 0.5, joint.GetLocalPoint());
+            EXPECT_NEAR(marks[2 * k].CalcDistance2D(marks[2 * k + 1]), track->GetTrackbedWidth(), kTolerance);
+            if (track->GetTrackbedWidth() > 1.0) {
+                EXPECT_LE(AngleBetween(DirectionFrom(marks[2 * k], marks[2 * k + 1]), joint.GetAngle() + 90.0), 1e-6);
+            }
+        }
+    }
+}
+
+TEST(Moves, OutlinesOfCurvesKeepTheirDistance)
+{
+    CRandom random(12);
+    for (int i = 0; i < 100; ++i) {
+        SCOPED_TRACE(i);
+        CCurveBIG curve;
+        const double radius = random.Between(50, 2000);
+        curve.SpecifyCurveGeometry(0, 0, radius, random.Between(-360, 360), 0, 9, random.Between(0, 40), true, true);
+        const double distance = random.Between(0, 30);
+        std::vector<CPoint> outline;
+        std::vector<CPoint> area;
+        curve.DefineTrackItemOutline(33, distance, outline);
+        curve.DefineTrackItemArea(33, distance - curve.CalcTrackMarkerWidth(), area);
+        ASSERT_EQ(area.size(), outline.size());
+        const double side = curve.GetItemArcAngle() < 0 ? -1.0 : 1.0;
+        const double toCentre = (33.0 + 90.0 * side) * M_PI / 180.0;
+        const CPoint centre = (outline.front() + outline.back()) * 0.5 +
+                              CPoint(std::cos(toCentre), std::sin(toCentre), 0.0) * (radius + 9);
+        for (size_t k = 0; k < outline.size(); ++k) {
+            ExpectSamePlace(area[k], outline[k]);
+            // The right edge there, the left edge back.
+            const double expected = radius + 9 + (k < outline.size() / 2 ? side : -side) * distance;
+            EXPECT_NEAR(outline[k].CalcDistance2D(centre), expected, kTolerance);
+            if (k > 0 && k != outline.size() / 2) {
+                EXPECT_NEAR(((outline[k - 1] + outline[k]) * 0.5).CalcDistance2D(centre), expected, 0.05);
+            }
+        }
+    }
+}
+
+TEST(Moves, TurningIsRigidAndTurningBackRestores)
+{
+    CRandom random(13);
+    for (int i = 0; i < 300; ++i) {
+        SCOPED_TRACE(i);
+        const tElement element = RandomElement(random);
+        if (random.Coin()) {
+            element->RotateBy(random.Between(-360, 360));
+        }
+        std::vector<CPoint> before = FixedPoints(*element);
+        const std::vector<double> anglesBefore = JointAngles(*element);
+        const CPoint position = element->GetPosition();
+        const double angle = random.Between(-500, 500);
+        const CPoint centre = random.Point(3000);
+        element->RotateBy(centre, angle);
+        std::vector<CPoint> after = FixedPoints(*element);
+        ASSERT_EQ(before.size(), after.size());
+        for (size_t k = 0; k < before.size(); ++k) {
+            ExpectSamePlace(after[k], Turned(before[k], centre, angle));
+        }
+        std::vector<double> anglesAfter = JointAngles(*element);
+        size_t joint = 0;
+        for (const CBasicGeometry* component : element->GetComponents()) {
+            for (int k = 0; k < 2; ++k, ++joint) {
+                if (IsTrackType(component->GetType())) {
+                    EXPECT_LE(AngleBetween(anglesAfter[joint], anglesBefore[joint] + angle), kTolerance);
+                }
+            }
+        }
+        DRect box = {};
+        element->CalcBoundingBox(box);
+        EXPECT_NEAR(box.left, 0.0, kTolerance) << "aligned again";
+        EXPECT_NEAR(box.top, 0.0, kTolerance);
+        element->RotateBy(centre, -angle);
+        ExpectSamePlace(element->GetPosition(), position);
+        after = FixedPoints(*element);
+        for (size_t k = 0; k < before.size(); ++k) {
+            ExpectSamePlace(after[k], before[k]);
+        }
+
+        element->RotateBy(angle);
+        after = FixedPoints(*element);
+        for (size_t k = 1; k < before.size(); ++k) {
+            EXPECT_NEAR(after[k].CalcDistance2D(after[0]), before[k].CalcDistance2D(before[0]), kTolerance);
+        }
+        element->RotateBy(-angle);
+        ExpectSamePlace(element->GetPosition(), position);
+        after = FixedPoints(*element);
+        for (size_t k = 0; k < before.size(); ++k) {
+            ExpectSamePlace(after[k], before[k]);
+        }
+    }
+}
+
+TEST(Moves, AnElementTurnsAboutTheMiddleOfItsBox)
+{
+    CRandom random(14);
+    for (int i = 0; i < 50; ++i) {
+        const tElement element = RandomElement(random);
+        DRect box = {};
+        element->CalcBoundingBox(box);
+        CPoint middle = UDRect::Center(box) + element->GetPosition();
+        middle.z = 0.0;
+        const std::vector<CPoint> before = FixedPoints(*element);
+        element->SetAngle(400);
+        EXPECT_EQ(element->GetAngle(), 400);
+        const std::vector<CPoint> after = FixedPoints(*element);
+        for (size_t k = 0; k < before.size(); ++k) {
+            ExpectSamePlace(after[k], Turned(before[k], middle, 40));
+        }
+    }
+}
+
+TEST(Moves, ATextTurnsWithItsElement)
+{
+    for (const bool alone : {false, true}) {
+        SCOPED_TRACE(alone);
+        CCompositeGeometry element;
+        CTextBIG* text = new CTextBIG;
+        text->MoveItemBy(50, 30);
+        element.AppendBIG(text);
+        CStraightBIG* straight = alone ? nullptr : new CStraightBIG;
+        if (straight != nullptr) {
+            straight->SpecifyStraightGeometry(0, 0, 200, 0, 9, 20, true, true);
+            element.AppendBIG(straight);
+        }
+        element.SetPosition(500, 500);
+        // Where the text begins, and a joint.
+        const auto places = [&] {
+            element.DefineAllJoints();
+            const CPoint text0(text->GetItemXOffset(), text->GetItemYOffset(), 0);
+            return std::array{text0 + element.GetPosition(),
+                              straight != nullptr ? straight->GetJoint(0)->GetPosition() : CPoint()};
+        };
+        const auto before = places();
+        const CPoint centre(100, 50, 0);
+        element.RotateBy(centre, 77);
+        for (size_t i = 0; i < (alone ? 1 : 2); ++i) {
+            ExpectSamePlace(places()[i], Turned(before[i], centre, 77));
+        }
+        element.RotateBy(centre, -77);
+        ExpectSamePlace(places()[0], before[0]);
+        ExpectSamePlace(places()[1], before[1]);
+        element.RotateBy(123);
+        EXPECT_GT(places()[0].CalcDistance(before[0]), 1.0);
+        element.RotateBy(-123);
+        ExpectSamePlace(places()[0], before[0]);
+        ExpectSamePlace(places()[1], before[1]);
+    }
+}
+
+TEST(Moves, AGradeTurnsWithItsElement)
+{
+    CRandom random(15);
+    for (int i = 0; i < 300; ++i) {
+        SCOPED_TRACE(i);
+        tElement element = RandomElement(random);
+        if (i % 2 == 0) {
+            element = Curve(random.Between(100, 900), random.Between(10, 300), 0, 9, 20);
+        }
+        CBasicGeometry* track = element->GetFirstTrackBIG();
+        if (track == nullptr) {
+            continue;
+        }
+        const double rise = random.Between(1, 60);
+        const double z = random.Between(0, 300);
+        element->SetZPosition(z);
+        element->SetGrade(UGrades::GetGradeVectorForHeightDiffBetweenJoints(element.get(), track->GetJoint(0),
+                                                                            track->GetJoint(1), rise));
+        if (element->GetGrade().GetVectorLength() < 2.0 * rise) {
+            continue; // steeper than any track
+        }
+        const auto heights = [&] {
+            std::vector<double> all;
+            std::vector<CJoint*> joints;
+            element->GetJoints(joints, true, true);
+            for (const CJoint* joint : joints) {
+                all.push_back(joint->GetPosition().z);
+            }
+            return all;
+        };
+        const std::vector<double> before = heights();
+        EXPECT_NEAR(track->GetJoint(0)->GetPosition().z, z, kTolerance);
+        EXPECT_NEAR(track->GetJoint(1)->GetPosition().z, z + rise, kTolerance);
+        element->RotateBy(random.Point(2000), random.Between(-400, 400));
+        const std::vector<double> after = heights();
+        ASSERT_EQ(before.size(), after.size());
+        for (size_t k = 0; k < before.size(); ++k) {
+            EXPECT_NEAR(after[k], before[k], kTolerance);
+        }
+        const CPoint target = random.Point(500);
+        element->AlignComponentJointOnPoint(element->GetIndexOfBIG(track), 1, target);
+        ExpectSamePlace(track->GetJoint(1)->GetPosition(), target);
+        EXPECT_NEAR(track->GetJoint(0)->GetPosition().z, target.z - rise, kTolerance);
+    }
+}
+
+TEST(Moves, VectorsOfElementsAndPoints)
+{
+    CRandom random(16);
+    std::vector<CCompositeGeometry*> elements = {RandomElement(random).release(), RandomElement(random).release()};
+    std::vector<std::vector<CPoint>> before;
+    for (CCompositeGeometry* element : elements) {
+        before.push_back(FixedPoints(*element));
+    }
+    const CPoint centre(10, -20, 5);
+    UElementVectorOperations::MoveItemVec(elements, 100, -50);
+    UElementVectorOperations::RotateItemVectorBy(elements, centre, 123);
+    for (size_t i = 0; i < elements.size(); ++i) {
+        const std::vector<CPoint> after = FixedPoints(*elements[i]);
+        for (size_t k = 0; k < after.size(); ++k) {
+            ExpectSamePlace(after[k], Turned(before[i][k] + CPoint(100, -50, 0), centre, 123));
+        }
+    }
+    UElementVectorOperations::DeleteItemVector(elements);
+    EXPECT_TRUE(elements.empty());
+
+    std::vector<CPoint> points = random.Points(20, 100);
+    std::vector<CPoint> expected = points;
+    for (CPoint& point : expected) {
+        point.z = point.x;
+        point.RotateZ(centre.x, centre.y, -77);
+        point.RotateY(centre.x, centre.z, 33);
+    }
+    for (CPoint& point : points) {
+        point.z = point.x;
+    }
+    UPointVec::RotatePointVecZ(points, centre, -77);
+    UPointVec::RotatePointVecY(points, centre, 33);
+    for (size_t k = 0; k < points.size(); ++k) {
+        ExpectSamePlace(points[k], expected[k], 1e-10);
+    }
+}
