@@ -1,6 +1,7 @@
 // What the user owns.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -8,7 +9,6 @@
 
 class CCompositeGeometry;
 class CCountedCIG;
-class CXMLTreeNode;
 
 /// The user's inventory of track parts: how many pieces of which library article. Owns one counted element for each
 /// article, in the order of their keys (library name, "#", product number; byte by byte). Kept in an XML file, see
@@ -37,6 +37,16 @@ public:
     /// @return false when the file cannot be read, is no stock file or holds nothing, and at the first entry that is no
     ///         proper one: those before it stay
     bool LoadFromFile(const char* path);
+    /// What a file turned out to be.
+    enum class eFileState {
+        kWhole,
+        kNoStock, ///< it cannot be read, is no stock file or holds nothing
+        kBadEntry ///< an entry lacks its product number or its library; those before it were handed over
+    };
+    /// Calls `use(library, product number, count)` for each entry of a stock file, whether or not its library is known.
+    /// What is wrong is reported with a warning.
+    static eFileState ForEachEntry(const char* path,
+                                   const std::function<void(const std::string&, const std::string&, int)>& use);
     /// Writes the stock file. @return false without a name, and as SaveToFile
     bool Save();
     /// Takes over the name and saves.
@@ -70,8 +80,8 @@ private:
     static std::string KeyOf(const CCompositeGeometry* element);
     /// Makes the stock file's name an absolute path. Where there is no folder for it the name stays.
     void LocalFileToAbsolutePath();
-    /// Adds what an entry of a stock file stands for. @return false for an entry that is no proper one
-    bool LoadItem(const CXMLTreeNode* item);
+    /// Adds what an entry of a stock file stands for.
+    void LoadItem(const std::string& libraryName, const std::string& productNumber, int count);
 
     std::string mFileName; ///< of the stock file
     std::map<std::string, CCountedCIG*> mItems;

@@ -11,6 +11,7 @@
 #include <boost/foreach.hpp>
 
 #include <memory>
+#include <utility>
 
 namespace {
 constexpr char kRoot[] = "Velmora_Stock";
@@ -56,51 +57,53 @@ void AddValue(CXMLDocument& document, CXMLNode* parent, const char* name, std::u
 bool CStock::LoadFromFile(const char* path)
 {
     ClearStock();
+    return ForEachEntry(path, [this](const std::string& libraryName, const std::string& productNumber, int count) {
+               LoadItem(libraryName, productNumber, count);
+           }) == eFileState::kWhole;
+}
+
+CStock::eFileState CStock::ForEachEntry(const char* path,
+                                        const std::function<void(const std::string&, const std::string&, int)>& use)
+{
     if (path == nullptr || *path == '\0') {
-        return false;
+        return eFileState::kNoStock;
     }
     CXMLDocument document;
     document.Read(path);
     const auto* const root = dynamic_cast<const CXMLTreeNode*>(document.GetNodeByKey(kRoot));
     CXMLTreeNode::tNodes children;
     if (root == nullptr || root->GetChildren(children) == 0) {
-        return false;
+        return eFileState::kNoStock;
     }
     BOOST_FOREACH(const CXMLNode* child, children) {
         const auto* const item = dynamic_cast<const CXMLTreeNode*>(child);
         if (item == nullptr || !item->VerifyKey(kItem)) {
             ULog::Warn("%s: Invalid stock file format. (Invalid node type under '%s' node)", kLoadFunction, kRoot);
-            return false;
+            return eFileState::kBadEntry;
         }
-        if (!LoadItem(item)) {
-            return false;
+        std::string productNumber;
+        std::string libraryName;
+        for (const auto& [key, name] : {std::pair(kProductNumber, &productNumber), std::pair(kLibrary, &libraryName)}) {
+            if (!ReadName(item, key, *name)) {
+                ULog::Warn("%s: Invalid stock file format. (Stock item is missing '%s' node)", kLoadFunction, key);
+                return eFileState::kBadEntry;
+            }
         }
+        use(libraryName, productNumber, UXML::GetValueAsIntegerForElementChildNode(item, kCount));
     }
-    return true;
+    return eFileState::kWhole;
 }
 
-bool CStock::LoadItem(const CXMLTreeNode* item)
+void CStock::LoadItem(const std::string& libraryName, const std::string& productNumber, int count)
 {
-    std::string productNumber;
-    if (!ReadName(item, kProductNumber, productNumber)) {
-        ULog::Warn("%s: Invalid stock file format. (Stock item is missing '%s' node)", kLoadFunction, kProductNumber);
-        return false;
-    }
-    std::string libraryName;
-    if (!ReadName(item, kLibrary, libraryName)) {
-        ULog::Warn("%s: Invalid stock file format. (Stock item is missing '%s' node)", kLoadFunction, kLibrary);
-        return false;
-    }
-    const int count = UXML::GetValueAsIntegerForElementChildNode(item, kCount);
     if (!CRailsetFolder::Instance()->ContainsRailset(libraryName)) {
         ULog::Info("%s: Skipping element due to unknown library \"%s\"", kLoadFunction, libraryName.c_str());
-        return true;
+        return;
     }
     std::unique_ptr<CCountedCIG> element(CreateCountedCIG(libraryName.c_str(), productNumber.c_str(), count));
     if (element && AddElement(element.get()) == 1) {
-        (void)element.release();
+        element.release();
     }
-    return true;
 }
 
 bool CStock::SaveToFile(const char* path) const

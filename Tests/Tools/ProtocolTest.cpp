@@ -24,7 +24,11 @@ static std::vector<tAnswer> SampleAnswers()
     tAnswer loader = MakeFailure(eFailure::kLoader, "element 17 is damaged");
     loader.failure.loaderCode = 4;
     loader.failure.element = 17;
-    return {attributes, schema, loader, MakeFailure(eFailure::kPlugIn, "none")};
+    tAnswer report;
+    report.ok = true;
+    report.verb = eVerb::kCheck;
+    report.report = R"({"kind":"layout"})";
+    return {attributes, schema, report, loader, MakeFailure(eFailure::kPlugIn, "none")};
 }
 
 TEST(Messages, ComeBackAsTheyWere)
@@ -34,6 +38,7 @@ TEST(Messages, ComeBackAsTheyWere)
         ASSERT_TRUE(Decode(Encode(sample), answer));
         EXPECT_EQ(Encode(answer), Encode(sample));
         EXPECT_EQ(answer.ok, sample.ok);
+        EXPECT_EQ(answer.report, sample.report);
         EXPECT_EQ(answer.failure.message, sample.failure.message);
         EXPECT_EQ(answer.failure.element, sample.failure.element);
         ASSERT_EQ(answer.attributes.size(), sample.attributes.size());

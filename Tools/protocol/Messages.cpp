@@ -167,7 +167,7 @@ std::string Encode(const tRequest& request)
 bool Decode(std::string_view message, tRequest& request)
 {
     CMessageReader reader(message);
-    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kSchema);
+    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kStock);
     request.contentType = reader.GetText();
     return reader.IsWhole();
 }
@@ -241,6 +241,10 @@ std::string Encode(const tAnswer& answer)
         EncodeSchema(writer, answer.schema);
         return writer.Take();
     }
+    if (answer.verb != eVerb::kImport) {
+        writer.Put(std::string_view(answer.report));
+        return writer.Take();
+    }
     writer.PutList(answer.attributes, [&](const tAttribute& attribute) {
         writer.Put(std::string_view(attribute.key));
         writer.Put(attribute.isList);
@@ -257,9 +261,13 @@ bool Decode(std::string_view message, tAnswer& answer)
         DecodeFailure(reader, answer.failure);
         return reader.IsWhole();
     }
-    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kSchema);
+    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kStock);
     if (answer.verb == eVerb::kSchema) {
         DecodeSchema(reader, answer.schema);
+        return reader.IsWhole();
+    }
+    if (answer.verb != eVerb::kImport) {
+        answer.report = reader.GetText();
         return reader.IsWhole();
     }
     reader.GetList(answer.attributes, [&] {

@@ -18,8 +18,12 @@ struct tHello {
 };
 
 enum class eVerb : uint8_t {
-    kImport = 1, ///< with the document's descriptor: the attributes the plug-in gives
-    kSchema = 2  ///< what the plug-in says about itself
+    kImport = 1,  ///< with the document's descriptor: the attributes the plug-in gives
+    kSchema = 2,  ///< what the plug-in says about itself
+    kCheck = 3,   ///< with a document's descriptor: what is wrong with it. This and the rest are answered with a report
+    kParts = 4,   ///< with a layout's: its parts
+    kLibrary = 5, ///< with a track library's: its articles
+    kStock = 6    ///< with a stock file's: its entries
 };
 
 struct tRequest {
@@ -79,6 +83,7 @@ struct tAnswer {
     eVerb verb = eVerb::kImport;        ///< when ok: which of the two following is meant
     std::vector<tAttribute> attributes; ///< kImport
     tSchema schema;                     ///< kSchema
+    std::string report;                 ///< the other verbs: a JSON object in UTF-8
 };
 
 /// An answer that says no.

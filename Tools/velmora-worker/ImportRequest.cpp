@@ -91,20 +91,11 @@ static std::string WithReason(const std::string& message)
     return reason.empty() ? message : message + ": " + reason;
 }
 
-/// The importer says only yes or no: after a no the worker's own core loads the document again, to learn why.
-static tAnswer ExplainFailure(const std::string& path, int document)
+tAnswer MakeLoadFailure(int result, size_t elements, int document)
 {
-    CLayout layout;
-    CVLLayerNameResolver resolver(&layout);
-    CLayer::ConfigureLayerNameResolver(&resolver);
-    const int result = layout.Load(path);
-    const size_t elements = layout.GetElements().size();
-    CLayer::ConfigureLayerNameResolver(nullptr);
     tAnswer answer = MakeFailure(eFailure::kLoader, {});
     answer.failure.loaderCode = result;
     switch (result) {
-    case CLayout::kLoaded:
-        return MakeFailure(eFailure::kPlugIn, "the plug-in refuses the document, although it can be loaded");
     case CLayout::kCannotOpen:
         answer.failure.message = "cannot be opened";
         break;
@@ -127,6 +118,21 @@ static tAnswer ExplainFailure(const std::string& path, int document)
     return answer;
 }
 
+/// The importer says only yes or no: after a no the worker's own core loads the document again, to learn why.
+static tAnswer ExplainFailure(const std::string& path, int document)
+{
+    CLayout layout;
+    CVLLayerNameResolver resolver(&layout);
+    CLayer::ConfigureLayerNameResolver(&resolver);
+    const int result = layout.Load(path);
+    const size_t elements = layout.GetElements().size();
+    CLayer::ConfigureLayerNameResolver(nullptr);
+    if (result == CLayout::kLoaded) {
+        return MakeFailure(eFailure::kPlugIn, "the plug-in refuses the document, although it can be loaded");
+    }
+    return MakeLoadFailure(result, elements, document);
+}
+
 /// Calls the importer with an empty dictionary. What it may throw ends here: the caller then has no attributes.
 /// @param threw  set when it threw
 static bool CallImporter(const CPlugIn& plugIn, CFMutableDictionaryRef attributes, const std::string& contentType,
@@ -142,12 +148,17 @@ static bool CallImporter(const CPlugIn& plugIn, CFMutableDictionaryRef attribute
     }
 }
 
+std::string PathOfDescriptor(int document)
+{
+    return kDescriptorFolder + std::to_string(document);
+}
+
 tAnswer AnswerImport(const CPlugIn& plugIn, const std::string& contentType, int document)
 {
     if (document < 0) {
         return MakeFailure(eFailure::kCrash, "the request came without its document");
     }
-    const std::string path = kDescriptorFolder + std::to_string(document);
+    const std::string path = PathOfDescriptor(document);
     const CHolder<CFMutableDictionaryRef> attributes(CFDictionaryCreateMutable(
         kCFAllocatorDefault, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     bool threw = false;

@@ -10,3 +10,19 @@ tAnswer AnswerImport(const CPlugIn& plugIn, const std::string& contentType, int 
 
 /// What the plug-in's property list declares.
 tAnswer AnswerSchema(const CPlugIn& plugIn);
+
+/// Why the core does not load a layout. @param result  what CLayout::Load answered, not 0; @param elements  loaded
+/// before
+tAnswer MakeLoadFailure(int result, size_t elements, int document);
+
+/// What is wrong with a layout, a track library or a stock file, as a report; `path` names the same document.
+tAnswer AnswerCheck(const std::string& path, int document);
+/// The parts of a layout by library and number.
+tAnswer AnswerParts(const std::string& path, int document);
+/// The articles of a track library.
+tAnswer AnswerLibrary(const std::string& path);
+/// The entries of a stock file.
+tAnswer AnswerStock(const std::string& path);
+
+/// The path under which a descriptor is opened once more.
+std::string PathOfDescriptor(int document);

@@ -53,6 +53,31 @@ static bool FitsProtocol(const tAnswer& answer, const std::string& encoded)
     return encoded.size() <= kMaxAnswerSize && entries <= kMaxListEntries;
 }
 
+static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int document)
+{
+    if (request.verb == eVerb::kSchema) {
+        return AnswerSchema(plugIn);
+    }
+    if (document < 0) {
+        return MakeFailure(eFailure::kCrash, "the request came without its document");
+    }
+    const std::string path = PathOfDescriptor(document);
+    switch (request.verb) {
+    case eVerb::kCheck:
+        return AnswerCheck(path, document);
+    case eVerb::kParts:
+        return AnswerParts(path, document);
+    case eVerb::kLibrary:
+        return AnswerLibrary(path);
+    case eVerb::kStock:
+        return AnswerStock(path);
+    case eVerb::kImport:
+    case eVerb::kSchema:
+        break;
+    }
+    return AnswerImport(plugIn, request.contentType, document);
+}
+
 static bool AnswerRequest(int socket, const CPlugIn& plugIn, const tFrame& frame)
 {
     tRequest request;
@@ -61,9 +86,7 @@ static bool AnswerRequest(int socket, const CPlugIn& plugIn, const tFrame& frame
     }
     Limits::SetSequence(frame.sequence);
     Reports::Reset(frame.sequence);
-    const tAnswer answer = request.verb == eVerb::kSchema
-                               ? AnswerSchema(plugIn)
-                               : AnswerImport(plugIn, request.contentType, frame.descriptor.Get());
+    const tAnswer answer = Answer(plugIn, request, frame.descriptor.Get());
     std::string encoded = Encode(answer);
     if (!FitsProtocol(answer, encoded)) {
         encoded = Encode(MakeFailure(eFailure::kMemory, "the document's attributes are too large to be handed over"));

@@ -17,9 +17,11 @@ struct tOptions {
     std::string filesFrom;      ///< a list of further paths; empty for none
     bool nullSeparated = false; ///< the list has zeros between paths, not line breaks
     std::string format = "text";
-    std::string plugIn;              ///< empty for the one that belongs to the executable
-    double timeoutSeconds = 5;       ///< for one document
-    unsigned memoryMegabytes = 1024; ///< what a worker may use beyond what it needs at rest
+    std::string plugIn;                 ///< empty for the one that belongs to the executable
+    std::string stock;                  ///< a stock file; empty for none
+    std::vector<std::string> libraries; ///< track library files
+    double timeoutSeconds = 5;          ///< for one document
+    unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
 };
 
 /// One command: feeds the parser and the help.
@@ -34,6 +36,10 @@ struct tCommand {
 };
 
 extern const tCommand kImportCommand;
+extern const tCommand kCheckCommand;
+extern const tCommand kPartsCommand;
+extern const tCommand kLibraryCommand;
+extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
 
 /// Options of every command that starts workers.

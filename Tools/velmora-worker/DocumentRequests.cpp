@@ -1,0 +1,341 @@
+// Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
+#include "Checks/CDocumentChecker.h"
+#include "Elements/Utilities/UElementInspector.h"
+#include "Elements/Utilities/UElementStatistics.h"
+#include "Requests.h"
+
+#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
+#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
+#include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "Layers/CLayer.h"
+#include "Layouts/CLayout.h"
+#include "Layouts/CLayoutStatistics.h"
+#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Platform/MacRoman.h"
+#include "Platform/Streams.h"
+#include "Stock/CStock.h"
+#include "TrackLibraries/CRailSet.h"
+#include "UnitLength/URailConstants.h"
+
+#include <boost/foreach.hpp>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <map>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+using tJSON = nlohmann::ordered_json;
+
+std::string Text(const char* macRoman)
+{
+    return Platform::MacRomanToUtf8(macRoman);
+}
+
+tAnswer Report(eVerb verb, const tJSON& report)
+{
+    tAnswer answer;
+    answer.ok = true;
+    answer.verb = verb;
+    answer.report = report.dump(-1, ' ', false, tJSON::error_handler_t::replace);
+    return answer;
+}
+
+/// A layout, and the resolver through which its elements find their layers.
+class CBoundLayout {
+public:
+    CBoundLayout() : mResolver(&mLayout) { CLayer::ConfigureLayerNameResolver(&mResolver); }
+    ~CBoundLayout() { CLayer::ConfigureLayerNameResolver(nullptr); }
+    CBoundLayout(const CBoundLayout&) = delete;
+    CBoundLayout& operator=(const CBoundLayout&) = delete;
+    CLayout& Get() { return mLayout; }
+
+private:
+    CLayout mLayout;
+    CVLLayerNameResolver mResolver;
+};
+
+/// Reads the whole document. @return false when it cannot be read
+bool ReadAll(int document, std::vector<unsigned char>& bytes)
+{
+    struct stat status = {};
+    if (fstat(document, &status) != 0) {
+        return false;
+    }
+    bytes.resize(static_cast<size_t>(std::max<off_t>(status.st_size, 0)));
+    size_t have = 0;
+    while (have < bytes.size()) {
+        const ssize_t got = pread(document, bytes.data() + have, bytes.size() - have, static_cast<off_t>(have));
+        if (got < 0) {
+            return false;
+        }
+        if (got == 0) {
+            break;
+        }
+        have += static_cast<size_t>(got);
+    }
+    bytes.resize(have);
+    return true;
+}
+
+bool LooksLikeXML(const std::vector<unsigned char>& bytes)
+{
+    const auto first = std::find_if(bytes.begin(), bytes.end(), [](unsigned char byte) {
+        return byte != ' ' && byte != '\t' && byte != '\r' && byte != '\n' && byte != 0xEF && byte != 0xBB &&
+               byte != 0xBF;
+    });
+    return first != bytes.end() && *first == '<';
+}
+
+/// An entry of a stock file as it stands there, whether or not its library is known.
+struct tStockEntry {
+    std::string library;
+    std::string productNumber;
+    int count;
+};
+
+/// Reads the entries of a stock file up to the first that is none. @return what is wrong; empty when all is well
+std::string ReadStock(const std::string& path, std::vector<tStockEntry>& entries)
+{
+    switch (CStock::ForEachEntry(path.c_str(), [&](const std::string& library, const std::string& number, int count) {
+        entries.push_back({library, number, count});
+    })) {
+    case CStock::eFileState::kWhole:
+        return {};
+    case CStock::eFileState::kNoStock:
+        return "is not a stock file";
+    case CStock::eFileState::kBadEntry:
+        break;
+    }
+    return "entry " + std::to_string(entries.size() + 1) + " lacks its product number or its library";
+}
+
+tJSON Findings(const std::vector<tFinding>& findings)
+{
+    tJSON list = tJSON::array();
+    for (const tFinding& finding : findings) {
+        list.push_back({{"offset", finding.offset},
+                        {"key", finding.key},
+                        {"element", finding.element},
+                        {"component", finding.component},
+                        {"damage", finding.kind == tFinding::eKind::kDamage},
+                        {"text", finding.text}});
+    }
+    return list;
+}
+
+/// Elements that a layout promises, as its own reader sees it.
+int PromisedElements(const std::string& path)
+{
+    const Platform::CInputFile input(path);
+    unsigned char header[8];
+    int count = 0;
+    if (input.Get() != nullptr && fread(header, sizeof header, 1, input.Get()) == 1) {
+        CLayout layout;
+        layout.ReadLayoutParameter(input.Get(), header[7], count);
+    }
+    return count;
+}
+
+/// What a reader makes of a layout.
+tJSON ReadLayout(const std::string& path)
+{
+    CBoundLayout layout;
+    const int code = layout.Get().Load(path);
+    const int elements = static_cast<int>(layout.Get().GetElements().size());
+    const int promised = code == CLayout::kLoaded || code == CLayout::kElementFailed ? PromisedElements(path) : 0;
+    return {{"code", code}, {"elements", elements}, {"lost", std::max(promised - elements, 0)}};
+}
+
+tJSON ReadLibrary(const std::string& path)
+{
+    CRailSet library(path);
+    const int code = library.Load();
+    return {{"code", code}, {"elements", library.GetSize()}};
+}
+
+tAnswer MakeLibraryFailure(int code, size_t articles)
+{
+    tAnswer failed = MakeFailure(eFailure::kLoader, {});
+    failed.failure.loaderCode = code;
+    switch (code) {
+    case CRailSet::kElementFailed:
+        failed.failure.element = static_cast<uint32_t>(articles + 1);
+        failed.failure.message = "article " + std::to_string(articles + 1) + " is damaged";
+        break;
+    case CRailSet::kCannotOpen:
+        failed.failure.message = "cannot be opened";
+        break;
+    case CRailSet::kUnsupportedVersion:
+        failed.failure.message = "the version of the track library is not supported";
+        break;
+    default:
+        failed.failure.message = "is not a track library";
+        break;
+    }
+    return failed;
+}
+
+const char* KindOf(CCompositeGeometry* element)
+{
+    if (UElementInspector::IsFlexElement(element)) {
+        return "flexible track";
+    }
+    if (UElementInspector::IsCurvedTrack(element)) {
+        return "curve";
+    }
+    if (UElementInspector::IsStraightTrack(element)) {
+        return "straight";
+    }
+    return UElementInspector::IsTrackElement(element) ? "track" : "accessory";
+}
+
+tJSON Article(CCompositeGeometry* element)
+{
+    tJSON article = {{"number", Text(element->GetName())},
+                     {"description", Text(element->GetDescription())},
+                     {"manufacturer", Text(element->GetManufacturer())},
+                     {"library", element->HasRailSetName() ? Text(element->GetRailSetName()) : std::string()},
+                     {"kind", KindOf(element)},
+                     {"price", element->GetPrice()},
+                     {"currency", element->GetCurrency()}};
+    const CBasicGeometry* track = element->GetFirstTrackBIG();
+    if (UElementInspector::IsCurvedTrack(element)) {
+        const auto* curve = static_cast<const CCurveBIG*>(track);
+        article["radius"] = curve->GetItemRadius();
+        article["arc"] = curve->GetItemArcAngle();
+    } else if (track != nullptr && track->GetType() == kFlexTrackType) {
+        article["maximum_length"] = static_cast<const CFlexTrackBIG*>(track)->GetFlexTrackMaxLength();
+    } else if (UElementInspector::IsStraightTrack(element)) {
+        article["length"] = static_cast<const CStraightBIG*>(track)->GetLength();
+    }
+    return article;
+}
+} // namespace
+
+tAnswer AnswerCheck(const std::string& path, int document)
+{
+    std::vector<unsigned char> bytes;
+    if (!ReadAll(document, bytes)) {
+        return MakeFailure(eFailure::kLoader, "cannot be read");
+    }
+    switch (CDocumentChecker::GetKind(bytes)) {
+    case CDocumentChecker::eDocument::kLayout:
+        return Report(eVerb::kCheck, {{"kind", "layout"},
+                                      {"findings", Findings(CDocumentChecker::CheckLayout(bytes))},
+                                      {"reader", ReadLayout(path)}});
+    case CDocumentChecker::eDocument::kLibrary:
+        return Report(eVerb::kCheck, {{"kind", "track library"},
+                                      {"findings", Findings(CDocumentChecker::CheckLibrary(bytes))},
+                                      {"reader", ReadLibrary(path)}});
+    case CDocumentChecker::eDocument::kUnknown:
+        break;
+    }
+    std::vector<tStockEntry> entries;
+    if (LooksLikeXML(bytes)) {
+        const std::string problem = ReadStock(path, entries);
+        tJSON findings = tJSON::array();
+        if (!problem.empty()) {
+            findings.push_back({{"offset", 0},
+                                {"key", 0},
+                                {"element", entries.size() + 1},
+                                {"component", 0},
+                                {"damage", true},
+                                {"text", problem}});
+        }
+        return Report(eVerb::kCheck,
+                      {{"kind", "stock file"}, {"findings", findings}, {"reader", {{"elements", entries.size()}}}});
+    }
+    tAnswer unknown = MakeFailure(eFailure::kLoader, "is no layout, track library or stock file");
+    unknown.failure.loaderCode = CLayout::kNoLayout;
+    return unknown;
+}
+
+tAnswer AnswerParts(const std::string& path, int document)
+{
+    CBoundLayout bound;
+    CLayout& layout = bound.Get();
+    const int code = layout.Load(path);
+    if (code != CLayout::kLoaded) {
+        return MakeLoadFailure(code, layout.GetElements().size(), document);
+    }
+    // By library and number: numbers repeat between libraries.
+    std::map<std::pair<std::string, std::string>, std::pair<CCompositeGeometry*, int>> parts;
+    std::vector<CCompositeGeometry*> order;
+    BOOST_FOREACH(CCompositeGeometry* element, layout.GetElements()) {
+        if (!UElementStatistics::ElementIsDisplayedInPartlist(element)) {
+            continue;
+        }
+        const std::string library = element->HasRailSetName() ? element->GetRailSetName() : std::string();
+        auto& part = parts[{library, element->GetName()}];
+        if (part.first == nullptr) {
+            part.first = element;
+        }
+        ++part.second;
+    }
+    tJSON list = tJSON::array();
+    for (const auto& [key, part] : parts) {
+        tJSON article = Article(part.first);
+        article["count"] = part.second;
+        list.push_back(article);
+    }
+    tWSStatRec kinds;
+    layout.GetStatistics()->GetElementStatistics(kinds);
+    UElementStatistics::tScaleHistogram scales;
+    UElementStatistics::GetModelScaleTrackStatistics(layout.GetElements(), scales);
+    tJSON scaleCounts = tJSON::array();
+    for (const auto& [scale, count] : scales) {
+        scaleCounts.push_back({{"scale", URailConstants::GetModelScaleTxt(scale, true)}, {"count", count}});
+    }
+    return Report(eVerb::kParts, {{"parts", list},
+                                  {"track_length", layout.GetStatistics()->GetOverallTrackLength()},
+                                  {"tracks", kinds.tracks},
+                                  {"accessories", kinds.accessories},
+                                  {"flexible_tracks", kinds.flexTracks},
+                                  {"graphics", kinds.graphics},
+                                  {"texts", kinds.texts},
+                                  {"scales", scaleCounts}});
+}
+
+tAnswer AnswerLibrary(const std::string& path)
+{
+    CRailSet library(path);
+    const int code = library.Load();
+    if (code != CRailSet::kLoaded) {
+        return MakeLibraryFailure(code, library.GetSize());
+    }
+    const tRailSetParameters& parameters = library.GetParameters();
+    tJSON articles = tJSON::array();
+    BOOST_FOREACH(CCompositeGeometry* element, library.GetGeometries()) {
+        tJSON article = Article(element);
+        article.erase("library"); // the file's name, which only the host knows
+        articles.push_back(article);
+    }
+    return Report(eVerb::kLibrary, {{"manufacturer", Text(parameters.manufacturer)},
+                                    {"scale", URailConstants::GetModelScaleTxt(parameters.modelScale, false)},
+                                    {"content", ULibraryConstants::GetContentTypeText(parameters.contentType)},
+                                    {"currency", parameters.currency},
+                                    {"gauge", parameters.gauge},
+                                    {"prefix", Text(parameters.prefix)},
+                                    {"created", Text(parameters.creationDate)},
+                                    {"modified", Text(parameters.modificationDate)},
+                                    {"articles", articles}});
+}
+
+tAnswer AnswerStock(const std::string& path)
+{
+    std::vector<tStockEntry> entries;
+    const std::string problem = ReadStock(path, entries);
+    if (!problem.empty()) {
+        return MakeFailure(eFailure::kLoader, problem);
+    }
+    tJSON items = tJSON::array();
+    for (const tStockEntry& entry : entries) {
+        items.push_back({{"library", Text(entry.library.c_str())},
+                         {"number", Text(entry.productNumber.c_str())},
+                         {"count", entry.count}});
+    }
+    return Report(eVerb::kStock, {{"items", items}});
+}

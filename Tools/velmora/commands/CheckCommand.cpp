@@ -1,0 +1,115 @@
+// velmora check: what is wrong with documents, and where.
+#include "commands/Inquiry.h"
+#include "output/CRecordWriter.h"
+#include "output/Escapes.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+static void AddCheckOptions(CLI::App& app, tOptions& options)
+{
+    app.add_option("PATH", options.paths,
+                   "Layouts, track libraries and stock files, and folders to search for layouts");
+    app.add_option("--format", options.format, "text (for people) or json (an object a line)")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->type_name("FORMAT");
+    AddWorkerOptions(app, options);
+}
+
+static std::string CheckCheck(const tOptions& options)
+{
+    return options.paths.empty() ? "nothing to check: name documents or folders" : "";
+}
+
+/// Where a finding lies, in words.
+static std::string Place(const CReport& finding)
+{
+    std::string place = "byte " + std::to_string(finding.GetNumber("offset"));
+    if (finding.GetNumber("element") > 0) {
+        place += ", element " + std::to_string(finding.GetNumber("element"));
+    }
+    if (finding.GetNumber("component") > 0) {
+        place += ", component " + std::to_string(finding.GetNumber("component"));
+    }
+    if (finding.GetNumber("key") > 0) {
+        place += ", record " + std::to_string(finding.GetNumber("key"));
+    }
+    return place;
+}
+
+static std::string DescribeText(const std::string& path, const CReport& report)
+{
+    const std::string name = Escapes::ForTerminal(path);
+    const CReport reader = report.GetObject("reader");
+    std::string text;
+    for (const CReport& finding : report.GetList("findings")) {
+        text += name + ": " + Place(finding) + ": " + Escapes::ForTerminal(finding.GetText("text")) +
+                (finding.GetFlag("damage") ? "\n" : " (not damaged)\n");
+    }
+    text += name + ": " + report.GetText("kind") + ", " + std::to_string(reader.GetNumber("elements")) +
+            (report.GetText("kind") == "stock file" ? " entries" : " elements");
+    if (reader.GetNumber("lost") > 0) {
+        text += ", a reader loses " + std::to_string(reader.GetNumber("lost"));
+    }
+    if (reader.GetNumber("code") != 0) {
+        text += ", a reader answers code " + std::to_string(reader.GetNumber("code"));
+    }
+    return text + (report.GetList("findings").empty() ? ", whole\n" : "\n");
+}
+
+static std::string DescribeJSON(const std::string& path, const CReport& report)
+{
+    using tJSON = nlohmann::ordered_json;
+    const CReport reader = report.GetObject("reader");
+    tJSON record = {{"path", path}, {"ok", true}, {"kind", report.GetText("kind")}, {"findings", tJSON::array()}};
+    for (const CReport& finding : report.GetList("findings")) {
+        record["findings"].push_back({{"offset", finding.GetNumber("offset")},
+                                      {"key", finding.GetNumber("key")},
+                                      {"element", finding.GetNumber("element")},
+                                      {"component", finding.GetNumber("component")},
+                                      {"damage", finding.GetFlag("damage")},
+                                      {"text", finding.GetText("text")}});
+    }
+    record["reader"] = {{"code", reader.GetNumber("code")},
+                        {"elements", reader.GetNumber("elements")},
+                        {"lost", reader.GetNumber("lost")}};
+    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
+}
+
+static int RunCheck(const tOptions& options)
+{
+    const bool json = options.format == "json";
+    std::string text;
+    bool damaged = false;
+    CInquiry inquiry(options);
+    CInquiry::tUseFailure useFailure;
+    if (json) {
+        useFailure = [&text](const std::string& path, const tFailure& failure) {
+            nlohmann::ordered_json record = {{"path", path}, {"ok", false}, {"error", {{"message", failure.message}}}};
+            record["error"]["code"] = failure.kind == eFailure::kLoader
+                                          ? nlohmann::ordered_json(failure.loaderCode)
+                                          : nlohmann::ordered_json(FailureWord(failure.kind));
+            text += record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+        };
+    }
+    CInquiry::eResult result = inquiry.Ask(
+        eVerb::kCheck, options.paths,
+        [&](const std::string& path, const CReport& report) {
+            const std::vector<CReport> findings = report.GetList("findings");
+            damaged = damaged || std::any_of(findings.begin(), findings.end(),
+                                             [](const CReport& finding) { return finding.GetFlag("damage"); });
+            text += json ? DescribeJSON(path, report) : DescribeText(path, report);
+        },
+        useFailure);
+    if (result == CInquiry::eResult::kDone && damaged) {
+        result = CInquiry::eResult::kFailed;
+    }
+    return FinishCommand(text, result);
+}
+
+const tCommand kCheckCommand = {"check",
+                                "Say what is wrong with documents, and where",
+                                "  velmora check plan.velmora\n  velmora check --format json ~/Layouts\n",
+                                AddCheckOptions,
+                                CheckCheck,
+                                RunCheck};

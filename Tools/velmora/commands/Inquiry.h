@@ -1,0 +1,62 @@
+// Asking a worker about one document after the other.
+#pragma once
+
+#include "commands/CommandLine.h"
+#include "pool/CWorkerPool.h"
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// A worker's report. What it holds is not trusted: everything is asked for by type, and has a value when it is
+/// missing.
+class CReport {
+public:
+    CReport() = default;
+    explicit CReport(nlohmann::json json) : mJSON(std::move(json)) {}
+
+    /// @return false for a text that is no JSON object
+    static bool Parse(const std::string& text, CReport& report);
+
+    std::string GetText(const char* key) const;
+    long long GetNumber(const char* key) const;
+    double GetReal(const char* key) const;
+    bool GetFlag(const char* key) const;
+    bool Has(const char* key) const { return mJSON.is_object() && mJSON.contains(key); }
+    /// The objects of a list.
+    std::vector<CReport> GetList(const char* key) const;
+    CReport GetObject(const char* key) const;
+
+private:
+    nlohmann::json mJSON;
+};
+
+/// Asks about documents in the order of their names on the command line.
+class CInquiry {
+public:
+    explicit CInquiry(const tOptions& options);
+
+    enum class eResult { kDone, kFailed, kInterrupted };
+    /// What is to be done with the answer for one document.
+    using tUse = std::function<void(const std::string& path, const CReport& report)>;
+    /// What is to be done with a failure; without it, it is printed as a message.
+    using tUseFailure = std::function<void(const std::string& path, const tFailure& failure)>;
+
+    /// Asks about each document that the paths name; folders are walked for layouts.
+    /// @return kFailed when one of them failed, the others were done
+    eResult Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use, const tUseFailure& useFailure = {});
+
+private:
+    const tOptions& mOptions;
+    std::optional<tFailure> mCannotServe;
+    CWorkerPool mPool;
+    uint64_t mNextTicket = 0;
+};
+
+/// Prints what a command has to say. @return the exit status for the worst of what happened
+int FinishCommand(const std::string& text, CInquiry::eResult result);
+
+/// Last component of a path: a track library's name is its file's.
+std::string NameOfFile(const std::string& path);

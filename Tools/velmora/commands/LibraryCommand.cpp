@@ -1,0 +1,157 @@
+// velmora library and velmora stock: what a track library or a stock file holds.
+#include "commands/Inquiry.h"
+#include "output/CTable.h"
+#include "output/Escapes.h"
+
+#include <CLI/CLI.hpp>
+
+static void AddListOptions(CLI::App& app, tOptions& options, const char* what)
+{
+    app.add_option("FILE", options.paths, what);
+    app.add_option("--format", options.format, "text (for people), json (an object a file) or csv")
+        ->check(CLI::IsMember({"text", "json", "csv"}))
+        ->type_name("FORMAT");
+    AddWorkerOptions(app, options);
+}
+
+static void AddLibraryOptions(CLI::App& app, tOptions& options)
+{
+    AddListOptions(app, options, "Track library files");
+}
+
+static void AddStockOptions(CLI::App& app, tOptions& options)
+{
+    AddListOptions(app, options, "A stock file");
+}
+
+static std::string CheckFiles(const tOptions& options)
+{
+    return options.paths.empty() ? "name the file to list" : "";
+}
+
+/// A measure with at most two decimals and no idle ones.
+static std::string Millimetres(double length)
+{
+    char text[400];
+    snprintf(text, sizeof text, "%.2f", length);
+    std::string trimmed = text;
+    trimmed.erase(trimmed.find_last_not_of('0') + 1);
+    return trimmed.back() == '.' ? trimmed.substr(0, trimmed.size() - 1) : trimmed;
+}
+
+static std::string Dimension(const CReport& article)
+{
+    if (article.Has("radius")) {
+        return "R " + Millimetres(article.GetReal("radius")) + " mm, " + Millimetres(article.GetReal("arc")) + "°";
+    }
+    if (article.Has("maximum_length")) {
+        return "up to " + Millimetres(article.GetReal("maximum_length")) + " mm";
+    }
+    return article.Has("length") ? Millimetres(article.GetReal("length")) + " mm" : "";
+}
+
+static CTable ArticleTable(const std::string& library, const CReport& report)
+{
+    CTable table(
+        {{"Library"}, {"Number"}, {"Description"}, {"Kind"}, {"Dimensions"}, {"Price", true}, {"Currency", true}});
+    for (const CReport& article : report.GetList("articles")) {
+        table.AddRow({library, article.GetText("number"), article.GetText("description"), article.GetText("kind"),
+                      Dimension(article), std::to_string(article.GetNumber("price")),
+                      std::to_string(article.GetNumber("currency"))});
+    }
+    return table;
+}
+
+using tJSON = nlohmann::ordered_json;
+
+static std::string Dump(const tJSON& record)
+{
+    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
+}
+
+static std::string LibraryJSON(const std::string& path, const CReport& report)
+{
+    tJSON record = {{"path", path},
+                    {"name", NameOfFile(path)},
+                    {"manufacturer", report.GetText("manufacturer")},
+                    {"scale", report.GetText("scale")},
+                    {"content", report.GetText("content")},
+                    {"currency", report.GetNumber("currency")},
+                    {"gauge", report.GetReal("gauge")},
+                    {"articles", tJSON::array()}};
+    for (const CReport& article : report.GetList("articles")) {
+        tJSON entry = {{"number", article.GetText("number")},
+                       {"description", article.GetText("description")},
+                       {"kind", article.GetText("kind")},
+                       {"price", article.GetNumber("price")},
+                       {"currency", article.GetNumber("currency")}};
+        for (const char* measure : {"length", "radius", "arc", "maximum_length"}) {
+            if (article.Has(measure)) {
+                entry[measure] = article.GetReal(measure);
+            }
+        }
+        record["articles"].push_back(entry);
+    }
+    return Dump(record);
+}
+
+static std::string LibraryHeading(const std::string& path, const CReport& report)
+{
+    const std::vector<CReport> articles = report.GetList("articles");
+    return Escapes::ForTerminal(NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " +
+                                report.GetText("scale") + ", " + report.GetText("content") + ", " +
+                                std::to_string(articles.size()) + " articles") +
+           "\n";
+}
+
+static int RunLibrary(const tOptions& options)
+{
+    std::string text;
+    CInquiry inquiry(options);
+    const CInquiry::eResult result =
+        inquiry.Ask(eVerb::kLibrary, options.paths, [&](const std::string& path, const CReport& report) {
+            if (options.format == "json") {
+                text += LibraryJSON(path, report);
+            } else if (options.format == "csv") {
+                const std::string table = ArticleTable(NameOfFile(path), report).ToCSV();
+                text += text.empty() ? table : table.substr(table.find('\n') + 1); // one line of titles
+            } else {
+                text += LibraryHeading(path, report) + ArticleTable(NameOfFile(path), report).ToText();
+            }
+        });
+    return FinishCommand(text, result);
+}
+
+static int RunStock(const tOptions& options)
+{
+    std::string text;
+    CInquiry inquiry(options);
+    const CInquiry::eResult result =
+        inquiry.Ask(eVerb::kStock, options.paths, [&](const std::string& path, const CReport& report) {
+            CTable table({{"Library"}, {"Number"}, {"Count", true}});
+            tJSON record = {{"path", path}, {"items", tJSON::array()}};
+            for (const CReport& item : report.GetList("items")) {
+                table.AddRow(
+                    {item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
+                record["items"].push_back({{"library", item.GetText("library")},
+                                           {"number", item.GetText("number")},
+                                           {"count", item.GetNumber("count")}});
+            }
+            text += options.format == "json" ? Dump(record) : options.format == "csv" ? table.ToCSV() : table.ToText();
+        });
+    return FinishCommand(text, result);
+}
+
+const tCommand kLibraryCommand = {
+    "library",
+    "List the articles of track libraries",
+    "  velmora library 'Some Library'\n  velmora library --format csv *.velmora-library\n",
+    AddLibraryOptions,
+    CheckFiles,
+    RunLibrary};
+const tCommand kStockCommand = {"stock",
+                                "List what a stock file holds",
+                                "  velmora stock Stock.xml\n  velmora stock --format json Stock.xml\n",
+                                AddStockOptions,
+                                CheckFiles,
+                                RunStock};

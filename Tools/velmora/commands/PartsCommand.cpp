@@ -1,0 +1,332 @@
+// velmora parts: the list of parts of one or more layouts, and what of it must still be bought.
+#include "commands/Inquiry.h"
+#include "output/CTable.h"
+#include "output/Escapes.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace {
+using tJSON = nlohmann::ordered_json;
+
+/// An article is known by its library and its number; an empty library stands for none.
+using tArticleKey = std::pair<std::string, std::string>;
+
+struct tPart {
+    std::string description;
+    std::string manufacturer;
+    std::string kind;
+    long long count = 0;
+    long long price = 0;
+    long long currency = 0;
+    long long inStock = 0;
+    bool shared = false;  ///< another library has the same number
+    bool unknown = false; ///< its library was given and does not know it
+
+    long long GetSum() const { return count * price; }
+    long long GetToBuy() const { return std::max(count - inStock, 0LL); }
+};
+
+/// What all layouts together need.
+struct tPartsList {
+    std::map<tArticleKey, tPart> parts;
+    double trackLength = 0.0; ///< mm
+    std::map<std::string, long long> kinds;
+    std::map<std::string, long long> scales;
+    bool hasStock = false;
+    size_t layouts = 0;
+};
+
+/// What is added up to a total.
+using tAmount = long long (*)(const tPart&);
+
+struct tTotals {
+    std::map<long long, long long> byCurrency;
+    size_t withoutPrice = 0;
+};
+} // namespace
+
+static void AddPartsOptions(CLI::App& app, tOptions& options)
+{
+    app.add_option("LAYOUT", options.paths, "Layouts, added up; folders are searched for layouts");
+    app.add_option("--stock", options.stock, "A stock file: shows what is there and what must be bought")
+        ->type_name("FILE");
+    app.add_option("--library", options.libraries,
+                   "A track library: marks numbers that it shares with others, and parts that it does not know")
+        ->type_name("PATH");
+    app.add_option("--format", options.format, "text (for people), csv, json (one object) or html (a page to print)")
+        ->check(CLI::IsMember({"text", "csv", "json", "html"}))
+        ->type_name("FORMAT");
+    AddWorkerOptions(app, options);
+}
+
+static std::string CheckParts(const tOptions& options)
+{
+    return options.paths.empty() ? "name the layouts whose parts are wanted" : "";
+}
+
+static void AddLayout(tPartsList& list, const CReport& report)
+{
+    ++list.layouts;
+    list.trackLength += report.GetReal("track_length");
+    for (const char* kind : {"tracks", "accessories", "flexible_tracks", "graphics", "texts"}) {
+        list.kinds[kind] += report.GetNumber(kind);
+    }
+    for (const CReport& scale : report.GetList("scales")) {
+        list.scales[scale.GetText("scale")] += scale.GetNumber("count");
+    }
+    for (const CReport& article : report.GetList("parts")) {
+        tPart& part = list.parts[{article.GetText("library"), article.GetText("number")}];
+        if (part.count == 0) { // the first layout's prices count
+            part.description = article.GetText("description");
+            part.manufacturer = article.GetText("manufacturer");
+            part.kind = article.GetText("kind");
+            part.price = article.GetNumber("price");
+            part.currency = article.GetNumber("currency");
+        }
+        part.count += article.GetNumber("count");
+    }
+}
+
+/// Marks the parts by what the libraries given on the command line say, and by each other.
+static void MarkParts(tPartsList& list, const std::map<std::string, std::set<std::string>>& articlesOf)
+{
+    std::map<std::string, std::set<std::string>> librariesOf; // of each number
+    for (const auto& [key, part] : list.parts) {
+        librariesOf[key.second].insert(key.first);
+    }
+    for (const auto& [library, articles] : articlesOf) {
+        for (const std::string& number : articles) {
+            librariesOf[number].insert(library);
+        }
+    }
+    for (auto& [key, part] : list.parts) {
+        part.shared = librariesOf[key.second].size() > 1;
+        const auto library = articlesOf.find(key.first);
+        part.unknown = library != articlesOf.end() && library->second.count(key.second) == 0;
+    }
+}
+
+static tTotals GetTotals(const tPartsList& list, tAmount amount)
+{
+    tTotals totals;
+    for (const auto& [key, part] : list.parts) {
+        if (part.price == 0) {
+            ++totals.withoutPrice;
+        } else {
+            totals.byCurrency[part.currency] += amount(part) * part.price;
+        }
+    }
+    return totals;
+}
+
+static long long Needed(const tPart& part)
+{
+    return part.count;
+}
+
+static long long ToBuy(const tPart& part)
+{
+    return part.GetToBuy();
+}
+
+static std::string Remarks(const tPart& part)
+{
+    std::string remarks = part.shared ? "number in several libraries" : "";
+    if (part.unknown) {
+        remarks += std::string(remarks.empty() ? "" : ", ") + "not in its library";
+    }
+    return remarks;
+}
+
+static CTable MakeTable(const tPartsList& list)
+{
+    std::vector<CTable::tColumn> columns = {{"Library"},     {"Number"},      {"Description"}, {"Manufacturer"},
+                                            {"Count", true}, {"Price", true}, {"Sum", true},   {"Currency", true}};
+    if (list.hasStock) {
+        columns.push_back({"In stock", true});
+        columns.push_back({"To buy", true});
+    }
+    columns.push_back({"Remarks"});
+    CTable table(columns);
+    for (const auto& [key, part] : list.parts) {
+        std::vector<std::string> row = {key.first,
+                                        key.second,
+                                        part.description,
+                                        part.manufacturer,
+                                        std::to_string(part.count),
+                                        std::to_string(part.price),
+                                        std::to_string(part.GetSum()),
+                                        std::to_string(part.currency)};
+        if (list.hasStock) {
+            row.push_back(std::to_string(part.inStock));
+            row.push_back(std::to_string(part.GetToBuy()));
+        }
+        row.push_back(Remarks(part));
+        table.AddRow(row);
+    }
+    return table;
+}
+
+/// What stands under the table, a line each.
+static std::vector<std::string> Summary(const tPartsList& list)
+{
+    std::vector<std::string> lines;
+    const auto addTotals = [&](const char* label, const tTotals& totals) {
+        for (const auto& [currency, sum] : totals.byCurrency) {
+            lines.push_back(std::string(label) + " in currency " + std::to_string(currency) + ": " +
+                            std::to_string(sum));
+        }
+    };
+    const tTotals needed = GetTotals(list, Needed);
+    addTotals("Total", needed);
+    if (list.hasStock) {
+        addTotals("To buy", GetTotals(list, ToBuy));
+    }
+    if (needed.withoutPrice > 0) {
+        lines.push_back("Parts without a price: " + std::to_string(needed.withoutPrice));
+    }
+    char length[64];
+    snprintf(length, sizeof length, "Track length: %.2f m", list.trackLength / 1000.0);
+    lines.emplace_back(length);
+    const auto kind = [&list](const char* name) { return std::to_string(list.kinds.at(name)); };
+    if (!list.kinds.empty()) {
+        lines.push_back("Elements: " + kind("tracks") + " tracks, " + kind("flexible_tracks") + " flexible tracks, " +
+                        kind("accessories") + " accessories, " + kind("graphics") + " graphics, " + kind("texts") +
+                        " texts");
+    }
+    for (const auto& [scale, count] : list.scales) {
+        lines.push_back("Scale " + scale + ": " + std::to_string(count) + " tracks");
+    }
+    return lines;
+}
+
+static std::string FormatJSON(const tPartsList& list)
+{
+    tJSON record = {{"layouts", list.layouts}, {"parts", tJSON::array()}};
+    for (const auto& [key, part] : list.parts) {
+        tJSON entry = {{"library", key.first},
+                       {"number", key.second},
+                       {"description", part.description},
+                       {"manufacturer", part.manufacturer},
+                       {"kind", part.kind},
+                       {"count", part.count},
+                       {"price", part.price},
+                       {"sum", part.GetSum()},
+                       {"currency", part.currency},
+                       {"shared_number", part.shared},
+                       {"unknown", part.unknown}};
+        if (list.hasStock) {
+            entry["in_stock"] = part.inStock;
+            entry["to_buy"] = part.GetToBuy();
+        }
+        record["parts"].push_back(entry);
+    }
+    const auto totalsOf = [](const tTotals& totals) {
+        tJSON sums = tJSON::array();
+        for (const auto& [currency, sum] : totals.byCurrency) {
+            sums.push_back({{"currency", currency}, {"sum", sum}});
+        }
+        return sums;
+    };
+    const tTotals needed = GetTotals(list, Needed);
+    record["totals"] = totalsOf(needed);
+    if (list.hasStock) {
+        record["to_buy"] = totalsOf(GetTotals(list, ToBuy));
+    }
+    record["without_price"] = needed.withoutPrice;
+    record["track_length"] = list.trackLength;
+    record["elements"] = list.kinds;
+    record["scales"] = list.scales;
+    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
+}
+
+static std::string FormatHTML(const tPartsList& list, const std::vector<std::string>& paths)
+{
+    std::string page =
+        "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>Parts list</title>\n"
+        "<style>\n"
+        "body { font: 10pt/1.4 \"DejaVu Sans\", Helvetica, Arial, sans-serif; margin: 2em; color: #222; }\n"
+        "h1 { font-size: 16pt; margin: 0 0 0.2em; }\n"
+        "p { margin: 0.2em 0; }\n"
+        "table { border-collapse: collapse; margin: 1em 0; width: 100%; }\n"
+        "th { text-align: left; border-bottom: 2px solid #444; }\n"
+        "td { border-bottom: 1px solid #ccc; }\n"
+        "th, td { padding: 0.25em 0.6em 0.25em 0; vertical-align: top; }\n"
+        ".number { text-align: right; white-space: nowrap; }\n"
+        "tr { break-inside: avoid; }\n"
+        "@page { size: A4 landscape; margin: 12mm; }\n"
+        "@media print { body { margin: 0; font-size: 8pt; } thead { display: table-header-group; } }\n"
+        "</style>\n</head>\n<body>\n<h1>Parts list</h1>\n";
+    for (const std::string& path : paths) {
+        page += "<p>" + Escapes::ForXML(Escapes::ForTerminal(NameOfFile(path))) + "</p>\n";
+    }
+    page += MakeTable(list).ToHTML();
+    for (const std::string& line : Summary(list)) {
+        page += "<p>" + Escapes::ForXML(line) + "</p>\n";
+    }
+    return page + "</body>\n</html>\n";
+}
+
+static std::string Format(const tPartsList& list, const tOptions& options)
+{
+    if (options.format == "json") {
+        return FormatJSON(list);
+    }
+    if (options.format == "csv") {
+        return MakeTable(list).ToCSV();
+    }
+    if (options.format == "html") {
+        return FormatHTML(list, options.paths);
+    }
+    std::string text = MakeTable(list).ToText() + "\n";
+    for (const std::string& line : Summary(list)) {
+        text += Escapes::ForTerminal(line) + "\n";
+    }
+    return text;
+}
+
+static int RunParts(const tOptions& options)
+{
+    tPartsList list;
+    CInquiry inquiry(options);
+    CInquiry::eResult worst = CInquiry::eResult::kDone;
+    const auto ask = [&](eVerb verb, const std::vector<std::string>& paths, const CInquiry::tUse& use) {
+        if (worst != CInquiry::eResult::kInterrupted && !paths.empty()) {
+            const CInquiry::eResult result = inquiry.Ask(verb, paths, use);
+            worst = result == CInquiry::eResult::kDone ? worst : result;
+        }
+    };
+    ask(eVerb::kParts, options.paths, [&list](const std::string&, const CReport& report) { AddLayout(list, report); });
+    std::map<std::string, std::set<std::string>> articlesOf;
+    ask(eVerb::kLibrary, options.libraries, [&articlesOf](const std::string& path, const CReport& report) {
+        std::set<std::string>& articles = articlesOf[NameOfFile(path)];
+        for (const CReport& article : report.GetList("articles")) {
+            articles.insert(article.GetText("number"));
+        }
+    });
+    if (!options.stock.empty()) {
+        ask(eVerb::kStock, {options.stock}, [&list](const std::string&, const CReport& report) {
+            list.hasStock = true;
+            for (const CReport& item : report.GetList("items")) {
+                const auto part = list.parts.find({item.GetText("library"), item.GetText("number")});
+                if (part != list.parts.end()) {
+                    part->second.inStock += item.GetNumber("count");
+                }
+            }
+        });
+    }
+    MarkParts(list, articlesOf);
+    return FinishCommand(list.layouts > 0 ? Format(list, options) : std::string(), worst);
+}
+
+const tCommand kPartsCommand = {"parts",
+                                "List the parts of layouts, and what must be bought",
+                                "  velmora parts plan.velmora\n"
+                                "  velmora parts --stock Stock.xml --format html plan.velmora > parts.html\n",
+                                AddPartsOptions,
+                                CheckParts,
+                                RunParts};
