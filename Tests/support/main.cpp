@@ -1,8 +1,10 @@
 // Main program of all tests. A test never sees or touches the user's own folders.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <unistd.h>
@@ -23,7 +25,15 @@ static void FailWhenUnfinished()
 
 int main(int argc, char** argv)
 {
+    // The child of a death test may be a new run of this program; it is meant to end early.
+    const bool isDeathTestChild = std::any_of(argv + 1, argv + argc, [](const char* argument) {
+        return std::strstr(argument, "gtest_internal_run_death_test") != nullptr;
+    });
     testing::InitGoogleTest(&argc, argv);
+    if (isDeathTestChild) {
+        WarmUpFoundation(); // the environment is the parent's
+        return RUN_ALL_TESTS();
+    }
     std::string folder = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
     if (mkdtemp(folder.data()) == nullptr) {
         perror("mkdtemp");

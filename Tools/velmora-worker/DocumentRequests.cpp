@@ -219,7 +219,9 @@ tAnswer AnswerCheck(const std::string& path, int document)
 {
     std::vector<unsigned char> bytes;
     if (!ReadAll(document, bytes)) {
-        return MakeFailure(eFailure::kLoader, "cannot be read");
+        tAnswer failed = MakeFailure(eFailure::kLoader, "cannot be read");
+        failed.failure.loaderCode = CLayout::kCannotOpen;
+        return failed;
     }
     switch (CDocumentChecker::GetKind(bytes)) {
     case CDocumentChecker::eDocument::kLayout:
@@ -329,7 +331,9 @@ tAnswer AnswerStock(const std::string& path)
     std::vector<tStockEntry> entries;
     const std::string problem = ReadStock(path, entries);
     if (!problem.empty()) {
-        return MakeFailure(eFailure::kLoader, problem);
+        tAnswer failed = MakeFailure(eFailure::kLoader, problem);
+        failed.failure.loaderCode = CLayout::kNoLayout;
+        return failed;
     }
     tJSON items = tJSON::array();
     for (const tStockEntry& entry : entries) {
