@@ -100,6 +100,16 @@ TEST(Parts, MarkWhatLibrariesShareAndWhatTheyDoNotKnow)
         EXPECT_EQ(part["shared_number"], isTrack) << part;
         EXPECT_EQ(part["unknown"], !isTrack) << part;
     }
+    // The same two from a folder that the environment names; what is given comes first and wins.
+    const std::string variable = "VELMORA_LIBRARIES=/nowhere:" + folder;
+    tProgramRun run;
+    run.arguments = {BUILD_FOLDER "/velmora", "parts", "--format", "json", "--library", kSamples + "/libraries",
+                     kSamples + "/oval.velmora"};
+    run.environment = {variable};
+    const tProgramResult fromEnvironment = RunProgram(run);
+    for (const tJSON& part : tJSON::parse(fromEnvironment.out)["parts"]) {
+        EXPECT_FALSE(part["unknown"].get<bool>()) << part;
+    }
     const tJSON articles = RunForJSON({"library", kLibrary});
     EXPECT_EQ(articles["name"], "Halvensen H0 Profilgleis");
     EXPECT_EQ(articles["articles"].size(), 80u);

@@ -70,20 +70,39 @@ std::string Places::DescribePlugInPlaces()
     return std::string(Importer::kBundleName) + " was looked for in " + text;
 }
 
+/// An environment variable's value, if it is an absolute path; else empty.
+static std::string FolderFromEnvironment(const char* name)
+{
+    const char* value = getenv(name);
+    return value != nullptr && value[0] == '/' ? value : "";
+}
+
+/// One of the user's folders. @param variable  that names it; @param inHome  where it is otherwise, below the home
+/// folder
+static std::string UserFolder(const char* variable, const char* inHome)
+{
+    const std::string folder = FolderFromEnvironment(variable);
+    const std::string home = FolderFromEnvironment("HOME");
+    return !folder.empty() || home.empty() ? folder : home + inHome;
+}
+
+std::string Places::FindDataFolder()
+{
+#if defined(__APPLE__)
+    const std::string home = FolderFromEnvironment("HOME");
+    return home.empty() ? home : home + "/Library/Application Support/Velmora";
+#else
+    const std::string data = UserFolder("XDG_DATA_HOME", "/.local/share");
+    return data.empty() ? data : data + "/velmora";
+#endif
+}
+
 void Places::MakeLogFolder()
 {
 #if !defined(__APPLE__)
-    const auto valueOf = [](const char* name) {
-        const char* value = getenv(name);
-        return std::string(value != nullptr && value[0] == '/' ? value : "");
-    };
-    std::string state = valueOf("XDG_STATE_HOME");
+    const std::string state = UserFolder("XDG_STATE_HOME", "/.local/state");
     if (state.empty()) {
-        const std::string home = valueOf("HOME");
-        if (home.empty()) {
-            return;
-        }
-        state = home + "/.local/state";
+        return;
     }
     const std::string folder = state + "/velmora";
     for (size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {

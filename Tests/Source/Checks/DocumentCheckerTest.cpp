@@ -82,7 +82,7 @@ tBytes MakeLayout()
 
 bool IsCount(int key)
 {
-    static const std::set<int> kCounts = {423, 424, 500, 206, 318};
+    static const std::set<int> kCounts = {423, 424, 500, 206, 318, 100};
     return kCounts.count(key) != 0;
 }
 
@@ -96,9 +96,11 @@ std::string Describe(const std::vector<tFinding>& findings)
 }
 
 /// Flips the bytes of headers, keys, sizes and counts one by one.
-void ExpectEveryFlipFound(const tBytes& sound, std::initializer_list<int> flips)
+void ExpectEveryFlipFound(
+    const tBytes& sound, std::initializer_list<int> flips,
+    std::vector<tFinding> (*check)(std::span<const unsigned char>) = &CDocumentChecker::CheckLayout)
 {
-    ASSERT_EQ(Describe(CDocumentChecker::CheckLayout(sound)), "");
+    ASSERT_EQ(Describe(check(sound)), "");
     const std::vector<tPlace> places = Places(sound);
     for (size_t i = 0; i < places.size(); ++i) {
         const tPlace& place = places[i];
@@ -108,7 +110,7 @@ void ExpectEveryFlipFound(const tBytes& sound, std::initializer_list<int> flips)
             for (const int flip : flips) {
                 tBytes damaged = sound;
                 damaged[at] = static_cast<unsigned char>(damaged[at] ^ flip);
-                const std::vector<tFinding> findings = CDocumentChecker::CheckLayout(damaged);
+                const std::vector<tFinding> findings = check(damaged);
                 const bool found = std::any_of(findings.begin(), findings.end(), [&](const tFinding& finding) {
                     return finding.kind == tFinding::eKind::kDamage && finding.offset >= place.begin &&
                            finding.offset < reach;
@@ -126,6 +128,8 @@ TEST(CDocumentChecker, FindsEveryFlippedByteOfTheStructureWhereItIs)
 {
     ExpectEveryFlipFound(MakeLayout(), {0xFF, 0x01, 0x04, 0x07, 0x80});
     ExpectEveryFlipFound(ReadFile(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF});
+    ExpectEveryFlipFound(ReadFile(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01},
+                         &CDocumentChecker::CheckLibrary);
 }
 
 TEST(CDocumentChecker, NamesOffsetElementAndRecordWhereADocumentIsCut)

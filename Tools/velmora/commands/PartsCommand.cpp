@@ -1,5 +1,6 @@
 // velmora parts: the list of parts of one or more layouts, and what of it must still be bought.
 #include "commands/Inquiry.h"
+#include "input/LibraryFiles.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
 
@@ -55,7 +56,9 @@ static void AddPartsOptions(CLI::App& app, tOptions& options)
     app.add_option("--stock", options.stock, "A stock file: shows what is there and what must be bought")
         ->type_name("FILE");
     app.add_option("--library", options.libraries,
-                   "A track library: marks numbers that it shares with others, and parts that it does not know")
+                   "A track library, or a folder of them, besides those in VELMORA_LIBRARIES and the user's "
+                   "library folder: marks numbers that libraries share, and parts that their library lacks")
+        ->allow_extra_args(false) // one path for each --library, or it would take the layouts as well
         ->type_name("PATH");
     app.add_option("--format", options.format, "text (for people), csv, json (one object) or html (a page to print)")
         ->check(CLI::IsMember({"text", "csv", "json", "html"}))
@@ -302,12 +305,13 @@ static int RunParts(const tOptions& options)
     };
     ask(eVerb::kParts, options.paths, [&list](const std::string&, const CReport& report) { AddLayout(list, report); });
     std::map<std::string, std::set<std::string>> articlesOf;
-    ask(eVerb::kLibrary, options.libraries, [&articlesOf](const std::string& path, const CReport& report) {
-        std::set<std::string>& articles = articlesOf[NameOfFile(path)];
-        for (const CReport& article : report.GetList("articles")) {
-            articles.insert(article.GetText("number"));
-        }
-    });
+    ask(eVerb::kLibrary, LibraryFiles::Find(options.libraries),
+        [&articlesOf](const std::string& path, const CReport& report) {
+            std::set<std::string>& articles = articlesOf[NameOfFile(path)];
+            for (const CReport& article : report.GetList("articles")) {
+                articles.insert(article.GetText("number"));
+            }
+        });
     if (!options.stock.empty()) {
         ask(eVerb::kStock, {options.stock}, [&list](const std::string&, const CReport& report) {
             list.hasStock = true;
