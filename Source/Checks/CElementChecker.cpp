@@ -68,6 +68,7 @@ std::string Count(long long count)
 
 void CElementChecker::CheckElements(int count, int endKey, size_t countOffset, int countKey)
 {
+    mEndKey = endKey;
     int number = 0;
     while (!mRecords.IsLost()) {
         mRecords.SetElement(number + 1);
@@ -130,7 +131,8 @@ void CElementChecker::CheckComponents(int count, size_t countOffset)
 {
     int number = 0;
     while (!mRecords.IsLost() && (number < count || mRecords.PeekKey() == kTypeKey)) {
-        if (IsAtElement() || mRecords.PeekKey() == kGroupsKey) {
+        const bool isAtEnd = mEndKey == 0 ? mRecords.GetBytesLeft() == 0 : mRecords.PeekKey() == mEndKey;
+        if (IsAtElement() || isAtEnd) {
             break;
         }
         mRecords.SetComponent(++number);

@@ -32,4 +32,5 @@ private:
 
     CRecordChecker& mRecords;
     const std::unordered_set<std::string>* mLayers;
+    int mEndKey = 0; ///< of the record behind the elements; 0 where the file ends
 };
