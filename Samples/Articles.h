@@ -1,17 +1,24 @@
 // The articles that the samples are built from. Makers, libraries and numbers are invented.
 #pragma once
 
+#include "TrackLibraries/Utilities/ULibraryConstants.h"
 #include "TrackSystem.h"
+#include "UnitLength/URailConstants.h"
 
 #include <memory>
 
 class CCompositeGeometry;
 
-/// A track library.
+/// A track library, the name of whose file is its own. Lengths in mm.
 struct tLibrary {
     const char* name; ///< texts here are UTF-8
     const char* manufacturer;
     int currency;
+    tRailSetContentType contentType;
+    int modelScale;
+    double gauge;
+    double trackbed;
+    double spacing; ///< of parallel tracks
 };
 
 /// An article of a library.
@@ -21,7 +28,7 @@ struct tArticle {
     const char* description;
     int price; ///< hundredths
     /// Appends the article's components to an element. What `a` and `b` measure is up to the shape.
-    void (*shape)(CCompositeGeometry& element, double a, double b);
+    void (*shape)(CCompositeGeometry& element, const tArticle& article);
     double a = 0.0;
     double b = 0.0;
     unsigned color = 0; ///< 0xRRGGBB; the fill colour of the element
@@ -33,32 +40,58 @@ std::unique_ptr<CCompositeGeometry> NewElement(const tArticle& article);
 /// Shapes. Joints are numbered in the order in which CCompositeGeometry::GetJoints lists them.
 namespace Shapes {
 /// Straight track of length `a`; joints 0 and 1 are its ends.
-void Straight(CCompositeGeometry& element, double a, double b);
+void Straight(CCompositeGeometry& element, const tArticle& article);
 /// Track of radius `a` that turns by `b` degrees to the right on its way from joint 0 to joint 1.
-void Curve(CCompositeGeometry& element, double a, double b);
+void Curve(CCompositeGeometry& element, const tArticle& article);
+/// Flexible track, as it lies in its box; at most `a` long.
+void Flexible(CCompositeGeometry& element, const tArticle& article);
 /// Turnouts as TrackSystem.h draws them; joint 0 is the toe, 1 the straight end, 2 the end of the branch.
-void TurnoutLeft(CCompositeGeometry& element, double a, double b);
-void TurnoutRight(CCompositeGeometry& element, double a, double b);
+void TurnoutLeft(CCompositeGeometry& element, const tArticle& article);
+void TurnoutRight(CCompositeGeometry& element, const tArticle& article);
+/// A turnout of another radius `a` and angle `b`, by the same rule; to the right for a positive angle.
+void Turnout(CCompositeGeometry& element, const tArticle& article);
+/// The same with a branch to either side; the branch to the left is joint 3.
+void ThreeWayTurnout(CCompositeGeometry& element, const tArticle& article);
+/// Both routes turn by `b` at the radius `a`; the outer one, to joint 2, goes straight for the tracks' distance first.
+/// The toe is joint 0, of one to the left joint 1: a curve to the left is the piece from its other end.
+void CurvedTurnout(CCompositeGeometry& element, const tArticle& article);
+/// Turns by `b` to either side at the radius `a`.
+void Wye(CCompositeGeometry& element, const tArticle& article);
+/// Crossings at `a` degrees: one between the tracks of a ladder, and one of two routes of length `b`.
+void LadderCrossing(CCompositeGeometry& element, const tArticle& article);
+void Crossing(CCompositeGeometry& element, const tArticle& article);
+/// A ladder's crossing with a connection from 0 to 3.
+void SingleSlip(CCompositeGeometry& element, const tArticle& article);
 /// Crossing with connections between its routes: 0 to 1 the straight one, 2 to 3 the other one, at `a` degrees.
-void DoubleSlip(CCompositeGeometry& element, double a, double b);
+void DoubleSlip(CCompositeGeometry& element, const tArticle& article);
 /// End of a track of length `a`; joint 0 is its only one.
-void Bumper(CCompositeGeometry& element, double a, double b);
+void Bumper(CCompositeGeometry& element, const tArticle& article);
 /// Turntable; joint 0 is the way in, the others are the stalls on the opposite side, from left to right.
-void Turntable(CCompositeGeometry& element, double a, double b);
+void Turntable(CCompositeGeometry& element, const tArticle& article);
 /// Engine shed around a turntable's stalls, `a` deep, its rear `b` from the turntable's middle.
-void Roundhouse(CCompositeGeometry& element, double a, double b);
+void Roundhouse(CCompositeGeometry& element, const tArticle& article);
 /// House of `a` by `b` with the ridge of a roof along its longer side.
-void House(CCompositeGeometry& element, double a, double b);
+void House(CCompositeGeometry& element, const tArticle& article);
 /// Anything of `a` by `b`.
-void Box(CCompositeGeometry& element, double a, double b);
+void Box(CCompositeGeometry& element, const tArticle& article);
 /// A crown of radius `a` around a stem of radius `b`.
-void Tree(CCompositeGeometry& element, double a, double b);
+void Tree(CCompositeGeometry& element, const tArticle& article);
 /// Signal: a foot of `a` by `a` and a lamp of radius `b`.
-void Signal(CCompositeGeometry& element, double a, double b);
+void Signal(CCompositeGeometry& element, const tArticle& article);
 } // namespace Shapes
 
-inline constexpr tLibrary kTrackLibrary = {"Halvensen H0 Profilgleis", "Halvensen", 129};
-inline constexpr tLibrary kAccessoryLibrary = {"Quirrin Bauten & Zubehör", "Quirrin & Söhne", 129};
+inline constexpr tLibrary kTrackLibrary = {"Halvensen H0 Profilgleis",
+                                           "Halvensen",
+                                           129,
+                                           ULibraryConstants::kContentTracks,
+                                           URailConstants::kScaleH0,
+                                           TrackSystem::kGauge,
+                                           TrackSystem::kTrackbed,
+                                           TrackSystem::kSpacing};
+/// Its lines keep their width: loading a library gives them its trackbed.
+inline constexpr tLibrary kAccessoryLibrary = {
+    "Quirrin Bauten & Zubehör", "Quirrin & Söhne",   129, ULibraryConstants::kContentAccessories,
+    URailConstants::kScaleH0,   TrackSystem::kGauge, 0.0, TrackSystem::kSpacing};
 
 // clang-format off
 inline constexpr tArticle

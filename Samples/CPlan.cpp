@@ -3,6 +3,7 @@
 #include "Articles.h"
 #include "Colors.h"
 #include "RomanText.h"
+#include "Settle.h"
 
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
@@ -13,50 +14,10 @@
 #include "Layouts/Groups/UGroups.h"
 #include "UnitLength/URailConstants.h"
 
-#include <cmath>
-
 namespace {
 constexpr char kTextFont[] = "Helvetica";
 constexpr int kFreePolygon = 1;
-/// Documents hold seven decimals of a number and cut the rest.
-constexpr double kStoredSteps = 1e7;
 constexpr double kZoomFactor = 0.25;
-
-/// The nearest number that is stored whole, and a little more, so that cutting cannot take its last step away. Without
-/// this, the last bit of a sine, which differs between systems, would decide on a digit in the file.
-double Settled(double value)
-{
-    const double steps = std::floor(std::fabs(value) * kStoredSteps + 0.5);
-    return std::copysign((steps + 0.25) / kStoredSteps, value);
-}
-
-CPoint Settled(const CPoint& point)
-{
-    return {Settled(point.x), Settled(point.y), Settled(point.z)};
-}
-
-void Settle(CCompositeGeometry& element)
-{
-    CPoint& position = element.GetLayoutItemAttributes().position;
-    position = Settled(position);
-    for (CBasicGeometry* component : element.GetComponents()) {
-        component->SetItemXOffset(Settled(component->GetItemXOffset()));
-        component->SetItemYOffset(Settled(component->GetItemYOffset()));
-        if (IsPolygonType(component->GetType())) {
-            auto* polygon = static_cast<CPolyBIG*>(component);
-            std::vector<CPoint> points = polygon->GetPoints();
-            for (CPoint& point : points) {
-                point = Settled(point);
-            }
-            polygon->SetPoints(points);
-        }
-    }
-    const CGradeVector& grade = element.GetGrade();
-    if (grade.IsGraded()) {
-        element.SetGrade(
-            {Settled(grade.GetStartPoint()), Settled(grade.GetEndPoint()), Settled(grade.GetDeltaHeight())});
-    }
-}
 } // namespace
 
 CPlan::CPlan(const char* author, const char* description, const char* revision, int width, int height,

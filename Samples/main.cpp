@@ -1,6 +1,7 @@
-// velmora-samples FOLDER: makes the sample layouts.
+// velmora-samples FOLDER: makes the samples: layouts, libraries and a stock.
 #include "CPlan.h"
 #include "Layouts.h"
+#include "Libraries.h"
 
 #include "Preferences/CVLPreferences.h"
 
@@ -42,6 +43,11 @@ int main(int argc, char** argv)
             fprintf(stderr, "velmora-samples: cannot write %s\n", path.c_str());
             return EXIT_FAILURE;
         }
+    }
+    const std::string folder = argv[1];
+    if (!MakeLibraries(folder + "/libraries") || !MakeStock(folder + "/stock.xml")) {
+        fprintf(stderr, "velmora-samples: cannot write the libraries and the stock\n");
+        return EXIT_FAILURE;
     }
     return EXIT_SUCCESS;
 }

@@ -50,6 +50,10 @@ static int OpenForReading(const std::string& path)
     return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
 }
 
+// The buffer of the stream that was closed last. To give so large a block back and ask for it again at the next
+// document would make the allocator tidy up all its small blocks each time.
+static std::atomic<char*> sSpareBuffer;
+
 // Turns a descriptor into a stream with a buffer of ours; closes the descriptor where that fails.
 static FILE* MakeStream(int descriptor, const char* mode, std::unique_ptr<char[]>& buffer)
 {
@@ -61,7 +65,10 @@ static FILE* MakeStream(int descriptor, const char* mode, std::unique_ptr<char[]
         close(descriptor);
         return nullptr;
     }
-    buffer.reset(new char[kBufferSize]); // not cleared: small files never touch most of it
+    buffer.reset(sSpareBuffer.exchange(nullptr));
+    if (!buffer) {
+        buffer.reset(new char[kBufferSize]); // not cleared: small files never touch most of it
+    }
     setvbuf(stream, buffer.get(), _IOFBF, kBufferSize);
     return stream;
 }
@@ -90,6 +97,7 @@ CInputFile::~CInputFile()
 {
     if (mStream != nullptr) {
         fclose(mStream);
+        delete[] sSpareBuffer.exchange(mBuffer.release());
     }
 }
 

@@ -12,8 +12,9 @@ public:
     CCountedCIG(CCompositeGeometry* element, int count) : CCompositeGeometry(element), mCount(count) {}
     explicit CCountedCIG(CCountedCIG* other) : CCompositeGeometry(other), mCount(other->mCount) {}
 
-    /// An entry for statistics. Of a library element it holds the library attributes alone, which is all that a list of
-    /// parts asks of it; an element without library is copied whole, since its kind is told by its components.
+    /// An entry for statistics: the library attributes, which is all that a list of parts asks of a library element.
+    /// Elements without library are told by their kind: a flexible track's entry has one without points, but of its
+    /// maximum length.
     static std::unique_ptr<CCountedCIG> ForStatistics(CCompositeGeometry* element);
 
     int GetCount() const { return mCount; }

@@ -3,6 +3,8 @@
 
 #include "CPoint/CPoint.h"
 
+#include <cmath>
+
 class CCompositeGeometry;
 
 /// Mark that an operation puts on a joint; 0 is none, everything else highlights it.
@@ -54,6 +56,8 @@ public:
     /// Direction of travel into the component, degrees, not normalised.
     double GetAngle() const { return mAngle; }
     void SetAngle(double angle) { mAngle = angle; }
+    /// Sets fmod(angle, 360), for which most angles need no division.
+    void SetReducedAngle(double angle) { mAngle = angle > -360.0 && angle < 360.0 ? angle : std::fmod(angle, 360.0); }
     bool GetComponentFlag() const { return mComponentFlag; }
     void SetComponentFlag(bool flag) { mComponentFlag = flag; }
     /// Absolute position in the layout, mm, as last placed.

@@ -1,6 +1,7 @@
-// The sample layouts: those that are checked in, and the program that makes them.
+// The samples: those that are checked in, and the program that makes them.
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "BuildingBlocks/CCountedCIG.h"
 #include "CTaggedFile/BigEndian.h"
 #include "Elements/Utilities/UElementStatistics.h"
 #include "Elements/Utilities/UElementVectorOperations.h"
@@ -10,6 +11,9 @@
 #include "Layouts/Utilities/CVLLayerNameResolver.h"
 #include "Platform/MacRoman.h"
 #include "Preferences/CVLPreferences.h"
+#include "Stock/CStock.h"
+#include "TrackLibraries/CRailSet.h"
+#include "TrackLibraries/CRailsetFolder.h"
 #include "TrackSystem.h"
 #include "UnitLength/URailConstants.h"
 
@@ -21,6 +25,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <memory>
 #include <set>
 #include <sys/wait.h>
 
@@ -30,6 +36,10 @@ namespace {
 constexpr char kOval[] = "oval.velmora";
 constexpr char kTerminus[] = "terminus.velmora";
 constexpr char kEmpty[] = "empty.velmora";
+constexpr char kTrackLibrary[] = "libraries/Halvensen H0 Profilgleis";
+constexpr char kNarrowLibrary[] = "libraries/Törrig N Feingleis";
+constexpr char kAccessoryLibrary[] = "libraries/Quirrin Bauten & Zubehör";
+constexpr char kStock[] = "stock.xml";
 /// How exactly stored tracks meet, mm.
 constexpr double kMeeting = 1e-6;
 
@@ -96,22 +106,31 @@ int RunProgram(const std::string& arguments)
     return WEXITSTATUS(std::system(command.c_str()));
 }
 
-/// A layout file without the data of its two dates, keys 402 and 403.
+std::string Bytes(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A file without the records of its dates: keys 402 and 403 of a layout, 115 of a library, whose other date is fixed.
 std::string WithoutDates(const std::string& path)
 {
     constexpr size_t kHeader = 8;
     constexpr size_t kRecordHead = 4;
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    std::string bytes = Bytes(path);
+    const bool isLibrary = bytes.rfind("RSet", 0) == 0;
+    const unsigned first = isLibrary ? 115 : 402;
+    const unsigned last = isLibrary ? 115 : 403;
     size_t at = kHeader;
     while (at + kRecordHead <= bytes.size()) {
         const auto* record = reinterpret_cast<const unsigned char*>(bytes.data() + at);
         const unsigned key = static_cast<unsigned>(record[0] << 8 | record[1]);
         const unsigned size = static_cast<unsigned>(record[2] << 8 | record[3]);
-        if (key > 403) {
+        if (key > last) {
             break;
         }
-        if (key >= 402) {
+        if (key >= first) {
             bytes.erase(at, kRecordHead + size);
         } else {
             at += kRecordHead + size;
@@ -330,6 +349,129 @@ TEST(Samples, GroupsFormTheIntendedTree)
     }
 }
 
+TEST(Samples, LibrariesHoldTheArticlesOfTheLayouts)
+{
+    const struct {
+        const char* name;
+        size_t articles;
+        int scale;
+        tRailSetContentType type;
+    } cases[] = {{kTrackLibrary, 80, URailConstants::kScaleH0, ULibraryConstants::kContentTracks},
+                 {kNarrowLibrary, 20, URailConstants::kScaleN, ULibraryConstants::kContentTracks},
+                 {kAccessoryLibrary, 17, URailConstants::kScaleH0, ULibraryConstants::kContentAccessories}};
+    std::map<std::string, std::unique_ptr<CRailSet>> libraries;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto library = std::make_unique<CRailSet>(CheckedIn(c.name));
+        ASSERT_EQ(library->Load(), CRailSet::kLoaded);
+        EXPECT_EQ(library->GetSize(), c.articles);
+        EXPECT_EQ(library->GetModelScale(), c.scale);
+        EXPECT_EQ(library->GetContentType(), c.type);
+        EXPECT_EQ(library->GetParameters().currency, 129);
+        std::set<std::string> numbers;
+        std::set<std::string> descriptions;
+        for (CCompositeGeometry* article : library->GetGeometries()) {
+            SCOPED_TRACE(article->GetName());
+            EXPECT_TRUE(numbers.insert(article->GetName()).second);
+            EXPECT_TRUE(descriptions.insert(article->GetDescription()).second);
+            EXPECT_GT(article->GetPrice(), 0);
+            EXPECT_STREQ(article->GetManufacturer(), library->GetManufacturer());
+            std::vector<CJoint*> joints;
+            article->GetJoints(joints, true, true);
+            EXPECT_EQ(joints.empty(), c.type != ULibraryConstants::kContentTracks);
+        }
+        libraries.emplace(library->GetGeometryAtIndex(0)->GetRailSetName(), std::move(library));
+    }
+
+    for (const char* name : {kOval, kTerminus}) {
+        SCOPED_TRACE(name);
+        CSample sample(CheckedIn(name));
+        for (CCompositeGeometry* element : sample.Get().GetElements()) {
+            if (!element->HasRailSetName()) {
+                continue;
+            }
+            SCOPED_TRACE(element->GetName());
+            const auto library = libraries.find(element->GetRailSetName());
+            ASSERT_NE(library, libraries.end());
+            CCompositeGeometry* article = library->second->FindGeometry(element->GetName());
+            ASSERT_NE(article, nullptr);
+            EXPECT_STREQ(element->GetDescription(), article->GetDescription());
+            EXPECT_STREQ(element->GetManufacturer(), article->GetManufacturer());
+            EXPECT_EQ(element->GetPrice(), article->GetPrice());
+            EXPECT_EQ(element->GetCurrency(), article->GetCurrency());
+            EXPECT_EQ(element->GetNumberOfComponents(), article->GetNumberOfComponents());
+            EXPECT_NEAR(element->GetTrackLength(), article->GetTrackLength(), kMeeting);
+        }
+    }
+}
+
+TEST(Samples, BranchesOfTurnoutsGetHalfWayToTheNextTrack)
+{
+    const struct {
+        const char* library;
+        double spacing;
+        std::map<std::string, std::vector<double>> sides; ///< of each branch; y grows downwards
+    } cases[] = {
+        {kTrackLibrary,
+         62.0,
+         {{"3601", {-1.0}}, {"3602", {1.0}}, {"3611", {-1.0}}, {"3612", {1.0}}, {"3630", {1.0, -1.0}}}},
+        {kNarrowLibrary, 30.0, {{"301", {-1.0}}, {"302", {1.0}}, {"320", {1.0, -1.0}}}},
+    };
+    for (const auto& c : cases) {
+        CRailSet library(CheckedIn(c.library));
+        ASSERT_EQ(library.Load(), CRailSet::kLoaded);
+        for (const auto& [number, sides] : c.sides) {
+            SCOPED_TRACE(number);
+            CCompositeGeometry* turnout = library.FindGeometry(number);
+            ASSERT_NE(turnout, nullptr);
+            std::vector<CJoint*> joints;
+            turnout->GetJoints(joints, true, true);
+            ASSERT_EQ(joints.size(), 2 + sides.size());
+            const double axis = joints[0]->GetPosition().y;
+            EXPECT_NEAR(joints[1]->GetPosition().y, axis, kMeeting);
+            for (size_t i = 0; i < sides.size(); ++i) {
+                EXPECT_NEAR(joints[2 + i]->GetPosition().y, axis + sides[i] * c.spacing / 2.0, kMeeting);
+            }
+        }
+    }
+}
+
+TEST(Samples, StockKnowsItsArticles)
+{
+    CRailsetFolder::Instance()->InitializeWithPaths({CheckedIn(kTrackLibrary)});
+    const std::string path = CheckedIn(kStock);
+    int entries = 0;
+    int pieces = 0;
+    ASSERT_EQ(CStock::ForEachEntry(path.c_str(),
+                                   [&](const std::string&, const std::string&, int count) {
+                                       ++entries;
+                                       pieces += count;
+                                       EXPECT_GT(count, 0);
+                                   }),
+              CStock::eFileState::kWhole);
+    EXPECT_GT(entries, 10);
+    CStock stock;
+    ASSERT_TRUE(stock.LoadFromFile(path.c_str()));
+    EXPECT_EQ(stock.GetSumOfElementTypes(), entries);
+    EXPECT_EQ(stock.GetSumOfAllElements(), pieces);
+
+    // Part of what the terminus takes, not all of it.
+    CSample terminus(CheckedIn(kTerminus));
+    int owned = 0;
+    int missing = 0;
+    for (CCompositeGeometry* element : terminus.Get().GetElements()) {
+        CCountedCIG* entry = stock.FindElement(element->GetRailSetName(), element->GetName());
+        if (entry != nullptr && entry->GetCount() > 0) {
+            entry->DecCount(1);
+            ++owned;
+        } else if (element->GetNumberOfTrackBIGs() > 0) {
+            ++missing;
+        }
+    }
+    EXPECT_GT(owned, 100);
+    EXPECT_GT(missing, 50);
+}
+
 TEST(Samples, KeepTheirBytesWhenLoadedAndSaved)
 {
     const std::string copy = TestFolder("saved") + "/copy.velmora";
@@ -339,6 +481,15 @@ TEST(Samples, KeepTheirBytesWhenLoadedAndSaved)
         ASSERT_EQ(sample.GetResult(), CLayout::kLoaded);
         ASSERT_TRUE(sample.Get().Save(&copy));
         EXPECT_TRUE(WithoutDates(CheckedIn(name)) == WithoutDates(copy));
+    }
+    for (const char* name : {kTrackLibrary, kNarrowLibrary, kAccessoryLibrary}) {
+        SCOPED_TRACE(name);
+        const std::string saved = TestFolder("saved/libraries") + "/../" + name;
+        std::filesystem::copy_file(CheckedIn(name), saved, std::filesystem::copy_options::overwrite_existing);
+        CRailSet library(saved);
+        ASSERT_EQ(library.Load(), CRailSet::kLoaded);
+        ASSERT_TRUE(library.Save());
+        EXPECT_TRUE(WithoutDates(CheckedIn(name)) == WithoutDates(saved));
     }
 }
 
@@ -364,12 +515,13 @@ TEST(Samples, AreMadeTheSameForEveryUser)
     preferences.Save();
     ASSERT_EQ(CVLPreferences().mDefaultGridSpacing, 7);
     ASSERT_EQ(RunProgram("\"" + changed + "\""), 0);
-    for (const char* name : {kOval, kTerminus, kEmpty}) {
+    for (const char* name : {kOval, kTerminus, kEmpty, kTrackLibrary, kNarrowLibrary, kAccessoryLibrary}) {
         SCOPED_TRACE(name);
         // Made anew with: velmora-samples Samples
         EXPECT_TRUE(WithoutDates(CheckedIn(name)) == WithoutDates(plain + "/" + name));
         EXPECT_TRUE(WithoutDates(CheckedIn(name)) == WithoutDates(changed + "/" + name));
     }
+    EXPECT_EQ(Bytes(CheckedIn(kStock)), Bytes(plain + "/" + kStock));
     EXPECT_EQ(RunProgram(""), 2);
     EXPECT_EQ(RunProgram("\"" + plain + "/missing\""), 1);
 }

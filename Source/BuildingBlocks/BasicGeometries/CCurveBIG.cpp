@@ -101,8 +101,8 @@ void CCurveBIG::DefineJoints(const CPoint& origin, double angle, const CGradeVec
     GetOffsetForLeftTopAlignedCurve(angle);
     CurveInternalDefJoints();
     const double direction = mAngle + angle;
-    mJoints[0].SetAngle(std::fmod(direction, 360.0));
-    mJoints[1].SetAngle(std::fmod(direction + mArcAngle + 180.0, 360.0));
+    mJoints[0].SetReducedAngle(direction);
+    mJoints[1].SetReducedAngle(direction + mArcAngle + 180.0);
     FinishJoints(origin, grade, mode);
     mJoints[0].SetComponentFlag(false);
     mJoints[1].SetComponentFlag(true);

@@ -100,8 +100,8 @@ void CFlexTrackBIG::DefineJoints(const CPoint& origin, double angle, const CGrad
         local.x = mItemXOffset + middle.x + dx * turn.cosine - dy * turn.sine;
         local.y = mItemYOffset + middle.y + dy * turn.cosine + dx * turn.sine;
     }
-    mJoints[0].SetAngle(std::fmod(mStartAngle + turned, 360.0));
-    mJoints[1].SetAngle(std::fmod(mEndAngle + 180.0 + turned, 360.0));
+    mJoints[0].SetReducedAngle(mStartAngle + turned);
+    mJoints[1].SetReducedAngle(mEndAngle + 180.0 + turned);
     FinishJoints(origin, grade, mode);
     mJoints[0].SetComponentFlag(true);
     mJoints[1].SetComponentFlag(true);

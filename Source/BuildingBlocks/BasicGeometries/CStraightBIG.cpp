@@ -57,8 +57,8 @@ void CStraightBIG::DefineJoints(const CPoint& origin, double angle, const CGrade
     first.y = middleY - half * along.sine;
     second.x = middleX + half * along.cosine;
     second.y = middleY + half * along.sine;
-    mJoints[0].SetAngle(std::fmod(direction, 360.0));
-    mJoints[1].SetAngle(std::fmod(180.0 + direction, 360.0));
+    mJoints[0].SetReducedAngle(direction);
+    mJoints[1].SetReducedAngle(180.0 + direction);
     FinishJoints(origin, grade, mode);
     mJoints[0].SetComponentFlag(true);
     mJoints[1].SetComponentFlag(true);

@@ -1,0 +1,145 @@
+// Damaged documents: whatever the bytes, a load ends with one of its codes and leaves a sound layout behind.
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "TestLayout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+struct tOutcome {
+    int code;
+    size_t elements;
+};
+
+tOutcome LoadDamaged(const CScratchFile& file)
+{
+    CTestLayout layout;
+    const int code = layout.Load(file.Path());
+    EXPECT_TRUE(IsForest(layout.GetGroups()));
+    for (const CCompositeGeometry* element : layout.GetElements()) { // as the importer touches them
+        EXPECT_LE(strnlen(element->GetName(), 32), 31U);
+    }
+    return {code, layout.GetElements().size()};
+}
+
+/// A whole document in a file and where its elements begin and end.
+class CWhole {
+public:
+    explicit CWhole(const std::string& bytes) : mBytes(bytes), mFile(bytes)
+    {
+        const CRecords records = CRecords::OfDocument(bytes);
+        size_t at = 0;
+        for (const CRecords::tPiece& piece : records.Pieces()) {
+            if (at > 0 && (piece.key == CRecords::kRaw || (piece.key == 424 && !mBegins.empty()))) {
+                mBegins.push_back(at); // the last one is the end
+            }
+            at += piece.Bytes().size();
+        }
+        const tOutcome outcome = LoadDamaged(mFile);
+        EXPECT_EQ(outcome.code, CLayout::kLoaded);
+        EXPECT_EQ(outcome.elements, mBegins.empty() ? 0 : mBegins.size() - 1);
+    }
+
+    /// Loads the first bytes: no fewer elements than are whole in them and no more than begin there.
+    void ExpectCutLoads(size_t size)
+    {
+        SCOPED_TRACE("cut at " + std::to_string(size));
+        mFile.Set(std::string_view(mBytes).substr(0, size));
+        const tOutcome outcome = LoadDamaged(mFile);
+        if (size < 8) {
+            EXPECT_EQ(outcome.code, CLayout::kNoLayout);
+            return;
+        }
+        EXPECT_TRUE(outcome.code == CLayout::kLoaded || outcome.code == CLayout::kElementFailed) << outcome.code;
+        const auto begun = std::upper_bound(mBegins.begin(), mBegins.end(), size) - mBegins.begin();
+        const size_t whole = begun > 0 ? static_cast<size_t>(begun) - 1 : 0;
+        EXPECT_GE(outcome.elements, whole);
+        EXPECT_LE(outcome.elements, whole + 1);
+        // The promised elements are there only if the last of them has begun.
+        if (whole + 2 < mBegins.size() && begun > 0) {
+            EXPECT_EQ(outcome.code, CLayout::kElementFailed);
+        }
+    }
+
+    const std::string& Bytes() const { return mBytes; }
+    /// At every byte of a small document, at fixed random ones of a large one.
+    void ExpectCutsLoad(int cuts)
+    {
+        CRandom random(2000);
+        const int64_t last = static_cast<int64_t>(mBytes.size()) - 1;
+        for (int i = 0; i < cuts && !testing::Test::HasFailure(); ++i) {
+            ExpectCutLoads(cuts > last ? static_cast<size_t>(i) : static_cast<size_t>(random.Int(0, last)));
+        }
+    }
+
+private:
+    std::string mBytes;
+    CScratchFile mFile;
+    std::vector<size_t> mBegins;
+};
+} // namespace
+
+TEST(Damage, CutAtEveryByte)
+{
+    CWhole whole(Layout(RandomLayout(60, 25, true)).Bytes());
+    whole.ExpectCutsLoad(static_cast<int>(whole.Bytes().size()));
+}
+
+TEST(Damage, ALargeDocumentCutAnywhere)
+{
+    CWhole whole(Layout(RandomLayout(900, 900, true)).Bytes());
+    whole.ExpectCutsLoad(500);
+}
+
+TEST(Damage, SamplesCutAnywhere)
+{
+    size_t samples = 0;
+    for (const auto& entry : fs::directory_iterator(fs::path(SOURCE_FOLDER) / "Samples")) {
+        if (entry.path().extension() != ".velmora") {
+            continue;
+        }
+        SCOPED_TRACE(entry.path().filename().string());
+        ++samples;
+        std::ifstream stream(entry.path(), std::ios::binary);
+        std::stringstream content;
+        content << stream.rdbuf();
+        CWhole whole(content.str());
+        constexpr int kSmall = 60000;
+        const int size = static_cast<int>(whole.Bytes().size());
+        whole.ExpectCutsLoad(size <= kSmall ? size : 2000);
+    }
+    EXPECT_GT(samples, 0U);
+}
+
+TEST(Damage, EveryByteReplaced)
+{
+    tLayout source;
+    tElement element;
+    element.layer = "Upper";
+    element.library = "Library";
+    for (const CRecords& component :
+         {Straight({}, 100), Curve({}, 360, 30), Polygon({}, {{0, 0}, {1, 2}}), Text({.angle = 10}, "text"),
+          Oval({}, 5, 5), Flexible({}, {{0, 0}, {30, 5}, {60, 0}})}) {
+        element.components = {component};
+        element.angle = 30;
+        source.elements.push_back(element);
+    }
+    source.groups = {2, 1, 1, 0, 0, -1, 2, 1, 2, 1, 0};
+    const std::string bytes = Layout(source).Bytes();
+    CScratchFile file(bytes);
+    ASSERT_EQ(LoadDamaged(file).code, CLayout::kLoaded);
+    for (size_t at = 0; at < bytes.size() && !HasFailure(); ++at) {
+        for (const char byte : {'\0', '\xFF', static_cast<char>(bytes[at] ^ '\x80')}) {
+            file.SetByte(at, byte);
+            const int code = LoadDamaged(file).code;
+            EXPECT_TRUE(code == 0 || code == 2 || code == 3 || code == 4) << code << " with byte " << at;
+        }
+        file.SetByte(at, bytes[at]);
+    }
+}

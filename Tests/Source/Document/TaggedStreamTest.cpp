@@ -1,0 +1,328 @@
+#include "CTaggedFile/CTag.h"
+#include "CTaggedFile/CTaggedFile.h"
+#include "Common/Reports.h"
+#include "support/DocumentBuilder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+
+using testing::ElementsAre;
+using testing::Pair;
+
+namespace {
+struct tClose {
+    void operator()(FILE* file) const { fclose(file); }
+};
+
+/// A stream over the bytes, at its beginning, ready for reading; `buffer` 0 leaves it the C library's own buffer.
+std::unique_ptr<FILE, tClose> Stream(const std::string& bytes, size_t buffer = 0)
+{
+    std::unique_ptr<FILE, tClose> file(tmpfile());
+    if (buffer > 0) {
+        static char sBuffer[4096];
+        setvbuf(file.get(), sBuffer, _IOFBF, buffer);
+    }
+    fwrite(bytes.data(), 1, bytes.size(), file.get());
+    rewind(file.get());
+    return file;
+}
+
+/// The bytes that `write` puts into a stream.
+template <typename tWrite>
+std::string Written(tWrite write)
+{
+    const std::unique_ptr<FILE, tClose> file(tmpfile());
+    CTaggedFile records(file.get());
+    write(records);
+    std::string bytes(static_cast<size_t>(ftell(file.get())), '\0');
+    rewind(file.get());
+    bytes.resize(fread(bytes.data(), 1, bytes.size(), file.get()));
+    return bytes;
+}
+
+std::string StoredDouble(double value)
+{
+    return Written([value](CTaggedFile& records) { records.Write(1, value); }).substr(4);
+}
+
+double ReadDouble(const std::string& data)
+{
+    double value = 77.0;
+    const auto file = Stream(CRecords().Record(1, data).Bytes());
+    CTaggedFile records(file.get());
+    EXPECT_TRUE(records.Read(1, value));
+    return value;
+}
+
+std::string Words(int64_t whole, int64_t fraction)
+{
+    return Bytes32(static_cast<uint32_t>(whole)) + Bytes32(static_cast<uint32_t>(fraction));
+}
+} // namespace
+
+TEST(TaggedStream, WritesValuesAsBytes)
+{
+    EXPECT_EQ(Written([](CTaggedFile& records) {
+                  records.Write(409, 1);
+                  records.Write(410, -2);
+                  records.Write(411, true);
+                  records.Write(412, 'x');
+                  records.Write(413, "text");
+                  records.Write(414, "");
+                  records.Write(415, std::string("a\0b", 3));
+                  records.Write(416, "raw", size_t{2});
+                  records.Write(417, "nothing", size_t{0});
+                  records.Write(0, 1);
+              }),
+              std::string("\x01\x99\0\4\0\0\0\1"
+                          "\x01\x9A\0\4\xFF\xFF\xFF\xFE"
+                          "\x01\x9B\0\1\1"
+                          "\x01\x9C\0\1x"
+                          "\x01\x9D\0\5text\0"
+                          "\x01\x9E\0\1\0"
+                          "\x01\x9F\0\2a\0"
+                          "\x01\xA0\0\2ra",
+                          52));
+    const std::string text = Written([](CTaggedFile& records) { records.Write(1, std::string(3000, 'y')); });
+    EXPECT_EQ(text, CRecords().Text(1, std::string(2047, 'y')).Bytes());
+}
+
+TEST(TaggedStream, StoresDoublesInFixedPoint)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        double value;
+        int64_t whole;
+        int64_t fraction;
+    } cases[] = {
+        {2.5, 2, 5000000},
+        {-2.5, -2, -5000000},
+        {0.0, 0, 0},
+        {-0.25, 0, -2500000},
+        {0.29, 0, 2900000}, // the decimal behind this double is below 0.29, its product with the units is not
+        {0.123456789, 0, 1234567},
+        {-0.123456789, 0, -1234567},
+        {2147483647.0, INT32_MAX, 0},
+        {-2147483648.0, INT32_MIN, 0},
+        {1e300, INT32_MAX, 9999999},
+        {2147483648.0, INT32_MAX, 9999999},
+        {infinity, INT32_MAX, 9999999},
+        {-infinity, INT32_MIN, -9999999},
+        {std::nan(""), 0, 0},
+        {-std::nan(""), 0, 0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(StoredDouble(c.value), Words(c.whole, c.fraction)) << c.value;
+    }
+    EXPECT_EQ(ReadDouble(Words(2, 5000000)), 2.5);
+    EXPECT_EQ(ReadDouble(Words(-2, -5000000)), -2.5);
+    EXPECT_DOUBLE_EQ(ReadDouble(Words(0, 1234567)), 0.1234567);
+    // Words that no writer makes still have a value.
+    EXPECT_DOUBLE_EQ(ReadDouble(Words(1, -5000000)), 0.5);
+    EXPECT_DOUBLE_EQ(ReadDouble(Words(INT32_MAX, INT32_MAX)), 2147483647.0 + 214.7483647);
+    EXPECT_DOUBLE_EQ(ReadDouble(Words(INT32_MIN, INT32_MIN)), -2147483648.0 - 214.7483648);
+}
+
+TEST(TaggedStream, DoublesAreCutOnceAndStableAfterThat)
+{
+    CRandom random(1);
+    for (int i = 0; i < 3000; ++i) {
+        // Magnitudes from 1e-7 to 9e8, and both ends of the range.
+        const double exponent = static_cast<double>(random.Int(-7000000, 8954242)) / 1e6;
+        const double sign = random.Bool() ? 1.0 : -1.0;
+        const double value = sign * (i % 10 == 0 ? 9e8 - static_cast<double>(i) / 7.0 : std::pow(10.0, exponent));
+        const std::string once = StoredDouble(value);
+        const double back = ReadDouble(once);
+        EXPECT_LE(std::fabs(back - value), 1e-7) << std::hexfloat << value;
+        EXPECT_EQ(StoredDouble(back), once) << std::hexfloat << value;
+    }
+}
+
+TEST(TaggedStream, SkipsWhatWasNotAskedFor)
+{
+    CReports reports;
+    const auto file = Stream(
+        CRecords().Text(400, "skipped").Int(0, 5).Text(401, "found").Int(402, 7).Record(403, "").Int(404, 9).Bytes());
+    CTaggedFile records(file.get());
+    char text[16] = "";
+    EXPECT_TRUE(records.Read(401, text, sizeof text));
+    EXPECT_STREQ(text, "found");
+    EXPECT_THAT(
+        reports.mMessages,
+        ElementsAre(Pair(Platform::eReportLevel::kDebugPrint, "CTaggedFile::ReadNextMatchingTag -- Skipping '400' tag"),
+                    Pair(Platform::eReportLevel::kDebugPrint, "CTaggedFile::ReadNextMatchingTag -- Skipping '0' tag")));
+    EXPECT_EQ(records.GetNumberOfRecordsRead(), 3);
+    EXPECT_EQ(records.GetNumberOfRecordsSkipped(), 2);
+
+    // An empty record ends the one search that meets it; the next one goes on behind it.
+    int value = 1;
+    EXPECT_FALSE(records.Read(404, value));
+    EXPECT_EQ(value, 1);
+    EXPECT_FALSE(records.AtEnd());
+    EXPECT_TRUE(records.Read(404, value));
+    EXPECT_EQ(value, 9);
+    EXPECT_FALSE(records.Read(400, value));
+    EXPECT_TRUE(records.AtEnd());
+    EXPECT_EQ(value, 9);
+    EXPECT_EQ(records.GetNumberOfRecordsRead(), 5);
+    EXPECT_EQ(records.GetNumberOfRecordsSkipped(), 3);
+    EXPECT_EQ(fgetc(file.get()), EOF);
+}
+
+TEST(TaggedStream, ReadsNoMoreThanTheFieldHolds)
+{
+    const auto file = Stream(CRecords()
+                                 .Record(1, std::string("\0\0\1", 3)) // too short for an int
+                                 .Record(2, std::string("\0\0\0\1\xFF", 5))
+                                 .Record(3, "\1\2\3\4\5\6\7")
+                                 .Record(4, Words(1, 5000000) + "more")
+                                 .Record(5, "\2more")
+                                 .Record(6, "xyz")
+                                 .Record(7, "without zero")
+                                 .Record(8, std::string("in\0side", 7))
+                                 .Record(9, std::string(3000, 'z'))
+                                 .Record(10, "123")
+                                 .Record(11, "12345678")
+                                 .Record(12, "123")
+                                 .Bytes());
+    CTaggedFile records(file.get());
+    int number = 42;
+    EXPECT_TRUE(records.Read(1, number));
+    EXPECT_EQ(number, 42);
+    EXPECT_TRUE(records.Read(2, number));
+    EXPECT_EQ(number, 1);
+    double real = 0.5;
+    EXPECT_TRUE(records.Read(3, real));
+    EXPECT_EQ(real, 0.5);
+    EXPECT_TRUE(records.Read(4, real));
+    EXPECT_EQ(real, 1.5);
+    bool flag = false;
+    EXPECT_TRUE(records.Read(5, flag));
+    EXPECT_TRUE(flag);
+    char character = 0;
+    EXPECT_TRUE(records.Read(6, character));
+    EXPECT_EQ(character, 'x');
+    char text[8];
+    std::fill(std::begin(text), std::end(text), '#');
+    EXPECT_TRUE(records.Read(7, text, 7));
+    EXPECT_STREQ(text, "withou");
+    EXPECT_EQ(text[7], '#');
+    EXPECT_TRUE(records.Read(8, text, sizeof text));
+    EXPECT_STREQ(text, "in");
+    std::string longText;
+    EXPECT_TRUE(records.Read(9, longText));
+    EXPECT_EQ(longText, std::string(2047, 'z'));
+    char block[] = "----";
+    EXPECT_TRUE(records.Read(10, static_cast<void*>(block), size_t{4}));
+    EXPECT_STREQ(block, "----");
+    EXPECT_TRUE(records.Read(11, static_cast<void*>(block), size_t{4}));
+    EXPECT_STREQ(block, "1234");
+    size_t length = 0;
+    EXPECT_TRUE(records.ReadBlock(12, block, 4, length));
+    EXPECT_EQ(length, 3U);
+}
+
+TEST(TaggedStream, ReadsTheSameWhereverTheBufferEnds)
+{
+    const std::string bytes = CRecords()
+                                  .Text(400, "an author")
+                                  .Int(999, 3)
+                                  .Record(998, "")
+                                  .Double(401, -17.25)
+                                  .Record(997, std::string(100, 'u'))
+                                  .Bool(402, true)
+                                  .Int(403, -5)
+                                  .Text(404, std::string(70, 'v'))
+                                  .Bytes();
+    for (size_t buffer = 1; buffer <= bytes.size() + 1; ++buffer) {
+        SCOPED_TRACE(buffer);
+        const auto file = Stream(bytes, buffer);
+        CTaggedFile records(file.get());
+        char author[32] = "";
+        double real = 0.0;
+        bool flag = false;
+        int number = 0;
+        std::string text;
+        EXPECT_TRUE(records.Read(400, author, sizeof author));
+        EXPECT_FALSE(records.Read(401, real));
+        EXPECT_TRUE(records.Read(401, real));
+        EXPECT_TRUE(records.Read(402, flag));
+        EXPECT_TRUE(records.Read(403, number));
+        EXPECT_TRUE(records.Read(404, text));
+        EXPECT_STREQ(author, "an author");
+        EXPECT_EQ(real, -17.25);
+        EXPECT_TRUE(flag);
+        EXPECT_EQ(number, -5);
+        EXPECT_EQ(text, std::string(70, 'v'));
+        EXPECT_EQ(records.GetNumberOfRecordsRead(), 7);
+        EXPECT_EQ(records.GetNumberOfRecordsSkipped(), 2);
+        EXPECT_EQ(ftell(file.get()), static_cast<long>(bytes.size()));
+    }
+}
+
+TEST(TaggedStream, OthersMayUseTheStreamInBetween)
+{
+    const std::string bytes =
+        CRecords().Int(1, 11).Raw("header--").Int(2, 22).Int(3, 33).Text(4, "tag").Int(5, 55).Bytes();
+    for (const size_t buffer : {size_t{0}, size_t{1}, size_t{7}, size_t{13}}) {
+        SCOPED_TRACE(buffer);
+        const auto file = Stream(bytes, buffer);
+        CTaggedFile records(file.get());
+        int value = 0;
+        EXPECT_TRUE(records.Read(1, value));
+        char header[9] = "";
+        EXPECT_EQ(fread(header, 8, 1, file.get()), 1U);
+        EXPECT_STREQ(header, "header--");
+        const long position = ftell(file.get());
+        EXPECT_TRUE(records.Read(3, value));
+        EXPECT_EQ(value, 33);
+        EXPECT_EQ(fseek(file.get(), position, SEEK_SET), 0);
+        EXPECT_TRUE(CTaggedFile(file.get()).Read(2, value));
+        EXPECT_EQ(value, 22);
+        CTag tag;
+        EXPECT_TRUE(tag.Read(file.get()));
+        EXPECT_EQ(tag.GetKey(), 3);
+        EXPECT_TRUE(records.ReadNextMatchingTag(tag, 4));
+        char text[8] = "";
+        EXPECT_TRUE(tag.GetData(text, sizeof text));
+        EXPECT_STREQ(text, "tag");
+        EXPECT_TRUE(records.Read(5, value));
+        EXPECT_EQ(value, 55);
+        EXPECT_FALSE(tag.Read(file.get()));
+        EXPECT_FALSE(tag.GetData(text, sizeof text));
+    }
+}
+
+TEST(TaggedStream, OneRecordInMemory)
+{
+    const auto cut = [](const std::string& bytes) {
+        CTag tag;
+        return tag.Read(Stream(bytes).get());
+    };
+    const std::string whole = CRecords().Text(5, "abc").Bytes();
+    EXPECT_TRUE(cut(whole));
+    for (size_t length = 0; length < whole.size(); ++length) {
+        EXPECT_FALSE(cut(whole.substr(0, length))) << length;
+    }
+    const auto file = Stream(CRecords().Record(6, "").Text(5, "abc").Bytes());
+    CTag tag;
+    EXPECT_FALSE(tag.Read(file.get()));
+    EXPECT_EQ(ftell(file.get()), 4);
+    EXPECT_TRUE(tag.Read(file.get()));
+    char two[3] = "--";
+    EXPECT_TRUE(tag.GetData(two, 2));
+    EXPECT_STREQ(two, "ab");
+
+    const auto out = Stream("");
+    EXPECT_FALSE(CTag().Write(out.get()));
+    EXPECT_FALSE(CTag(0, 3, "abc").Write(out.get()));
+    EXPECT_FALSE(CTag(5, 0, "abc").Write(out.get()));
+    EXPECT_EQ(ftell(out.get()), 0);
+    EXPECT_TRUE(CTag(5, 4, "abc").Write(out.get()));
+    EXPECT_EQ(ftell(out.get()), static_cast<long>(whole.size()));
+}
