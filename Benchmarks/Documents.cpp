@@ -66,7 +66,8 @@ void FillLayout(CLayout& layout, const tDocumentShape& shape)
         }
         element->SetPosition(17.0 * (i % 300), 23.0 * (i / 300));
         element->RotateBy(30.0 * (i % 12));
-        element->SetLayer(layout.GetLayerList()->GetLayerAtIndex(static_cast<int>(int64_t{i} * shape.layers / shape.elements)));
+        element->SetLayer(
+            layout.GetLayerList()->GetLayerAtIndex(static_cast<int>(int64_t{i} * shape.layers / shape.elements)));
         layout.AddItem(element.release());
     }
     CGroup* outer = nullptr;

@@ -90,6 +90,7 @@ void CPlan::AddPolygon(const char* description, CPolyBIG* polygon, const std::ve
                        unsigned color)
 {
     std::vector<CPoint> corners;
+    corners.reserve(points.size());
     for (const tSpot& point : points) {
         corners.emplace_back(point.x, point.y, 0.0);
     }

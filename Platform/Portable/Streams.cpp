@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 namespace Platform {
-static constexpr size_t kBufferSize = 64 * 1024;
+static constexpr size_t kBufferSize = size_t{64} * 1024;
 static constexpr int kFirstFreeDescriptor = 3; // a duplicate never becomes standard input, output or error
 
 static bool HasHighBytes(const std::string& text)

@@ -102,7 +102,7 @@ void CStock::LoadItem(const std::string& libraryName, const std::string& product
     }
     std::unique_ptr<CCountedCIG> element(CreateCountedCIG(libraryName.c_str(), productNumber.c_str(), count));
     if (element && AddElement(element.get()) == 1) {
-        element.release();
+        (void)element.release(); // the stock's now
     }
 }
 

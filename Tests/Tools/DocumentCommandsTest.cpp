@@ -103,7 +103,7 @@ TEST(Parts, MarkWhatLibrariesShareAndWhatTheyDoNotKnow)
     // The same two from a folder that the environment names; what is given comes first and wins.
     const std::string variable = "VELMORA_LIBRARIES=/nowhere:" + folder;
     tProgramRun run;
-    run.arguments = {BUILD_FOLDER "/velmora", "parts", "--format", "json", "--library", kSamples + "/libraries",
+    run.arguments = {BUILD_FOLDER "/velmora",   "parts", "--format", "json", "--library", kSamples + "/libraries",
                      kSamples + "/oval.velmora"};
     run.environment = {variable};
     const tProgramResult fromEnvironment = RunProgram(run);

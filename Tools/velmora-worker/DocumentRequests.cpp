@@ -202,11 +202,14 @@ tJSON Article(CCompositeGeometry* element)
                      {"price", element->GetPrice()},
                      {"currency", element->GetCurrency()}};
     const CBasicGeometry* track = element->GetFirstTrackBIG();
+    if (track == nullptr) {
+        return article;
+    }
     if (UElementInspector::IsCurvedTrack(element)) {
         const auto* curve = static_cast<const CCurveBIG*>(track);
         article["radius"] = curve->GetItemRadius();
         article["arc"] = curve->GetItemArcAngle();
-    } else if (track != nullptr && track->GetType() == kFlexTrackType) {
+    } else if (track->GetType() == kFlexTrackType) {
         article["maximum_length"] = static_cast<const CFlexTrackBIG*>(track)->GetFlexTrackMaxLength();
     } else if (UElementInspector::IsStraightTrack(element)) {
         article["length"] = static_cast<const CStraightBIG*>(track)->GetLength();

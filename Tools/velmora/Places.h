@@ -14,8 +14,8 @@ std::string FindPlugIn(const std::string& named);
 /// The folders that FindPlugIn looks into, as one text for people.
 std::string DescribePlugInPlaces();
 
-/// The user's data folder of this program, which need not exist: ${XDG_DATA_HOME:-~/.local/share}/velmora; on macOS Library/
-/// Application Support/Velmora. @return empty when there is no place for it
+/// The user's data folder of this program, which need not exist: ${XDG_DATA_HOME:-~/.local/share}/velmora; on macOS
+/// Library/ Application Support/Velmora. @return empty when there is no place for it
 std::string FindDataFolder();
 
 /// Makes the folder of the error log, ${XDG_STATE_HOME:-~/.local/state}/velmora with mode 0700. Workers append to a log

@@ -5,13 +5,13 @@
 
 namespace Platform {
 class CPool {
-  public:
+public:
     CPool() : mPool([[NSAutoreleasePool alloc] init]) {}
     ~CPool() { [mPool drain]; }
     CPool(const CPool&) = delete;
     CPool& operator=(const CPool&) = delete;
 
-  private:
+private:
     NSAutoreleasePool* mPool;
 };
 } // namespace Platform

@@ -1,18 +1,17 @@
-// The one place per process to which messages of the core go. The core is linked more than once into a process (a worker
-// and the plug-in it loads); an observer set here sees the messages of all copies.
+// The one place per process to which messages of the core go. The core is linked more than once into a process (a
+// worker and the plug-in it loads); an observer set here sees the messages of all copies.
 #pragma once
 
 #include "Platform/Export.h"
 
-namespace Platform
-{
+namespace Platform {
 enum class eReportLevel {
-    kDebugPrint,   ///< CErr::DebugPrint
-    kDebug,        ///< ULog::Debug
-    kInfo,         ///< ULog::Info
-    kWarning,      ///< ULog::Warn
-    kMinorError,   ///< CErr::MinorError, before its alert
-    kFatalError    ///< CErr::CheckError and CErr::CheckNull, before the alert; the process ends afterwards
+    kDebugPrint, ///< CErr::DebugPrint
+    kDebug,      ///< ULog::Debug
+    kInfo,       ///< ULog::Info
+    kWarning,    ///< ULog::Warn
+    kMinorError, ///< CErr::MinorError, before its alert
+    kFatalError  ///< CErr::CheckError and CErr::CheckNull, before the alert; the process ends afterwards
 };
 
 /// Receives one finished message; `text` is only valid during the call. Must not throw.

@@ -25,8 +25,8 @@ public:
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 16; }
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
-    /// Appends the right edge from joint 0 to joint 1 (the outer one of a positive arc) and the left edge back, in steps
-    /// whose chords stay within 0.05 mm of the arc, but 720 of them at the most.
+    /// Appends the right edge from joint 0 to joint 1 (the outer one of a positive arc) and the left edge back, in
+    /// steps whose chords stay within 0.05 mm of the arc, but 720 of them at the most.
     void DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points) override;
     std::string ToString(int unit) override;
     /// The box of the arc at half the trackbed width on either side.
