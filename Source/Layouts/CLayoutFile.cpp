@@ -22,6 +22,7 @@
 #include <ctime>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 enum : unsigned short {
@@ -125,7 +126,7 @@ int CLayout::Load(std::string path)
             return kLayersFailed;
         }
         ResetWorkspaceBounds();
-        mFileName = path;
+        mFileName = std::move(path);
         if (!LoadElements(file, elementCount)) {
             result = kElementFailed;
         }

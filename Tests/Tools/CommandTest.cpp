@@ -140,6 +140,13 @@ TEST(Import, SaysInPlainWordsWhatIsWrong)
     EXPECT_EQ(lines[1], start + "/3 old.velmora: the format version 2 is not supported");
     EXPECT_EQ(lines[2].rfind(start + "/4 cut\\n.velmora: element 1 is damaged: ", 0), 0U) << lines[2];
     EXPECT_EQ(lines[3], start + "/5 broken.velmora: cannot be opened: No such file or directory");
+
+    const std::string documents = TEST_DATA "/documents/";
+    const tProgramResult damaged =
+        RunVelmora({"import", documents + "element-version-0-2.velmora", documents + "type-12-2147483647.velmora"});
+    EXPECT_NE(damaged.err.find(" is damaged: its version is not supported\n"), std::string::npos) << damaged.err;
+    EXPECT_NE(damaged.err.find(" is damaged: one of its components is of an unknown kind\n"), std::string::npos)
+        << damaged.err;
 }
 
 TEST(Import, TakesEveryNameAndEverySource)

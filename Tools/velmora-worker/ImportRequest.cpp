@@ -85,10 +85,24 @@ static int32_t ReadVersion(int document)
                                 static_cast<uint32_t>(bytes[2]) << 8 | bytes[3]);
 }
 
-static std::string WithReason(const std::string& message)
+/// Why an element failed, in words for people: the loader's own are for its developers, and it has none for an element
+/// of an unknown version.
+static std::string DescribeElementFailure(const std::string& reason)
 {
-    const std::string reason = Reports::GetLoadFailure();
-    return reason.empty() ? message : message + ": " + reason;
+    static constexpr struct {
+        const char* loader;
+        const char* people;
+    } kReasons[] = {
+        {"Element expected, bad header found.", "its beginning is not that of an element, or the file ends"},
+        {"Unsupported component type encountered.", "one of its components is missing, or its version is not known"},
+        {"Failed to open file", "one of its components is of an unknown kind"},
+        {"", "its version is not supported"}};
+    for (const auto& known : kReasons) {
+        if (reason == known.loader) {
+            return known.people;
+        }
+    }
+    return reason;
 }
 
 tAnswer MakeLoadFailure(int result, size_t elements, int document)
@@ -107,10 +121,11 @@ tAnswer MakeLoadFailure(int result, size_t elements, int document)
         break;
     case CLayout::kElementFailed:
         answer.failure.element = static_cast<uint32_t>(elements + 1);
-        answer.failure.message = WithReason("element " + std::to_string(elements + 1) + " is damaged");
+        answer.failure.message = "element " + std::to_string(elements + 1) +
+                                 " is damaged: " + DescribeElementFailure(Reports::GetLoadFailure());
         break;
     case CLayout::kLayersFailed:
-        answer.failure.message = WithReason("the list of layers is damaged");
+        answer.failure.message = "the list of layers is damaged: " + Reports::GetLoadFailure();
         break;
     default:
         return MakeFailure(eFailure::kCrash, "the loader answered with an unknown code");
