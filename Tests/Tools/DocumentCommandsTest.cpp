@@ -107,7 +107,8 @@ TEST(Parts, MarkWhatLibrariesShareAndWhatTheyDoNotKnow)
                      kSamples + "/oval.velmora"};
     run.environment = {variable};
     const tProgramResult fromEnvironment = RunProgram(run);
-    for (const tJSON& part : tJSON::parse(fromEnvironment.out)["parts"]) {
+    const tJSON given = tJSON::parse(fromEnvironment.out);
+    for (const tJSON& part : given["parts"]) {
         EXPECT_FALSE(part["unknown"].get<bool>()) << part;
     }
     const tJSON articles = RunForJSON({"library", kLibrary});
