@@ -3,16 +3,16 @@
 #include <iterator>
 #include <vector>
 
+namespace {
 // A sanitizer watches blocks of the heap, not parts of a chunk.
 #if defined(__SANITIZE_ADDRESS__)
-#define VELMORA_POOL_OFF 1
+constexpr bool kPools = false;
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VELMORA_POOL_OFF 1
-#endif
+constexpr bool kPools = !__has_feature(address_sanitizer);
+#else
+constexpr bool kPools = true;
 #endif
 
-namespace {
 constexpr size_t kStep = alignof(std::max_align_t);
 constexpr size_t kChunkSize = 64 << 10;
 /// Chunks that stay when nothing is in use; a layout of some 17,000 elements.
@@ -65,9 +65,8 @@ void StartOver() noexcept
 
 void* CBlockPool::Allocate(size_t size)
 {
-#ifndef VELMORA_POOL_OFF
     const size_t steps = StepsOf(size);
-    if (steps < std::size(sPool.free)) {
+    if (kPools && steps < std::size(sPool.free)) {
         if (tFreeBlock* block = sPool.free[steps]) {
             sPool.free[steps] = block->next;
             ++sPool.used;
@@ -81,7 +80,6 @@ void* CBlockPool::Allocate(size_t size)
         ++sPool.used;
         return block;
     }
-#endif
     return ::operator new(size);
 }
 
@@ -90,16 +88,14 @@ void CBlockPool::Release(void* block, size_t size) noexcept
     if (block == nullptr) {
         return;
     }
-#ifndef VELMORA_POOL_OFF
     const size_t steps = StepsOf(size);
-    if (steps < std::size(sPool.free)) {
+    if (kPools && steps < std::size(sPool.free)) {
         sPool.free[steps] = new (block) tFreeBlock{sPool.free[steps]};
         if (--sPool.used == 0) {
             StartOver();
         }
         return;
     }
-#endif
     ::operator delete(block);
 }
 
