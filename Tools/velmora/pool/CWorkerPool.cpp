@@ -52,6 +52,7 @@ CWorkerPool::eResult CWorkerPool::WaitUntilReady(tFailure& failure)
     while (!mCannotServe && first.worker->GetState() != CWorker::eState::kReady) {
         if (first.worker->GetState() == CWorker::eState::kNone) {
             StartWorker(first);
+            continue;
         }
         if (Wait(-1) == eResult::kInterrupted) {
             return eResult::kInterrupted;
@@ -179,10 +180,9 @@ void CWorkerPool::HandleFailedStart(tSlot& slot, const tFailure& failure, bool f
 {
     slot.failedStarts = final ? kStartAttempts : slot.failedStarts + 1;
     if (slot.failedStarts < kStartAttempts) {
-        if (slot.suspect) {
-            StartWorker(slot);
-        }
-    } else if (HasReadyWorker()) { // the others have to suffice
+        return;
+    }
+    if (HasReadyWorker()) { // the others have to suffice
         if (slot.suspect) {
             mQueue.push_front(std::move(*slot.suspect));
             slot.suspect.reset();
@@ -290,6 +290,9 @@ void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer
     if (before == CWorker::eState::kStarting) {
         const std::string message = "the plug-in cannot be loaded: " + answer.failure.message;
         HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
+        if (slot.suspect) {
+            StartWorker(slot);
+        }
         return;
     }
     if (slot.jobs.empty()) {
@@ -315,6 +318,9 @@ void CWorkerPool::HandleLateness(tSlot& slot)
     slot.worker->Kill();
     if (starting) {
         HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, "the plug-in takes too long to load").failure, false);
+        if (slot.suspect) {
+            StartWorker(slot);
+        }
         return;
     }
     char message[64];
