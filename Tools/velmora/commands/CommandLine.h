@@ -20,6 +20,7 @@ struct tOptions {
     std::string plugIn;                 ///< empty for the one that belongs to the executable
     std::string stock;                  ///< a stock file; empty for none
     std::vector<std::string> libraries; ///< track library files
+    std::string sandbox = "auto";       ///< auto, require or off
     double timeoutSeconds = 5;          ///< for one document
     unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
 };

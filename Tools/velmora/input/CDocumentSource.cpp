@@ -1,6 +1,7 @@
 #include "input/CDocumentSource.h"
 
 #include "Interrupt.h"
+#include "protocol/NamelessFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,9 +11,6 @@
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
 
 static constexpr std::string_view kExtension = ".velmora";
 static constexpr std::string_view kMagic = "WkSt";
@@ -91,21 +89,6 @@ static bool OpenDocument(int folder, const std::string& name, tInput& input)
         return Fail(input, NoRegularFile(status.st_mode));
     }
     return true;
-}
-
-/// A descriptor to a nameless file that can be written and then read from its beginning.
-static CDescriptor MakeNamelessFile()
-{
-#if defined(__linux__)
-    return CDescriptor(memfd_create("velmora-stdin", MFD_CLOEXEC));
-#else
-    CDescriptor file;
-    if (FILE* temporary = tmpfile()) {
-        file.Reset(fcntl(fileno(temporary), F_DUPFD_CLOEXEC, 0));
-        fclose(temporary);
-    }
-    return file;
-#endif
 }
 
 static bool OpenStandardInput(tInput& input)

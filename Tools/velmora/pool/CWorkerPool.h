@@ -23,6 +23,9 @@ public:
     /// @return kDone, kFailed, or kInterrupted by the user
     eResult WaitUntilReady(tFailure& failure);
 
+    /// What the first worker said at its start; empty before it has started.
+    const tHello& GetGreeting() const { return mSlots.front()->worker.GetGreeting(); }
+
     /// Whether a request would be taken on at once.
     bool HasRoom() const;
 
