@@ -13,8 +13,8 @@
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand,  &kCheckCommand, &kPartsCommand,
-                                            &kLibraryCommand, &kStockCommand, &kSchemaCommand};
+static const tCommand* const kCommands[] = {&kImportCommand, &kCheckCommand,  &kPartsCommand, &kLibraryCommand,
+                                            &kStockCommand,  &kSchemaCommand, &kDoctorCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;
@@ -121,6 +121,11 @@ static int RunCommand(const tCommand& command, int argc, char** argv)
     }
     Places::MakeLogFolder();
     return command.run(options);
+}
+
+const char* GetVersion()
+{
+    return VELMORA_VERSION;
 }
 
 void AddWorkerOptions(CLI::App& app, tOptions& options)

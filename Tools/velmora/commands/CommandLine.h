@@ -42,6 +42,10 @@ extern const tCommand kPartsCommand;
 extern const tCommand kLibraryCommand;
 extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
+extern const tCommand kDoctorCommand;
+
+/// The version of this program.
+const char* GetVersion();
 
 /// Options of every command that starts workers.
 void AddWorkerOptions(CLI::App& app, tOptions& options);
