@@ -113,9 +113,33 @@ void CFlexTrackBIG::CalcBoundingBox(DRect& box, double angle)
         CPolyBIG::CalcBoundingBox(box, angle);
         return;
     }
+    UBezier::CalcBox(mPoints, Placing(angle), CalcTrackMarkerWidth(), box);
+}
+
+tTurn CFlexTrackBIG::Placing(double angle) const
+{
     const CPoint middle = GetMiddle();
-    const tTurn turn = {UArcGeometry::Direction(mAngle + angle), {middle.x, middle.y}, {mItemXOffset, mItemYOffset}};
-    UBezier::CalcBox(mPoints, turn, CalcTrackMarkerWidth(), box);
+    return {UArcGeometry::Direction(mAngle + angle), {middle.x, middle.y}, {mItemXOffset, mItemYOffset}};
+}
+
+void CFlexTrackBIG::DefineCourse(double angle, double reach, tCourse& course) const
+{
+    UBezier::Flatten(mPoints, Placing(angle), reach, course);
+}
+
+void CFlexTrackBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
+{
+    tCourse course;
+    DefineCourse(angle, distance, course);
+    UTrackCourse::CalcOffset(course, -distance, points);
+    std::vector<CPoint> left;
+    UTrackCourse::CalcOffset(course, distance, left);
+    points.insert(points.end(), left.rbegin(), left.rend());
+}
+
+void CFlexTrackBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)
+{
+    DefineTrackItemOutline(angle, CalcTrackMarkerWidth() + distance, points);
 }
 
 bool CFlexTrackBIG::Load(FILE* file, int version)

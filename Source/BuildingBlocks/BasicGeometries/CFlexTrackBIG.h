@@ -2,6 +2,9 @@
 #pragma once
 
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
+#include "Utilities/Geometry/UTrackCourse.h"
+
+struct tTurn;
 
 /// A track along a smooth curve through the points of a polygon, from its first point to its last, with a joint at
 /// either end. It turns about the middle of its points like a polygon.
@@ -15,6 +18,11 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return CPolyBIG::GetParameterRawSize() + kTypeCodeSize + 8; }
+    /// The outline at half the trackbed width and `distance` more.
+    void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
+    /// Appends the right edge from joint 0 to joint 1 and the left edge back, both cut where they would cross
+    /// themselves in a bend tighter than the distance (UTrackCourse::CalcOffset). Nothing without two different points.
+    void DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points) override;
     std::string ToString(int unit) override;
     /// The box of the curve at half the trackbed width on either side.
     void CalcBoundingBox(DRect& box, double angle) override;
@@ -37,10 +45,15 @@ public:
     void SpecifyFlexGeometry(double x, double y, const std::vector<CPoint>& points, double angle, double trackbedWidth,
                              double maxLength);
     double GetFlexTrackMaxLength() const { return mMaxLength; }
+    /// Appends the centre line in the element's coordinates, for lines up to `reach` (mm) beside it.
+    void DefineCourse(double angle, double reach, tCourse& course) const;
     /// Brings what is known of the curve up to date with the points.
     virtual void CalcBezierCurve();
 
 private:
+    /// From component coordinates into those of an element with that angle.
+    tTurn Placing(double angle) const;
+
     static constexpr double kLengthUnknown = -1.0;
 
     double mMaxLength = 500.0;
