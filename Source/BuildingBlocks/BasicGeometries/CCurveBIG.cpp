@@ -5,6 +5,7 @@
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,20 +32,20 @@ CCurveBIG::CCurveBIG(CCurveBIG* source) : CBasicGeometry(source), mRadius(source
 
 CCurveBIG::CCurveBIG(void* raw) : CBasicGeometry(raw)
 {
-    KVURawMem::FetchDataFromRawMem(KVURawMem::FetchDataFromRawMem(BehindCommonRecord(raw), mRadius), mArcAngle);
+    UReach::Fetch(UReach::Fetch(BehindCommonRecord(raw), mRadius), mArcAngle);
     UpdateCurvedRailLength();
 }
 
 void CCurveBIG::SpecifyCurveGeometry(double xOffset, double yOffset, double radius, double arcAngle, double angle,
                                      double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed)
 {
-    mItemXOffset = xOffset;
-    mItemYOffset = yOffset;
-    mRadius = radius;
-    mArcAngle = arcAngle;
-    mAngle = angle;
-    mGauge = gauge;
-    mTrackbedWidth = trackbedWidth;
+    mItemXOffset = UReach::Clamp(xOffset);
+    mItemYOffset = UReach::Clamp(yOffset);
+    mRadius = UReach::Clamp(radius);
+    mArcAngle = UReach::Clamp(arcAngle);
+    mAngle = UReach::Clamp(angle);
+    mGauge = UReach::Clamp(gauge);
+    mTrackbedWidth = UReach::Clamp(trackbedWidth);
     AllowJoints(joint0Allowed, joint1Allowed);
     UpdateCurvedRailLength();
 }
@@ -113,6 +114,9 @@ void CCurveBIG::CalcBoundingBox(DRect& box, double angle)
 
 void CCurveBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
 {
+    if (!std::isfinite(angle) || !std::isfinite(distance)) {
+        return;
+    }
     const CPoint centre = GetOffsetForLeftTopAlignedCurve(angle);
     const tTravelledArc arc = JointArc(angle);
     const double outer = std::fabs(arc.radius) + std::fabs(distance);
@@ -126,6 +130,16 @@ void CCurveBIG::DefineTrackItemOutline(double angle, double distance, std::vecto
     for (int i = steps; i >= 0; --i) {
         points.push_back(PointOnArc(centre, arc.radius - distance, arc.start + arc.sweep * i / steps));
     }
+}
+
+void CCurveBIG::Scale(double factor, bool scaleOffset)
+{
+    if (!IsScale(factor)) {
+        return;
+    }
+    ScaleTrack(factor, scaleOffset);
+    mRadius = UReach::Clamp(mRadius * factor);
+    UpdateCurvedRailLength();
 }
 
 void CCurveBIG::DefineCourse(double angle, double reach, tCourse& course)

@@ -20,6 +20,8 @@ public:
                               double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetItemRadius() const { return mRadius; }
     double GetItemArcAngle() const { return mArcAngle; }
+    /// Multiplies radius, gauge and trackbed width, and the item offset if the flag is set.
+    void Scale(double factor, bool scaleOffset);
     /// Appends the centre line in the element's coordinates, for lines up to `reach` (mm) beside it; nothing for an arc
     /// without length.
     void DefineCourse(double angle, double reach, tCourse& course);

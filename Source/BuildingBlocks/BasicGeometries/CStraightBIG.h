@@ -17,6 +17,8 @@ public:
     void SpecifyStraightGeometry(double xOffset, double yOffset, double length, double angle, double gauge,
                                  double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetLength() const { return mLength; }
+    /// Multiplies length, gauge and trackbed width, and the item offset if the flag is set.
+    void Scale(double factor, bool scaleOffset);
     /// Appends the centre line in the element's coordinates; nothing for a length of 0.
     void DefineCourse(double angle, tCourse& course);
 

@@ -412,13 +412,39 @@ tVector2D UBezier::DerivativeAt(const tBezierSegment& segment, double t)
             a * (segment.p1.y - segment.p0.y) + b * (segment.p2.y - segment.p1.y) + c * (segment.p3.y - segment.p2.y)};
 }
 
+namespace {
+double SegmentLength(const tBezierSegment& segment)
+{
+    return AdaptiveLength(segment, 0.0, 1.0, GaussLength(segment, 0.0, 1.0), kDeepestHalving);
+}
+} // namespace
+
 double UBezier::Length(const std::vector<CPoint>& points)
 {
     double length = 0.0;
-    ForEachSegment(points, [&length](const tBezierSegment& segment) {
-        length += AdaptiveLength(segment, 0.0, 1.0, GaussLength(segment, 0.0, 1.0), kDeepestHalving);
-    });
+    ForEachSegment(points, [&length](const tBezierSegment& segment) { length += SegmentLength(segment); });
     return length;
+}
+
+std::vector<double> UBezier::PointLengths(const std::vector<CPoint>& points)
+{
+    std::vector<double> lengths;
+    lengths.reserve(points.size());
+    double length = 0.0;
+    const auto addRepeated = [&] {
+        do {
+            lengths.push_back(length);
+        } while (lengths.size() < points.size() && points[lengths.size()].x == points[lengths.size() - 1].x &&
+                 points[lengths.size()].y == points[lengths.size() - 1].y);
+    };
+    if (!points.empty()) {
+        addRepeated();
+    }
+    ForEachSegment(points, [&](const tBezierSegment& segment) {
+        length += SegmentLength(segment);
+        addRepeated();
+    });
+    return lengths;
 }
 
 void UBezier::CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end)

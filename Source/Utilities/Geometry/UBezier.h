@@ -51,6 +51,8 @@ public:
     static tVector2D DerivativeAt(const tBezierSegment& segment, double t);
     /// Length of the curve by adaptive quadrature, to 1e-6 of itself.
     static double Length(const std::vector<CPoint>& points);
+    /// Length of the curve from its start to each of the points.
+    static std::vector<double> PointLengths(const std::vector<CPoint>& points);
     /// Directions of travel in degrees at the start and the end of the curve; 0 when it has no piece.
     static void CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end);
     /// Smallest box around the turned curve and its two offset curves at `halfWidth` on either side (0 for the curve

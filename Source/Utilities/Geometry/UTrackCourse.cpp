@@ -185,8 +185,16 @@ void UTrackCourse::AppendStraight(tVector2D from, tVector2D to, tCourse& course)
         return;
     }
     const tVector2D heading = {(to.x - from.x) / length, (to.y - from.y) / length};
-    course.push_back({from, heading, 0.0});
-    course.push_back({to, heading, length});
+    const double start = course.empty() ? 0.0 : course.back().length;
+    course.push_back({from, heading, start});
+    course.push_back({to, heading, start + length});
+}
+
+void UTrackCourse::AppendChain(const std::vector<CPoint>& points, tCourse& course)
+{
+    for (size_t i = 1; i < points.size(); ++i) {
+        AppendStraight({points[i - 1].x, points[i - 1].y}, {points[i].x, points[i].y}, course);
+    }
 }
 
 void UTrackCourse::AppendArc(const tTravelledArc& arc, tVector2D centre, double reach, tCourse& course)

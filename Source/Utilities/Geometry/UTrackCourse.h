@@ -37,6 +37,8 @@ public:
 
     /// Appends the course from one point to another; nothing when they are the same.
     static void AppendStraight(tVector2D from, tVector2D to, tCourse& course);
+    /// Appends the course along straight edges from point to point; at each corner it turns on the spot.
+    static void AppendChain(const std::vector<CPoint>& points, tCourse& course);
     /// Appends the course of an arc about a centre.
     /// @param reach  distance of the farthest line wanted beside the course, mm
     static void AppendArc(const tTravelledArc& arc, tVector2D centre, double reach, tCourse& course);
