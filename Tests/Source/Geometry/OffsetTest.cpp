@@ -11,16 +11,16 @@ std::vector<CPoint> Swinging(CRandom& random, int corners)
     std::vector<CPoint> points = {random.Point(1000)};
     double heading = random.Between(-180, 180);
     const auto go = [&](double length) { points.push_back(points.back() + Turned({length, 0, 0}, CPoint(), heading)); };
-    go(random.Between(300, 500));
+    go(random.Between(400, 600));
     for (int i = 0; i < corners; ++i) {
-        const double turn = random.Between(10, 130) * (i % 2 == 0 ? 1 : -1);
         const bool close = random.Coin();
+        const double turn = random.Between(10, close ? 155 : 130) * (i % 2 == 0 ? 1 : -1);
         for (int k = 0; close && k < 2; ++k) {
             heading += turn / 3.0;
             go(random.Between(3, 30));
         }
         heading += close ? turn / 3.0 : turn;
-        go(random.Between(300, 500));
+        go(random.Between(400, 600));
     }
     return points;
 }
