@@ -114,6 +114,7 @@ tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& 
     options.width = static_cast<int>(wish.width);
     options.height = static_cast<int>(wish.height);
     options.isExact = options.isTransparent = wish.isThumbnail;
+    options.isScalable = wish.kind != ePictureKind::kPNG;
     options.hasLabels = wish.hasLabels;
     options.hasGrid = wish.hasGrid;
     options.trackStyle = UTrackStyles::CodeOf(wish.style);

@@ -19,7 +19,8 @@ struct tRenderContext {
     CDrawing& drawing;
     eTrackStyle style;
     const tPalette& palette;
-    double pixel; ///< size of a device unit, mm
+    double pixel;  ///< size of a device unit, mm
+    double detail; ///< size of what is just worth drawing, mm: a pixel, or less where the picture can be enlarged
 };
 
 /// Radius of a track beyond which it is not drawn, mm: the arithmetic of arcs would get too coarse.

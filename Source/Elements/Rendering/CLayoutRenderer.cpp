@@ -22,7 +22,7 @@ namespace {
 /// An element any edge of whose box lies farther out is beyond drawing, mm: a kilometre of model.
 constexpr double kFarthest = 1e6;
 /// An element is a stray when its box leaves the range of most elements by more than this many ranges.
-constexpr double kStrayReach = 4.0;
+constexpr double kStrayReach = 2.5;
 /// Share of the elements, at either end of an axis, that the range of most leaves out.
 constexpr double kOutermost = 0.05;
 /// The range of most is at least this large, mm, so that the few parts of a beginner's circle are no strays.
@@ -36,6 +36,9 @@ constexpr double kMargin = 0.025; ///< of the longer side
 constexpr double kMostWorkspace = 3.0;
 /// Coordinates beyond this, in device units, are outside what drawing libraries count with.
 constexpr double kFarthestPixel = 4e6;
+
+/// In pictures that can be enlarged, details are drawn down to this part of a pixel.
+constexpr double kFinerDetail = 0.3;
 
 constexpr double kFinestGrid = 9.0; ///< pixels between two lines
 constexpr int kGridLinesToMajor = 5;
@@ -283,7 +286,8 @@ CPoint CLayoutRenderer::ToPicture(const CPoint& point) const
 void CLayoutRenderer::Draw(CDrawing& drawing)
 {
     const eTrackStyle style = UTrackStyles::StyleOf(mTrackStyle);
-    const tRenderContext context = {drawing, style, UTrackStyles::PaletteOf(style), 1.0 / mScale};
+    const tRenderContext context = {drawing, style, UTrackStyles::PaletteOf(style), 1.0 / mScale,
+                                    (mOptions.isScalable ? kFinerDetail : 1.0) / mScale};
     drawing.Save();
     drawing.Shift(mOriginX, mOriginY);
     drawing.Scale(mScale);
@@ -409,12 +413,14 @@ void CLayoutRenderer::DrawLabels(const tRenderContext& context)
         double height = 0.0;
         context.drawing.MeasureText(text, look, width, height);
         const CPoint place = UElementNameUtils::GetElementNamePosition(item.element, &mLayout, {width, height});
-        const CPoint corner = ToPicture(place);
+        CPoint corner = ToPicture(place);
+        corner.x = std::max(std::min(corner.x, mWidth - width * mScale), 0.0); // inside the picture
+        corner.y = std::max(std::min(corner.y, mHeight - height * mScale), 0.0);
         if (!room.Take(corner.x, corner.y, width * mScale, height * mScale)) {
             ++mNumberOfLeftOutLabels;
             continue;
         }
-        context.drawing.DrawText(text, place.x, place.y, look);
+        context.drawing.DrawText(text, (corner.x - mOriginX) / mScale, (corner.y - mOriginY) / mScale, look);
     }
 }
 

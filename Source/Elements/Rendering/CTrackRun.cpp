@@ -23,6 +23,8 @@ constexpr double kThinnestRail = 0.7;
 constexpr double kThinnestTrack = 1.1;
 constexpr double kFinestMidRail = 6.0; ///< gauge from which on there is room for one
 
+/// Gauges and beds wider than this are none, mm.
+constexpr double kMostWidth = 1000.0;
 /// Joints closer than this are the same, mm.
 constexpr double kSamePlace = 0.5;
 
@@ -38,9 +40,19 @@ bool IsClose(tVector2D one, tVector2D other)
     return std::hypot(one.x - other.x, one.y - other.y) < kSamePlace;
 }
 
+/// The colour of an element that has been given one: black is what all begin with.
+CColor BedColorOf(const CDrawingOptions& options, const tPalette& palette)
+{
+    const CColor& first = options.GetFirstColor();
+    if (!options.GetFill()) {
+        return palette.board.A() > 0.0 ? palette.board : palette.paper;
+    }
+    return first.R() > 0.0 || first.G() > 0.0 || first.B() > 0.0 ? first : CDrawingOptions().GetFirstColor();
+}
+
 double UsableOr(double value, double substitute)
 {
-    return std::isfinite(value) && value > 0.0 ? value : substitute;
+    return value > 0.0 && value <= kMostWidth ? value : substitute; // false for what is no number
 }
 } // namespace
 
@@ -67,7 +79,7 @@ void CTrackRun::Add(CCompositeGeometry& element, CBasicGeometry& component, CTra
     if (course.IsEmpty()) {
         return;
     }
-    tTrack track = {std::move(course), options, 0.0, 0.0, 0.0, component.GetMidRailFlag() != 0, 0.0, 0.0};
+    tTrack track = {std::move(course), options, 0.0, 0.0, 0.0, component.GetMidRailFlag() != 0, 0.0, 0.0, !isFirst};
     const double bed = UsableOr(component.GetTrackbedWidth(), 0.0);
     double gauge = UsableOr(component.GetGauge(), 0.0);
     if (gauge == 0.0 || (bed > 0.0 && gauge > bed)) { // a flexible track need not have one
@@ -175,7 +187,7 @@ void CTrackRun::DrawBeds()
         for (const tTrack& track : mTracks) {
             CColor color = isEdge ? mContext.palette.bedEdge : mContext.palette.bed;
             if (isFilledStyle) {
-                const CColor fill = track.options.GetFill() ? track.options.GetFirstColor() : mContext.palette.board;
+                const CColor fill = BedColorOf(track.options, mContext.palette);
                 color = isEdge ? Mix(fill, track.options.GetSecondColor(), 0.45) : fill;
             }
             const double edge = std::max(track.bedWidth * 0.025, 0.4 * mContext.pixel);
@@ -190,11 +202,15 @@ void CTrackRun::DrawSleepers()
 {
     CStroker stroker(mContext.drawing);
     for (const tTrack& track : mTracks) {
-        if (track.pitch < kFinestPitch * mContext.pixel) {
+        if (track.pitch < kFinestPitch * mContext.detail) {
             continue;
         }
         const double length = std::min(track.gauge * kSleeperLength, track.bedWidth * kSleeperInset);
         const double sleeper = std::min(track.gauge * kSleeperWidth, track.pitch / 2.0);
+        if (track.isBranch) { // a bed of its own hides the sleepers that it crosses
+            stroker.Use({PaintOf(mContext.palette.bed), length});
+            track.course.AddTo(mContext.drawing, 0.0);
+        }
         tPen pen = {PaintOf(mContext.palette.sleeper), length};
         pen.dash = {sleeper, track.pitch - sleeper};
         pen.dashOffset = track.dashOffset;
@@ -208,19 +224,19 @@ void CTrackRun::DrawRails()
     const CColor& steel = mContext.style == eTrackStyle::kPlan ? mContext.palette.track : mContext.palette.rail;
     CStroker stroker(mContext.drawing);
     for (const tTrack& track : mTracks) {
-        if (track.gauge < kFinestGauge * mContext.pixel) { // both rails would be one blur
+        if (track.gauge < kFinestGauge * mContext.detail) { // both rails would be one blur
             const double width = std::max(track.gauge * 0.5, kThinnestTrack * mContext.pixel);
             stroker.Use({PaintOf(mContext.palette.track), width});
             track.course.AddTo(mContext.drawing, 0.0);
             continue;
         }
-        if (track.hasMidRail && track.gauge >= kFinestMidRail * mContext.pixel) {
+        if (track.hasMidRail && track.gauge >= kFinestMidRail * mContext.detail) {
             stroker.Use({PaintOf(Mix(steel, mContext.palette.bed, 0.45)), RailWidth(track) * 0.6});
             track.course.AddTo(mContext.drawing, 0.0);
         }
     }
     for (const tTrack& track : mTracks) {
-        if (track.gauge >= kFinestGauge * mContext.pixel) {
+        if (track.gauge >= kFinestGauge * mContext.detail) {
             stroker.Use({PaintOf(Mix(steel, track.options.GetSecondColor(), 0.15)), RailWidth(track)});
             track.course.AddTo(mContext.drawing, track.gauge / 2.0);
             track.course.AddTo(mContext.drawing, -track.gauge / 2.0);

@@ -34,6 +34,7 @@ private:
         bool hasMidRail;
         double pitch;      ///< of the sleepers
         double dashOffset; ///< where in their pattern the course begins
+        bool isBranch;     ///< an earlier track of the same element may lie under it
     };
 
     /// Gathers lines on the drawing's path until the pen changes.

@@ -17,7 +17,9 @@ constexpr double kOutlineDarkness = 0.35;
 /// Seam of a selected element, in device units.
 constexpr double kSelectionSeam = 2.0;
 /// Texts smaller than this many device units are left out: nobody could read them.
-constexpr double kSmallestText = 1.5;
+constexpr double kSmallestText = 3.5;
+/// Lines are at most this thick, mm.
+constexpr double kThickestLine = 1000.0;
 
 /// A component's own colour; black stands for none.
 CColor FillColorOf(CBasicGeometry& component, const CDrawingOptions& options)
@@ -42,7 +44,7 @@ void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& opti
     CColor line = isFilled                                    ? Mix(fill, options.GetSecondColor(), kOutlineDarkness)
                   : !isClosed && options.GetFill() && !isPlan ? fill
                                                               : options.GetSecondColor();
-    double width = std::max<double>(component.GetLineThickness(), kThinnestLine * context.pixel);
+    double width = std::clamp<double>(component.GetLineThickness(), kThinnestLine * context.pixel, kThickestLine);
     if (isPlan) {
         width = std::min(width, 1.5 * context.pixel);
     }
@@ -116,7 +118,7 @@ void CTextRenderer::Draw(CBasicGeometry& component, const tPlacement& place, con
     const double y = place.position.y + text.GetItemYOffset();
     const double angle = text.GetAngle() + place.angle;
     std::string characters;
-    if (size < kSmallestText * context.pixel || !std::isfinite(x) || !std::isfinite(y) || !std::isfinite(angle) ||
+    if (size < kSmallestText * context.detail || !std::isfinite(x) || !std::isfinite(y) || !std::isfinite(angle) ||
         !UTextComponentBoundsCalculator::GetCharacters(&text, characters)) {
         return;
     }
