@@ -4,15 +4,10 @@
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UTrackCourse.h"
 
 #include <cstddef>
 #include <vector>
-
-/// A vector in the drawing plane; points of curves carry no height.
-struct tVector2D {
-    double x;
-    double y;
-};
 
 /// A turn about a centre, then a shift.
 struct tTurn {
@@ -56,11 +51,23 @@ public:
     static tVector2D DerivativeAt(const tBezierSegment& segment, double t);
     /// Length of the curve by adaptive quadrature, to 1e-6 of itself.
     static double Length(const std::vector<CPoint>& points);
+    /// Length of the curve from its start to each of the points.
+    static std::vector<double> PointLengths(const std::vector<CPoint>& points);
     /// Directions of travel in degrees at the start and the end of the curve; 0 when it has no piece.
     static void CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end);
     /// Smallest box around the turned curve and its two offset curves at `halfWidth` on either side (0 for the curve
     /// alone), to 1e-9 of the size. Without a piece the box of the points; without a point `box` stays.
     static void CalcBox(const std::vector<CPoint>& points, const tTurn& turn, double halfWidth, DRect& box);
+
+    /// Points of a course made by Flatten at the most, besides one for each point of the curve.
+    static constexpr size_t kMostCoursePoints = 65536;
+    /// Appends the course of the turned curve, dense enough for lines beside it up to `reach` (mm) away; a bend of any
+    /// tightness is taken in steps of its own. A piece of the curve is divided into 256 at the most. Pieces with
+    /// coordinates beyond 1e100 are left out; nothing is appended when no piece is there.
+    static void Flatten(const std::vector<CPoint>& points, const tTurn& turn, double reach, tCourse& course);
+    /// Appends the line beside the turned curve: see UTrackCourse::CalcOffset, which also tells the side.
+    static void CalcOffset(const std::vector<CPoint>& points, const tTurn& turn, double distance,
+                           std::vector<CPoint>& line);
 
 private:
     /// Direction of travel in degrees at the point `at`, the first of the curve, or the last where the iterators run
