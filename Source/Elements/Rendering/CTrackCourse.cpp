@@ -31,7 +31,15 @@ tVector2D SecondDerivativeAt(const tBezierSegment& s, double t)
             6.0 * (u * (s.p2.y - 2.0 * s.p1.y + s.p0.y) + t * (s.p3.y - 2.0 * s.p2.y + s.p1.y))};
 }
 
-/// A point of the offset curve and its derivative: the curve's own, shortened by the bend.
+/// What is left of the curve's speed on a line beside it; negative where the bend is tighter than the distance.
+double SpeedBeside(tVector2D first, tVector2D second, double distance)
+{
+    const double speed = std::hypot(first.x, first.y);
+    // To the right of a turn towards positive y lies its inside, with the smaller radius.
+    return speed > 0.0 ? 1.0 - distance * (first.x * second.y - first.y * second.x) / (speed * speed * speed) : 1.0;
+}
+
+/// A point of the offset curve and its derivative.
 struct tOffsetPoint {
     tVector2D at;
     tVector2D derivative;
@@ -40,13 +48,8 @@ struct tOffsetPoint {
 tOffsetPoint OffsetAt(const tBezierSegment& segment, double t, double distance)
 {
     const tVector2D first = UBezier::DerivativeAt(segment, t);
-    const tVector2D second = SecondDerivativeAt(segment, t);
-    const double speed = std::hypot(first.x, first.y);
-    const tVector2D at = Shifted(UBezier::PointAt(segment, t), RightOf(first), distance);
-    // To the right of a turn towards positive y lies its inside, with the smaller radius.
-    const double bend = speed > 0.0 ? (first.x * second.y - first.y * second.x) / (speed * speed * speed) : 0.0;
-    const double factor = std::max(1.0 - bend * distance, 0.0);
-    return {at, {first.x * factor, first.y * factor}};
+    const double factor = std::max(SpeedBeside(first, SecondDerivativeAt(segment, t), distance), 0.0);
+    return {Shifted(UBezier::PointAt(segment, t), RightOf(first), distance), {first.x * factor, first.y * factor}};
 }
 
 /// Pieces into which a segment is cut for its offset curve: one for each 15° that its controls turn.
@@ -82,6 +85,34 @@ void AddOffset(const tBezierSegment& segment, double distance, CDrawing& drawing
         drawing.CurveTo(from.at.x + from.derivative.x * handle, from.at.y + from.derivative.y * handle,
                         to.at.x - to.derivative.x * handle, to.at.y - to.derivative.y * handle, to.at.x, to.at.y);
         from = to;
+    }
+}
+
+/// Whether the curve has a bend that the line beside it cannot follow.
+bool IsTight(const tBezierSegment& segment, double distance)
+{
+    constexpr int kProbes = 16;
+    for (int i = 0; i <= kProbes; ++i) {
+        const double t = static_cast<double>(i) / kProbes;
+        if (SpeedBeside(UBezier::DerivativeAt(segment, t), SecondDerivativeAt(segment, t), distance) < 0.1) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Appends a segment's points for the search for crossings of the line beside it.
+void Flatten(const tBezierSegment& segment, tCourse& course)
+{
+    const int steps = 8 * CutsOf(segment);
+    for (int i = course.empty() ? 0 : 1; i <= steps; ++i) {
+        const double t = static_cast<double>(i) / steps;
+        const tVector2D point = UBezier::PointAt(segment, t);
+        const tVector2D right = RightOf(UBezier::DerivativeAt(segment, t));
+        const double length = course.empty() ? 0.0
+                                             : course.back().length + std::hypot(point.x - course.back().point.x,
+                                                                                 point.y - course.back().point.y);
+        course.push_back({point, {right.y, -right.x}, length});
     }
 }
 
@@ -122,8 +153,38 @@ void CTrackCourse::AddCurve(const tBezierSegment& segment)
     mLength += sum / (3.0 * kSteps);
 }
 
+bool CTrackCourse::AddCutTo(CDrawing& drawing, double distance) const
+{
+    const auto isTight = [distance](const tPiece& piece) {
+        const auto* segment = std::get_if<tBezierSegment>(&piece);
+        return segment != nullptr && IsTight(*segment, distance);
+    };
+    if (distance == 0.0 || std::none_of(mPieces.begin(), mPieces.end(), isTight)) {
+        return false;
+    }
+    tCourse course;
+    for (const tPiece& piece : mPieces) {
+        if (const auto* segment = std::get_if<tBezierSegment>(&piece)) {
+            Flatten(*segment, course);
+        }
+    }
+    std::vector<CPoint> line;
+    UTrackCourse::CalcOffset(course, distance, line);
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (i == 0) {
+            drawing.MoveTo(line[i].x, line[i].y);
+        } else {
+            drawing.LineTo(line[i].x, line[i].y);
+        }
+    }
+    return true;
+}
+
 void CTrackCourse::AddTo(CDrawing& drawing, double distance) const
 {
+    if (AddCutTo(drawing, distance)) {
+        return;
+    }
     bool first = true;
     for (const tPiece& piece : mPieces) {
         if (const auto* line = std::get_if<tLine>(&piece)) {
