@@ -6,6 +6,7 @@
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <boost/foreach.hpp>
 
@@ -232,10 +233,10 @@ void CCompositeGeometry::RotateBy(double angle)
 
 void CCompositeGeometry::RotateBy(const CPoint& centre, double angle)
 {
-    if (!std::isfinite(angle) || !std::isfinite(centre.x) || !std::isfinite(centre.y)) {
+    if (!std::isfinite(angle)) {
         return;
     }
-    const CPoint pivot(centre.x - mLayout.position.x, centre.y - mLayout.position.y, 0.0);
+    const CPoint pivot(UReach::Clamp(centre.x) - mLayout.position.x, UReach::Clamp(centre.y) - mLayout.position.y, 0.0);
     const double turned = std::fmod(mLayout.angle + angle, 360.0);
     // Each component turns about a point of its own, so each is moved to where the whole takes one of its points.
     BOOST_FOREACH(CBasicGeometry* component, mComponents) {

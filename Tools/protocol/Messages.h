@@ -12,10 +12,11 @@
 /// What the lists of a message may count together. An entry costs the receiver more than its 4 bytes in the message.
 inline constexpr uint32_t kMaxListEntries = 4000000;
 
-/// The worker's first message.
-struct tHello {
-    bool ready = false;
-    std::string message; ///< why not ready, one line
+/// One thing that a worker has given up, or could not.
+struct tSandboxLayer {
+    std::string name; ///< a word: "seccomp"
+    bool isOn = false;
+    std::string detail; ///< how far it reaches, or why it is not on; for people
 };
 
 enum class eVerb : uint8_t {
@@ -25,7 +26,8 @@ enum class eVerb : uint8_t {
     kParts = 4,   ///< with a layout's: its parts
     kLibrary = 5, ///< with a track library's: its articles
     kStock = 6,   ///< with a stock file's: its entries
-    kRender = 7   ///< with a layout's: its picture, and a report about it
+    kExamine = 7, ///< what the worker finds of its surroundings, or whether it can do what a sandbox should refuse
+    kRender = 8   ///< with a layout's: its picture, and a report about it
 };
 
 enum class ePictureKind : uint8_t { kPNG = 1, kSVG = 2, kPDF = 3 };
@@ -44,7 +46,7 @@ struct tPictureWish {
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string contentType;   ///< uniform type identifier, for kImport
+    std::string contentType;   ///< uniform type identifier, for kImport; for kExamine the act to be tried, or empty
     tPictureWish picture = {}; ///< for kRender
 };
 
@@ -62,7 +64,17 @@ enum class eFailure : uint8_t {
     kTimeout = 2, ///< no answer in time
     kMemory = 3,  ///< the memory granted did not suffice
     kPath = 4,    ///< no file that could be a document
-    kPlugIn = 5   ///< no plug-in, or it refuses what the loader accepts
+    kPlugIn = 5,  ///< no plug-in, or it refuses what the loader accepts
+    kSandbox = 6  ///< the sandbox that was required cannot be had
+};
+
+/// The worker's first message.
+struct tHello {
+    bool ready = false;
+    std::string message;                     ///< why not ready, one line
+    eFailure reason = eFailure::kPlugIn;     ///< when not ready: kPlugIn or kSandbox
+    std::vector<tSandboxLayer> sandbox = {}; ///< the layers it was to put on
+    std::string sandboxNote = {};            ///< why there is no sandbox; empty where there is one
 };
 
 struct tFailure {

@@ -7,6 +7,7 @@
 #include "Platform/Drawing.h"
 #include "Platform/Fonts.h"
 #include "Platform/MacRoman.h"
+#include "protocol/BuiltInDocument.h"
 
 #include <nlohmann/json.hpp>
 
@@ -63,7 +64,9 @@ tAnswer Draw(CLayout& layout, const tPictureWish& wish, tPictureOptions options)
     }
     const auto picture = Platform::BeginPicture(FormatOf(wish.kind), renderer->GetWidth(), renderer->GetHeight());
     if (picture == nullptr) {
-        return MakeFailure(eFailure::kMemory, "the picture cannot be begun: there is not enough memory for its pixels");
+        return MakeFailure(
+            eFailure::kMemory,
+            "the picture cannot be begun: its pixels exceed the memory granted, or the drawing library is missing");
     }
     renderer->Draw(*picture);
     tAnswer answer;
@@ -82,19 +85,18 @@ tAnswer Draw(CLayout& layout, const tPictureWish& wish, tPictureOptions options)
 }
 } // namespace
 
-bool PrepareDrawing()
+void PrepareDrawing()
 {
-    // A first picture with a text in it opens all that any other needs.
+    // A first picture with a text in it opens all that any other needs. What is missing shows at the first request.
     const auto picture = Platform::BeginPicture(Platform::ePictureFormat::kPNG, 16, 16);
-    if (picture == nullptr) {
-        return false;
+    if (picture != nullptr) {
+        double width = 0.0;
+        double height = 0.0;
+        picture->MeasureText(BuiltInDocument::kText, {}, width, height);
+        picture->DrawText(BuiltInDocument::kText, 0.0, 0.0, {});
+        std::string bytes;
+        picture->Finish(bytes);
     }
-    double width = 0.0;
-    double height = 0.0;
-    picture->MeasureText("Aa", {}, width, height);
-    picture->DrawText("Aa", 0.0, 0.0, {});
-    std::string bytes;
-    return picture->Finish(bytes) && height > 0.0;
 }
 
 tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& wish)

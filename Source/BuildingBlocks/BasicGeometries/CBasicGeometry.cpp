@@ -100,7 +100,7 @@ void CBasicGeometry::AllowJoints(bool joint0, bool joint1)
 
 bool CBasicGeometry::IsScale(double factor)
 {
-    return factor > 0.0 && factor <= UReach::kFarthest;
+    return factor >= 1.0 / UReach::kFarthest && factor <= UReach::kFarthest;
 }
 
 void CBasicGeometry::ScaleTrack(double factor, bool scaleOffset)

@@ -18,8 +18,10 @@ constexpr int kBisections = 60;
 /// Halvings of a piece for its course: no fewer, so that an S is not taken for a line, and no more.
 constexpr int kLeastCourseDepth = 2;
 constexpr int kDeepestCourse = 8;
-/// Steps of a turn on the spot at the most: enough for 5 m beside it.
-constexpr double kMostTurnSteps = 640.0;
+/// The smallest turn worth a step of its own, in radians; bounds what a piece of curve can come to.
+constexpr double kSmallestStep = 3.141592653589793 / 64.0;
+/// More points than one piece can come to: 512 for its halvings, 64 for each half turn that a cubic can make.
+constexpr size_t kMostPerPiece = 1024;
 /// Coordinates beyond this would overflow when they are squared and multiplied.
 constexpr double kFarthest = 1e100;
 
@@ -293,7 +295,8 @@ private:
     {
         const double start = mCourse.back().length;
         const double turn = TurnBetween(from.heading, to.heading);
-        const double needed = std::min(std::ceil(std::fabs(turn) / UTrackCourse::WidestStep(mReach)), kMostTurnSteps);
+        const double step = std::max(UTrackCourse::WidestStep(mReach), kSmallestStep);
+        const double needed = std::ceil(std::fabs(turn) / step);
         if (needed > 1.0 && HasRoom()) {
             for (double i = 1.0; i < needed; ++i) {
                 const double share = i / needed;
@@ -309,11 +312,8 @@ private:
         mCourse.push_back({to.point, to.heading, start + length});
     }
 
-    /// Whether another chord may be divided, its halves turned and the divisions under way still be finished.
-    bool HasRoom() const
-    {
-        return mCourse.size() - mFirst < UBezier::kMostCoursePoints - static_cast<size_t>(4 * kMostTurnSteps);
-    }
+    /// Whether pieces are still divided.
+    bool HasRoom() const { return mCourse.size() - mFirst < UBezier::kMostCoursePoints - kMostPerPiece; }
 
     double mReach;
     tCourse& mCourse;

@@ -49,6 +49,9 @@ public:
     static tVector2D PointAt(const tBezierSegment& segment, double t);
     /// Derivative by t.
     static tVector2D DerivativeAt(const tBezierSegment& segment, double t);
+    /// A curve is no shorter than the polygon through its points, and at most this many times as long: no handle is
+    /// longer than two thirds of its chord, so the controls of a piece are at most 1 + 2 × (2/3 + 2/3) chords long.
+    static constexpr double kLongestPerChord = 11.0 / 3.0;
     /// Length of the curve by adaptive quadrature, to 1e-6 of itself.
     static double Length(const std::vector<CPoint>& points);
     /// Length of the curve from its start to each of the points.
@@ -61,9 +64,9 @@ public:
 
     /// Points of a course made by Flatten at the most, besides one for each point of the curve.
     static constexpr size_t kMostCoursePoints = 65536;
-    /// Appends the course of the turned curve, dense enough for lines beside it up to `reach` (mm) away; a bend of any
-    /// tightness is taken in steps of its own. A piece of the curve is divided into 256 at the most. Pieces with
-    /// coordinates beyond 1e100 are left out; nothing is appended when no piece is there.
+    /// Appends the course of the turned curve, dense enough for lines beside it up to `reach` (mm) away, as far as
+    /// 1,024 points for each piece of the curve allow. Pieces with coordinates beyond 1e100 are left out; nothing is
+    /// appended when no piece is there.
     static void Flatten(const std::vector<CPoint>& points, const tTurn& turn, double reach, tCourse& course);
     /// Appends the line beside the turned curve: see UTrackCourse::CalcOffset, which also tells the side.
     static void CalcOffset(const std::vector<CPoint>& points, const tTurn& turn, double distance,

@@ -11,6 +11,8 @@ constexpr double kSearchReach = 12.0;
 /// Pairs of chords tried in one line at the most. A bend takes some hundreds; only a scribble takes more, and its line
 /// is then bridged instead of cut.
 constexpr int kMostTests = 4000000;
+/// A step that rounding has not yet made 0, in radians.
+constexpr double kSmallestStep = 1e-7;
 /// Points closer than this are one, mm: what remains of a line that has shrunk to the centre of its bend.
 constexpr double kSamePoint = 1e-7;
 
@@ -175,7 +177,7 @@ private:
 double UTrackCourse::WidestStep(double radius)
 {
     // A chord over angle a leaves its arc by radius × (1 - cos(a / 2)).
-    return radius > kFlatness ? 2.0 * std::acos(1.0 - kFlatness / radius) : kPi;
+    return radius > kFlatness ? std::max(2.0 * std::acos(1.0 - kFlatness / radius), kSmallestStep) : kPi;
 }
 
 void UTrackCourse::AppendStraight(tVector2D from, tVector2D to, tCourse& course)

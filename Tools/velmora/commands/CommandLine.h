@@ -28,6 +28,11 @@ struct tOptions {
     bool labels = false;                ///< names of the elements are drawn
     bool grid = false;                  ///< a grid is drawn
     bool draws = false;                 ///< the workers are to draw
+    std::vector<std::string> excludes;  ///< patterns of names that a walk passes over
+    unsigned jobs = 0;                  ///< worker processes; 0 for one a core
+    std::string progress = "auto";      ///< auto, always, never, plain
+    bool quiet = false;                 ///< no summary
+    std::string sandbox = "auto";       ///< auto, require or off
     double timeoutSeconds = 5;          ///< for one document
     unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
 };
@@ -51,6 +56,10 @@ extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
 extern const tCommand kRenderCommand;
 extern const tCommand kThumbnailCommand;
+extern const tCommand kDoctorCommand;
+
+/// The version of this program.
+const char* GetVersion();
 
 /// Options of every command that starts workers.
 void AddWorkerOptions(CLI::App& app, tOptions& options);

@@ -50,6 +50,19 @@ std::vector<CReport> CReport::GetList(const char* key) const
     return list;
 }
 
+std::vector<std::string> CReport::GetTexts(const char* key) const
+{
+    std::vector<std::string> texts;
+    if (Has(key) && mJSON[key].is_array()) {
+        for (const nlohmann::json& entry : mJSON[key]) {
+            if (entry.is_string()) {
+                texts.push_back(entry.get<std::string>());
+            }
+        }
+    }
+    return texts;
+}
+
 CReport CReport::GetObject(const char* key) const
 {
     return Has(key) ? CReport(mJSON[key]) : CReport();
@@ -70,7 +83,7 @@ CInquiry::CInquiry(const tOptions& options)
 CInquiry::eResult CInquiry::Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use,
                                 const tUseFailure& useFailure)
 {
-    CDocumentSource source(paths, nullptr, '\n');
+    CDocumentSource source(paths);
     bool failed = false;
     tInput input;
     while (!Interrupt::IsRequested() && source.Next(input)) {

@@ -70,7 +70,7 @@ int AskForPicture(const tOptions& options, const tPictureWish& wish, tAnswer& an
         COutput::PrintMessage(Escapes::ForTerminal(message));
         return static_cast<int>(kExitFailed);
     };
-    CDocumentSource source({options.paths[0]}, nullptr, '\n');
+    CDocumentSource source({options.paths[0]});
     tInput input;
     if (!source.Next(input) || input.path != options.paths[0]) {
         return fail(options.paths[0] + ": is a folder, not a layout");

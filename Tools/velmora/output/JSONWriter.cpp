@@ -15,11 +15,18 @@ const char* FailureWord(eFailure kind)
         return "path";
     case eFailure::kPlugIn:
         return "plugin";
+    case eFailure::kSandbox:
+        return "sandbox";
     case eFailure::kLoader: // has a number
     case eFailure::kCrash:
         break;
     }
     return "crash";
+}
+
+std::string FailureCode(const tFailure& failure)
+{
+    return failure.kind == eFailure::kLoader ? std::to_string(failure.loaderCode) : FailureWord(failure.kind);
 }
 
 namespace {

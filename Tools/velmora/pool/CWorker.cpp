@@ -4,12 +4,15 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
+#include <unistd.h>
 #include <vector>
 
 extern char** environ;
@@ -43,7 +46,10 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
                                settings.plugIn.c_str(),
                                "--memory",
                                memory.c_str(),
-                               settings.draws ? "--draw" : nullptr,
+                               "--sandbox",
+                               settings.sandbox.c_str(),
+                               "--profile",
+                               settings.draws ? "draw" : "read",
                                nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
@@ -85,25 +91,43 @@ bool CWorker::Start(const tWorkerSettings& settings)
     }
     mReader.emplace(mSocket.Get(), kMaxAnswerSize);
     mSequence = 0;
+    mAnswered = 0;
+    mAsked.clear();
     mFatalReport.clear();
     mOutOfMemory = false;
+    mFaultCertain = false;
+    mProcessorSeconds = settings.processorSeconds;
+    mGreeting = tHello();
     mState = eState::kStarting;
     return true;
 }
 
+/// Bounds the processor time of the next request. The owner's clock notices a slow worker earlier; this one also holds
+/// while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one could
+/// never be raised again.
+void CWorker::GrantProcessorTime() const
+{
+#if defined(__linux__)
+    clockid_t clock = 0;
+    timespec used = {};
+    if (mProcessorSeconds == 0 || clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+        return;
+    }
+    // Twice the time: the request before this one may still be in work. And one second, because it counts whole ones.
+    const rlimit limit = {static_cast<rlim_t>(used.tv_sec) + 2 * rlim_t{mProcessorSeconds} + 1, RLIM_INFINITY};
+    prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+#endif
+}
+
 bool CWorker::Ask(const tRequest& request, int document)
 {
-    // An idle worker has nothing to say: bytes that are there, or a closed socket, mean that it is of no more use.
-    char byte = 0;
-    const ssize_t unexpected = recv(mSocket.Get(), &byte, 1, MSG_PEEK);
-    const bool silent = unexpected < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-    if (silent && SendFrame(mSocket.Get(), eFrameKind::kRequest, ++mSequence, Encode(request), document)) {
-        mState = eState::kBusy;
-        mVerb = request.verb;
-        return true;
+    if (!SendFrame(mSocket.Get(), eFrameKind::kRequest, mSequence + 1, Encode(request), document)) {
+        return false;
     }
-    Kill();
-    return false;
+    ++mSequence;
+    mAsked.push_back(request.verb);
+    GrantProcessorTime();
+    return true;
 }
 
 CWorker::eEvent CWorker::Read(tAnswer& answer)
@@ -125,25 +149,28 @@ CWorker::eEvent CWorker::Read(tAnswer& answer)
 CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
 {
     answer = tAnswer();
-    if (frame.sequence == mSequence && !frame.descriptor.IsOpen()) {
-        tHello hello;
+    // The greeting has the number 0; everything else is about the oldest request.
+    const uint32_t expected = mState == eState::kStarting ? 0 : mSequence + 1 - static_cast<uint32_t>(mAsked.size());
+    const bool asked = mState == eState::kReady && !mAsked.empty();
+    if (frame.sequence == expected && !frame.descriptor.IsOpen()) {
         switch (frame.kind) {
         case eFrameKind::kHello:
-            if (mState != eState::kStarting || !Decode(frame.payload, hello)) {
+            if (mState != eState::kStarting || !Decode(frame.payload, mGreeting)) {
                 break;
             }
-            if (!hello.ready) {
-                answer = MakeFailure(eFailure::kPlugIn, hello.message);
+            if (!mGreeting.ready) {
+                answer = MakeFailure(mGreeting.reason, mGreeting.message);
                 Dismiss();
                 return eEvent::kRefused;
             }
-            mState = eState::kIdle;
+            mState = eState::kReady;
             return eEvent::kReady;
         case eFrameKind::kAnswer:
-            if (mState != eState::kBusy || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mVerb)) {
+            if (!asked || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mAsked.front())) {
                 break;
             }
-            mState = eState::kIdle;
+            mAsked.pop_front();
+            ++mAnswered;
             return eEvent::kAnswer;
         case eFrameKind::kFatalReport:
             if (!mFatalReport.empty() || frame.payload.empty() || frame.payload.size() > kMaxReportSize ||
@@ -151,14 +178,17 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
                 break;
             }
             mFatalReport = frame.payload;
-            return eEvent::kNothing;
+            mFaultCertain = asked;
+            return Read(answer); // what follows, if it has come
         case eFrameKind::kOutOfMemory:
             mOutOfMemory = true;
+            mFaultCertain = asked;
             return Lose(answer, nullptr);
         case eFrameKind::kRequest:
             break;
         }
     }
+    mFaultCertain = false;
     return Lose(answer, "the worker process answered out of form");
 }
 
@@ -167,7 +197,8 @@ static std::string DescribeEnd(const std::optional<int>& status)
 {
     if (status && WIFSIGNALED(*status)) {
         const int number = WTERMSIG(*status);
-        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
+        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")" +
+               (number == SIGSYS ? ": it did what the sandbox forbids" : "");
     }
     const std::string code =
         status && WIFEXITED(*status) ? " (status " + std::to_string(WEXITSTATUS(*status)) + ")" : "";
@@ -183,8 +214,12 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     } else if (mOutOfMemory) {
         answer = MakeFailure(eFailure::kMemory, "the memory granted to the worker process did not suffice");
     } else {
-        const std::string end = DescribeEnd(WaitForEnd(kEndMilliseconds));
+        const std::optional<int> status = WaitForEnd(kEndMilliseconds);
+        const std::string end = DescribeEnd(status);
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
+        if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
+            answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");
+        }
     }
     Kill();
     return eEvent::kLost;
@@ -212,6 +247,7 @@ std::optional<int> CWorker::WaitForEnd(int milliseconds)
 void CWorker::Kill()
 {
     mState = eState::kNone;
+    mAsked.clear();
     mReader.reset();
     mSocket.Reset();
     if (mProcess > 0) {
@@ -222,12 +258,38 @@ void CWorker::Kill()
     }
 }
 
+void CWorker::SayGoodbye()
+{
+    if (mAsked.empty()) {
+        mState = eState::kNone;
+        mReader.reset();
+        mSocket.Reset();
+    }
+}
+
 void CWorker::Dismiss()
 {
-    if (mState != eState::kBusy) {
-        mReader.reset();
-        mSocket.Reset(); // which it notices
+    SayGoodbye();
+    if (!mSocket.IsOpen()) {
         WaitForEnd(kLeaveMilliseconds);
     }
     Kill();
+}
+
+size_t CWorker::GetResidentMemory() const
+{
+#if defined(__linux__)
+    char path[32];
+    snprintf(path, sizeof path, "/proc/%d/statm", static_cast<int>(mProcess));
+    char text[64] = {};
+    const CDescriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    if (file.IsOpen() && read(file.Get(), text, sizeof text - 1) > 0) {
+        unsigned long total = 0;
+        unsigned long resident = 0;
+        if (sscanf(text, "%lu %lu", &total, &resident) == 2) {
+            return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        }
+    }
+#endif
+    return 0;
 }
