@@ -1,4 +1,6 @@
 // From the core's colours to AppKit's.
+#pragma once
+
 #import <AppKit/AppKit.h>
 
 #include "CColor/CColor.h"

@@ -1,4 +1,6 @@
 // Shadows switched on and off in one line.
+#pragma once
+
 #import <AppKit/AppKit.h>
 
 /// Both change the graphics state of the current context, so they last until it is restored. Without a context nothing

@@ -1,4 +1,6 @@
 // Drawing primitives and text over AppKit.
+#pragma once
+
 #import <AppKit/AppKit.h>
 
 #include "CPoint/CPoint.h"
@@ -51,7 +53,7 @@
     outlineColor:(NSColor*)outlineColor
      strokeWidth:(double)strokeWidth;
 
-/// The box of the text, in points. A text without characters is 0 x 0.
+/// The box of the text, in points. A text without characters has the height of a line and width 0.
 + (NSSize)measureText:(NSString*)text font:(NSFont*)font;
 
 /// The same with an outline around it: larger by its width, half of it on each side.

@@ -194,14 +194,19 @@ void StrokeOutlines(NSString* text, NSDictionary* attributes, NSFont* font, NSRe
 
 + (NSSize)measureText:(NSString*)text font:(NSFont*)font strokeWidth:(double)strokeWidth
 {
-    if (!IsDrawable(text, font)) {
+    if (text == nil || font == nil) {
         return NSMakeSize(0.0, 0.0);
     }
     NSDictionary* const attributes = [UCocoaDrawing createAttributesForTextColor:nil
                                                                             font:font
                                                                     outlineColor:nil
                                                                      strokeWidth:0.0];
-    const NSSize size = [text sizeWithAttributes:attributes];
+    // The size of a text without characters would be that of some other font.
+    const bool isEmpty = [text length] == 0;
+    NSSize size = [(isEmpty ? @" " : text) sizeWithAttributes:attributes];
+    if (isEmpty) {
+        size.width = 0.0;
+    }
     [attributes release];
     const CGFloat outline = OutlineWidth(font, strokeWidth);
     return NSMakeSize(size.width + outline, size.height + outline);
