@@ -52,10 +52,6 @@ private:
 
     NSGraphicsContext* mContext; ///< retained; nil where there is none
     NSBezierPath* mPath;         ///< owned; in coordinates of the surface
-    CPoint mPieceStart;          ///< first point of the path's latest piece, and whether that was closed
-    bool mIsClosed = false;
     tPlacing mPlacing;
     std::vector<tPlacing> mSaved;
-
-    void ContinueAfterClose();
 };

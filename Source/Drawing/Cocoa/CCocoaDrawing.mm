@@ -100,9 +100,7 @@ CCocoaDrawing::~CCocoaDrawing()
 
 void CCocoaDrawing::MoveTo(double x, double y)
 {
-    mPieceStart = mPlacing.Apply(x, y);
-    mIsClosed = false;
-    [UCocoaDrawing continueLine:mPath ToPoint:mPieceStart drawLine:NO];
+    [UCocoaDrawing continueLine:mPath ToPoint:mPlacing.Apply(x, y) drawLine:NO];
 }
 
 void CCocoaDrawing::LineTo(double x, double y)
@@ -111,7 +109,6 @@ void CCocoaDrawing::LineTo(double x, double y)
         MoveTo(x, y);
         return;
     }
-    ContinueAfterClose();
     [UCocoaDrawing continueLine:mPath ToPoint:mPlacing.Apply(x, y) drawLine:YES];
 }
 
@@ -120,7 +117,6 @@ void CCocoaDrawing::CurveTo(double x1, double y1, double x2, double y2, double x
     if ([mPath isEmpty]) {
         MoveTo(x1, y1);
     }
-    ContinueAfterClose();
     [mPath curveToPoint:ToNSPoint(mPlacing.Apply(x, y))
           controlPoint1:ToNSPoint(mPlacing.Apply(x1, y1))
           controlPoint2:ToNSPoint(mPlacing.Apply(x2, y2))];
@@ -150,16 +146,6 @@ void CCocoaDrawing::ClosePath()
 {
     if (![mPath isEmpty]) {
         [mPath closePath];
-        mIsClosed = true;
-    }
-}
-
-/// A closed piece goes on from where it began. Not every AppKit sees to that.
-void CCocoaDrawing::ContinueAfterClose()
-{
-    if (mIsClosed) {
-        [UCocoaDrawing continueLine:mPath ToPoint:mPieceStart drawLine:NO];
-        mIsClosed = false;
     }
 }
 
@@ -173,7 +159,6 @@ void CCocoaDrawing::Fill(const tPaint& paint, bool keepPath)
     }
     if (!keepPath) {
         [mPath removeAllPoints];
-        mIsClosed = false;
     }
 }
 
@@ -196,7 +181,6 @@ void CCocoaDrawing::Stroke(const tPen& pen)
         [mPath stroke];
     }
     [mPath removeAllPoints];
-    mIsClosed = false;
 }
 
 void CCocoaDrawing::Clip()
@@ -211,7 +195,6 @@ void CCocoaDrawing::Clip()
         }
     }
     [mPath removeAllPoints];
-    mIsClosed = false;
 }
 
 void CCocoaDrawing::Save()
@@ -248,7 +231,6 @@ void CCocoaDrawing::DrawText(const std::string& text, double x, double y, const 
     const CPool pool;
     NSString* const string = ToNSString(text);
     NSFont* const font = FindFont(look);
-    NSColor* const color = ToNSColor(look.paint);
     [NSGraphicsContext saveGraphicsState];
     [UCocoaDrawing offsetContextBy:mPlacing.Apply(x, y)];
     [UCocoaDrawing rotateContextBy:mPlacing.angle aroundPoint:CPoint::ZeroPos];
@@ -259,15 +241,15 @@ void CCocoaDrawing::DrawText(const std::string& text, double x, double y, const 
     [size concat];
     const CPoint corner(0.0, isFlipped ? 0.0 : -[UCocoaDrawing measureText:string font:font].height, 0.0);
     if (look.halo > 0.0) {
-        // As wide as the seam on either side of a letter's edge; the inner half lies under the text.
+        // The seam on either side of the letters' edges, and no letters yet: they hide its inner half.
         [UCocoaDrawing drawText:string
-                      withColor:color
+                      withColor:[NSColor clearColor]
                            font:font
                         atPoint:corner
                    outlineColor:ToNSColor(look.haloPaint)
                     strokeWidth:2.0 * look.halo / [font pointSize] * 100.0];
     }
-    [UCocoaDrawing drawText:string withColor:color font:font atPoint:corner];
+    [UCocoaDrawing drawText:string withColor:ToNSColor(look.paint) font:font atPoint:corner];
     [NSGraphicsContext restoreGraphicsState];
 }
 
