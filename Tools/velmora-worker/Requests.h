@@ -24,5 +24,10 @@ tAnswer AnswerLibrary(const std::string& path);
 /// The entries of a stock file.
 tAnswer AnswerStock(const std::string& path);
 
+/// The picture of a layout.
+tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& wish);
+/// Loads what drawing needs, fonts included, before the first document is seen. @return false where it is not there
+bool PrepareDrawing();
+
 /// The path under which a descriptor is opened once more.
 std::string PathOfDescriptor(int document);

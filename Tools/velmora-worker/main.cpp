@@ -16,6 +16,7 @@ struct tArguments {
     int socket = -1;
     size_t megabytes = 0;
     std::string plugIn;
+    bool draw = false; ///< this worker draws: it may read fonts, and has them ready
 };
 } // namespace
 
@@ -29,8 +30,17 @@ static bool ParseNumber(const char* text, tNumber& number)
 
 static bool ParseArguments(int argc, char** argv, tArguments& arguments)
 {
-    for (int i = 1; i + 1 < argc; i += 2) {
+    int i = 1;
+    for (; i < argc; i += 2) {
         const std::string_view name = argv[i];
+        if (name == "--draw") {
+            arguments.draw = true;
+            --i; // it has no value
+            continue;
+        }
+        if (i + 1 == argc) {
+            return false;
+        }
         if (name == "--socket"   ? !ParseNumber(argv[i + 1], arguments.socket)
             : name == "--memory" ? !ParseNumber(argv[i + 1], arguments.megabytes)
                                  : name != "--plugin") {
@@ -40,7 +50,7 @@ static bool ParseArguments(int argc, char** argv, tArguments& arguments)
             arguments.plugIn = argv[i + 1];
         }
     }
-    return argc % 2 == 1 && arguments.socket >= 0 && arguments.megabytes > 0 && !arguments.plugIn.empty();
+    return arguments.socket >= 0 && arguments.megabytes > 0 && !arguments.plugIn.empty();
 }
 
 /// Whether an answer keeps to what the host accepts.
@@ -71,6 +81,8 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
         return AnswerLibrary(path);
     case eVerb::kStock:
         return AnswerStock(path);
+    case eVerb::kRender:
+        return AnswerRender(path, document, request.picture);
     case eVerb::kImport:
     case eVerb::kSchema:
         break;
@@ -127,6 +139,10 @@ int main(int argc, char** argv)
     CPlugIn plugIn;
     tHello hello;
     hello.ready = plugIn.Load(arguments.plugIn, hello.message);
+    if (hello.ready && arguments.draw && !PrepareDrawing()) {
+        hello.ready = false;
+        hello.message = "the drawing library is missing, or no font can be had: the installation is damaged";
+    }
     if (hello.ready) {
         Limits::GrantMemory(arguments.megabytes);
     }

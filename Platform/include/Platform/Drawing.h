@@ -26,8 +26,8 @@ struct tPen {
     double width = 1; ///< above 0
     eLineCap cap = eLineCap::kButt;
     eLineJoin join = eLineJoin::kMiter;
-    std::vector<double> dash; ///< lengths of dash and gap by turns, each above 0; empty for a whole line
-    double dashOffset = 0;    ///< where in the dash a line begins
+    std::vector<double> dash = {}; ///< lengths of dash and gap by turns, each above 0; empty for a whole line
+    double dashOffset = 0;         ///< where in the dash a line begins
 };
 
 /// How a text is set.

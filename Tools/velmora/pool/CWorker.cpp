@@ -36,8 +36,15 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
 {
     const std::string number = std::to_string(kWorkerSocket);
     const std::string memory = std::to_string(settings.memoryMegabytes);
-    const char* arguments[] = {settings.program.c_str(), "--socket", number.c_str(), "--plugin",
-                               settings.plugIn.c_str(),  "--memory", memory.c_str(), nullptr};
+    const char* arguments[] = {settings.program.c_str(),
+                               "--socket",
+                               number.c_str(),
+                               "--plugin",
+                               settings.plugIn.c_str(),
+                               "--memory",
+                               memory.c_str(),
+                               settings.draws ? "--draw" : nullptr,
+                               nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     if (posix_spawn_file_actions_init(&actions) != 0) {

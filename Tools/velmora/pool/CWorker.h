@@ -13,6 +13,7 @@ struct tWorkerSettings {
     std::string program;             ///< path of the worker's executable
     std::string plugIn;              ///< path of the plug-in bundle
     unsigned memoryMegabytes = 1024; ///< what it may map beyond what it maps at rest
+    bool draws = false;              ///< it is to draw: it may read fonts, and loads what it needs at the start
 };
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
