@@ -23,8 +23,5 @@ struct CGRect {
     CGSize size;
 };
 
-inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height)
-{
-    return {{x, y}, {width, height}};
-}
+inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height) { return {{x, y}, {width, height}}; }
 #endif
