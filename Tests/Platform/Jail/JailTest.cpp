@@ -206,7 +206,6 @@ TEST_F(JailTest, LetsThroughWhatServingNeedsAndNothingElse)
         EXPECT_EQ(RunChild([&c] { return Attempt(c.probe); }), endsAnyway ? kBySignal + SIGABRT : 0);
         for (const Jail::eProfile profile : {Jail::eProfile::kRead, Jail::eProfile::kDraw}) {
             const int end = RunChild([&] {
-                // One layer after the other, or else it would not show which of them let something pass.
                 return Close(profile, Jail::kAllLayers, {readable, "/nonexistent"}) ? Attempt(c.probe) : kNoJail;
             });
             EXPECT_EQ(end, profile == Jail::eProfile::kRead ? c.read : c.draw);
