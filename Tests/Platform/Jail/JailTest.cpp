@@ -1,7 +1,10 @@
 // Every probe runs in a child process, once free and once in the jail, so that it is seen to succeed where nothing
 // forbids it.
 #include "Platform/Jail.h"
+#include "CheckError/CErr.h"
 #include "Platform/Fonts.h"
+#include "Platform/Process.h"
+#include "Platform/Report.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -211,6 +214,37 @@ TEST_F(JailTest, LetsThroughWhatServingNeedsAndNothingElse)
             EXPECT_EQ(end, profile == Jail::eProfile::kRead ? c.read : c.draw);
         }
     }
+}
+
+// The core ends a process that cannot go on: it writes, looks for its log, shows an alert, and runs all exit handlers.
+TEST_F(JailTest, LetsAFatalReportOutAndTheProcessEnd)
+{
+    int report[2];
+    ASSERT_EQ(pipe2(report, O_CLOEXEC), 0);
+    const int end = RunChild([&report] {
+        const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, STDERR_FILENO); // a file there could not grow
+        Platform::SetReportObserver(
+            [](void* to, Platform::eReportLevel level, const char* text) {
+                if (level == Platform::eReportLevel::kFatalError) {
+                    [[maybe_unused]] const ssize_t written = write(*static_cast<int*>(to), text, strlen(text));
+                }
+            },
+            &report[1]);
+        Platform::LookUpSettings();
+        if (!Close(Jail::eProfile::kRead, Jail::kAllLayers)) {
+            return kNoJail;
+        }
+        CErr::CheckNull(nullptr, "the list of layers");
+        return 1;
+    });
+    EXPECT_EQ(end, 0);
+    close(report[1]);
+    char text[256] = {};
+    EXPECT_GT(read(report[0], text, sizeof text - 1), 0);
+    EXPECT_NE(std::string(text).find("the list of layers"), std::string::npos) << text;
+    close(report[0]);
 }
 
 TEST_F(JailTest, MeasuresTextsInFontsThatWereNotOpenedBefore)
