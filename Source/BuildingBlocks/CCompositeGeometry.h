@@ -3,6 +3,7 @@
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 #include "BuildingBlocks/CGradeVector.h"
+#include "CBlockPool/CBlockPool.h"
 #include "CColor/RGBColor.h"
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
@@ -72,6 +73,13 @@ public:
     CCompositeGeometry(const CCompositeGeometry&) = delete;
     CCompositeGeometry& operator=(const CCompositeGeometry&) = delete;
     virtual ~CCompositeGeometry();
+
+    static void* operator new(size_t size) { return CBlockPool::Allocate(size); }
+    static void* operator new(size_t size, const std::nothrow_t& tag) noexcept
+    {
+        return CBlockPool::Allocate(size, tag);
+    }
+    static void operator delete(void* block, size_t size) noexcept { CBlockPool::Release(block, size); }
 
     /// Reads an element record: magic and version (32 bits each), the attributes (keys 200 to 225), then the
     /// components. The components are aligned so that their box starts at (0, 0), and the position moves by as much.

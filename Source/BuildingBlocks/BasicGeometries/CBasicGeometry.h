@@ -3,6 +3,7 @@
 
 #include "BuildingBlocks/CGradeVector.h"
 #include "BuildingBlocks/CJoint.h"
+#include "CBlockPool/CBlockPool.h"
 #include "CColor/RGBColor.h"
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
@@ -57,6 +58,13 @@ public:
     explicit CBasicGeometry(void* raw);
     CBasicGeometry(const CBasicGeometry&) = delete;
     virtual ~CBasicGeometry() = default;
+
+    static void* operator new(size_t size) { return CBlockPool::Allocate(size); }
+    static void* operator new(size_t size, const std::nothrow_t& tag) noexcept
+    {
+        return CBlockPool::Allocate(size, tag);
+    }
+    static void operator delete(void* block, size_t size) noexcept { CBlockPool::Release(block, size); }
     /// Copies as the copying constructor does, from the fields themselves.
     CBasicGeometry& operator=(const CBasicGeometry& source);
 

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
@@ -11,6 +12,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
+#include <unistd.h>
 #include <vector>
 
 extern char** environ;
@@ -89,45 +91,54 @@ bool CWorker::Start(const tWorkerSettings& settings)
     }
     mReader.emplace(mSocket.Get(), kMaxAnswerSize);
     mSequence = 0;
+    mAnswered = 0;
+    mAsked.clear();
     mFatalReport.clear();
     mOutOfMemory = false;
     mProcessorSeconds = settings.processorSeconds;
+    mGrantedRequests = 0;
     mGreeting = tHello();
+    mFaultCertain = false;
     mState = eState::kStarting;
     return true;
 }
 
-/// Bounds the processor time of the next request. The owner's clock notices a slow worker earlier; this one also holds
-/// while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one could
-/// never be raised again.
-void CWorker::GrantProcessorTime() const
+/// Bounds the processor time of the requests under way. The owner's clock notices a slow worker earlier; this one also
+/// holds while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one
+/// could never be raised again.
+void CWorker::GrantProcessorTime()
 {
 #if defined(__linux__)
-    clockid_t clock = 0;
-    timespec used = {};
-    if (mProcessorSeconds == 0 || clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    // Once a second and whenever more requests are under way than before: the process has one thread, so it has used
+    // no more than has passed.
+    if (mProcessorSeconds == 0 || (now.tv_sec == mGrantedAt && mAsked.size() <= mGrantedRequests)) {
         return;
     }
-    // Twice the time: the request before this one may still be in work. And one second, because it counts whole ones.
-    const rlimit limit = {static_cast<rlim_t>(used.tv_sec) + 2 * rlim_t{mProcessorSeconds} + 1, RLIM_INFINITY};
+    clockid_t clock = 0;
+    timespec used = {};
+    if (clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+        return;
+    }
+    mGrantedAt = now.tv_sec;
+    mGrantedRequests = mAsked.size();
+    // Two more, because seconds are counted whole, here and by the system.
+    const rlim_t seconds = static_cast<rlim_t>(used.tv_sec) + rlim_t{mGrantedRequests} * mProcessorSeconds + 2;
+    const rlimit limit = {seconds, RLIM_INFINITY};
     prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
 #endif
 }
 
 bool CWorker::Ask(const tRequest& request, int document)
 {
-    // An idle worker has nothing to say: bytes that are there, or a closed socket, mean that it is of no more use.
-    char byte = 0;
-    const ssize_t unexpected = recv(mSocket.Get(), &byte, 1, MSG_PEEK);
-    const bool silent = unexpected < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-    if (silent && SendFrame(mSocket.Get(), eFrameKind::kRequest, ++mSequence, Encode(request), document)) {
-        GrantProcessorTime();
-        mState = eState::kBusy;
-        mVerb = request.verb;
-        return true;
+    if (!SendFrame(mSocket.Get(), eFrameKind::kRequest, mSequence + 1, Encode(request), document)) {
+        return false;
     }
-    Kill();
-    return false;
+    ++mSequence;
+    mAsked.push_back(request.verb);
+    GrantProcessorTime();
+    return true;
 }
 
 CWorker::eEvent CWorker::Read(tAnswer& answer)
@@ -149,7 +160,10 @@ CWorker::eEvent CWorker::Read(tAnswer& answer)
 CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
 {
     answer = tAnswer();
-    if (frame.sequence == mSequence && !frame.descriptor.IsOpen()) {
+    // The greeting has the number 0; everything else is about the oldest request.
+    const uint32_t expected = mState == eState::kStarting ? 0 : mSequence + 1 - static_cast<uint32_t>(mAsked.size());
+    const bool asked = mState == eState::kReady && !mAsked.empty();
+    if (frame.sequence == expected && !frame.descriptor.IsOpen()) {
         switch (frame.kind) {
         case eFrameKind::kHello:
             if (mState != eState::kStarting || !Decode(frame.payload, mGreeting)) {
@@ -160,13 +174,14 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
                 Dismiss();
                 return eEvent::kRefused;
             }
-            mState = eState::kIdle;
+            mState = eState::kReady;
             return eEvent::kReady;
         case eFrameKind::kAnswer:
-            if (mState != eState::kBusy || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mVerb)) {
+            if (!asked || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mAsked.front())) {
                 break;
             }
-            mState = eState::kIdle;
+            mAsked.pop_front();
+            ++mAnswered;
             return eEvent::kAnswer;
         case eFrameKind::kFatalReport:
             if (!mFatalReport.empty() || frame.payload.empty() || frame.payload.size() > kMaxReportSize ||
@@ -174,14 +189,17 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
                 break;
             }
             mFatalReport = frame.payload;
-            return eEvent::kNothing;
+            mFaultCertain = asked;
+            return Read(answer); // what follows, if it has come
         case eFrameKind::kOutOfMemory:
             mOutOfMemory = true;
+            mFaultCertain = asked;
             return Lose(answer, nullptr);
         case eFrameKind::kRequest:
             break;
         }
     }
+    mFaultCertain = false;
     return Lose(answer, "the worker process answered out of form");
 }
 
@@ -240,6 +258,7 @@ std::optional<int> CWorker::WaitForEnd(int milliseconds)
 void CWorker::Kill()
 {
     mState = eState::kNone;
+    mAsked.clear();
     mReader.reset();
     mSocket.Reset();
     if (mProcess > 0) {
@@ -250,12 +269,38 @@ void CWorker::Kill()
     }
 }
 
+void CWorker::SayGoodbye()
+{
+    if (mAsked.empty()) {
+        mState = eState::kNone;
+        mReader.reset();
+        mSocket.Reset();
+    }
+}
+
 void CWorker::Dismiss()
 {
-    if (mState != eState::kBusy) {
-        mReader.reset();
-        mSocket.Reset(); // which it notices
+    SayGoodbye();
+    if (!mSocket.IsOpen()) {
         WaitForEnd(kLeaveMilliseconds);
     }
     Kill();
+}
+
+size_t CWorker::GetResidentMemory() const
+{
+#if defined(__linux__)
+    char path[32];
+    snprintf(path, sizeof path, "/proc/%d/statm", static_cast<int>(mProcess));
+    char text[64] = {};
+    const CDescriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    if (file.IsOpen() && read(file.Get(), text, sizeof text - 1) > 0) {
+        unsigned long total = 0;
+        unsigned long resident = 0;
+        if (sscanf(text, "%lu %lu", &total, &resident) == 2) {
+            return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        }
+    }
+#endif
+    return 0;
 }
