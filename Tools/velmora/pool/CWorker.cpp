@@ -230,6 +230,7 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
         if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
             answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");
+            mFaultCertain = !mAsked.empty(); // those before it have left it more than its own share
         }
     }
     Kill();
