@@ -246,6 +246,13 @@ ordered_json CExamination::GetFindings() const
     return findings;
 }
 
+/// A file's place, and whether it is there.
+static std::string DescribePlace(const ordered_json& file, const char* whenAbsent)
+{
+    const std::string path = file.value("path", "");
+    return path.empty() ? "no place for it" : path + (file.value("exists", false) ? "" : whenAbsent);
+}
+
 static std::string Line(std::string label, const std::string& value)
 {
     label.resize(std::max<size_t>(label.size() + 1, 14), ' ');
@@ -291,9 +298,8 @@ std::string CExamination::GetText() const
         text += Line("Fonts", std::to_string(mFonts.value("names", 0LL)) + " names; texts can " +
                                   (mFonts.value("measures_texts", false) ? "" : "not ") + "be measured");
     }
-    text += Line("Preferences", mPreferences.value("path", "") +
-                                    (mPreferences.value("exists", false) ? "" : " (not there: defaults)"));
-    text += Line("Index", mIndex.value("path", "") + (mIndex.value("exists", false) ? "" : " (not there yet)"));
+    text += Line("Preferences", DescribePlace(mPreferences, " (not there: defaults)"));
+    text += Line("Index", DescribePlace(mIndex, " (not there yet)"));
     if (const std::string note = mSandbox.value("note", ""); !note.empty()) {
         text += Line("Sandbox", "none: " + note);
     }
