@@ -138,10 +138,10 @@ int CBatch::Run(tRequest request, tRunHandlers handlers, COutput& output, const 
         };
     }
     mRun = std::make_unique<CDocumentRun>(*mSource, *mPool, std::move(request));
-    mRun->Run(std::move(handlers));
+    const bool stopped = mRun->Run(std::move(handlers)) == CDocumentRun::eResult::kStopped;
     progress.End();
     const tRunCounts& counts = mRun->GetCounts();
-    if (!mOptions.quiet && !CannotServe() && counts.good + counts.CountFailed() + counts.skipped > 1) {
+    if (!mOptions.quiet && !stopped && !CannotServe() && counts.good + counts.CountFailed() + counts.skipped > 1) {
         output.Flush();
         COutput::PrintMessage(Summarize(counts, done, mRun->GetSeconds()));
     }
