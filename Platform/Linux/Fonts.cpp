@@ -4,6 +4,7 @@
 #include "TextPieces.h"
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -64,6 +65,31 @@ bool IsFontInstalled(const std::string& name)
     return !name.empty() && name.find('\0') == std::string::npos && FontNames().count(FoldCase(name.c_str())) > 0;
 }
 
+size_t ListFonts()
+{
+    return FontNames().size();
+}
+
+std::vector<std::string> FontFolders()
+{
+    std::vector<std::string> folders;
+    FcStrList* const list = FcInit() != FcFalse ? FcConfigGetFontDirs(nullptr) : nullptr;
+    while (const FcChar8* const folder = list != nullptr ? FcStrListNext(list) : nullptr) {
+        folders.emplace_back(reinterpret_cast<const char*>(folder));
+    }
+    if (list != nullptr) {
+        FcStrListDone(list);
+    }
+    return folders;
+}
+
+static std::atomic<bool> sMeasures = true;
+
+void SetTextMeasuring(bool measures)
+{
+    sMeasures = measures;
+}
+
 // The measuring function of the text module that lies beside this library; null where it cannot be had.
 static tMeasureLine LoadTextModule()
 {
@@ -107,6 +133,9 @@ private:
 bool MeasureText(const std::string& font, double size, const std::string& text, double& width, double& height)
 {
     width = height = 0;
+    if (!sMeasures) {
+        return false;
+    }
     static std::mutex sMutex;
     const std::lock_guard<std::mutex> lock(sMutex);
     if (FontNames().empty()) {

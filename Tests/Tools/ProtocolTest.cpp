@@ -76,7 +76,7 @@ TEST(Messages, AreRefusedWhenCutOrLongerOrDamaged)
     const std::string request = Encode(tRequest{eVerb::kImport, "t"});
     tRequest other;
     EXPECT_FALSE(Decode(request.substr(1), other));
-    EXPECT_FALSE(Decode('\7' + request.substr(1), other)) << "an unknown verb";
+    EXPECT_FALSE(Decode('\x7F' + request.substr(1), other)) << "an unknown verb";
 }
 
 TEST(Messages, CannotClaimMoreEntriesThanAllowed)

@@ -144,7 +144,14 @@ std::string Encode(const tHello& hello)
 {
     CMessageWriter writer;
     writer.Put(hello.ready);
+    writer.Put(static_cast<uint8_t>(hello.reason));
     writer.Put(std::string_view(hello.message));
+    writer.PutList(hello.sandbox, [&writer](const tSandboxLayer& layer) {
+        writer.Put(std::string_view(layer.name));
+        writer.Put(layer.isOn);
+        writer.Put(std::string_view(layer.detail));
+    });
+    writer.Put(std::string_view(hello.sandboxNote));
     return writer.Take();
 }
 
@@ -152,7 +159,16 @@ bool Decode(std::string_view message, tHello& hello)
 {
     CMessageReader reader(message);
     hello.ready = reader.GetFlag();
+    hello.reason = reader.GetEnum(eFailure::kPlugIn, eFailure::kSandbox);
     hello.message = reader.GetText();
+    reader.GetList(hello.sandbox, [&reader] {
+        tSandboxLayer layer;
+        layer.name = reader.GetText();
+        layer.isOn = reader.GetFlag();
+        layer.detail = reader.GetText();
+        return layer;
+    });
+    hello.sandboxNote = reader.GetText();
     return reader.IsWhole();
 }
 
@@ -167,7 +183,7 @@ std::string Encode(const tRequest& request)
 bool Decode(std::string_view message, tRequest& request)
 {
     CMessageReader reader(message);
-    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kStock);
+    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kExamine);
     request.contentType = reader.GetText();
     return reader.IsWhole();
 }
@@ -182,7 +198,7 @@ static void EncodeFailure(CMessageWriter& writer, const tFailure& failure)
 
 static void DecodeFailure(CMessageReader& reader, tFailure& failure)
 {
-    failure.kind = reader.GetEnum(eFailure::kLoader, eFailure::kPlugIn);
+    failure.kind = reader.GetEnum(eFailure::kLoader, eFailure::kSandbox);
     failure.loaderCode = static_cast<int32_t>(reader.GetNumber());
     failure.element = reader.GetNumber();
     failure.message = reader.GetText();
@@ -261,7 +277,7 @@ bool Decode(std::string_view message, tAnswer& answer)
         DecodeFailure(reader, answer.failure);
         return reader.IsWhole();
     }
-    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kStock);
+    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kExamine);
     if (answer.verb == eVerb::kSchema) {
         DecodeSchema(reader, answer.schema);
         return reader.IsWhole();

@@ -11,10 +11,11 @@
 /// What the lists of a message may count together. An entry costs the receiver more than its 4 bytes in the message.
 inline constexpr uint32_t kMaxListEntries = 4000000;
 
-/// The worker's first message.
-struct tHello {
-    bool ready = false;
-    std::string message; ///< why not ready, one line
+/// One thing that a worker has given up, or could not.
+struct tSandboxLayer {
+    std::string name; ///< a word: "seccomp"
+    bool isOn = false;
+    std::string detail; ///< how far it reaches, or why it is not on; for people
 };
 
 enum class eVerb : uint8_t {
@@ -23,12 +24,13 @@ enum class eVerb : uint8_t {
     kCheck = 3,   ///< with a document's descriptor: what is wrong with it. This and the rest are answered with a report
     kParts = 4,   ///< with a layout's: its parts
     kLibrary = 5, ///< with a track library's: its articles
-    kStock = 6    ///< with a stock file's: its entries
+    kStock = 6,   ///< with a stock file's: its entries
+    kExamine = 7  ///< what the worker finds of its surroundings, or whether it can do what a sandbox should refuse
 };
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string contentType; ///< uniform type identifier, for kImport
+    std::string contentType; ///< uniform type identifier, for kImport; for kExamine the act to be tried, or empty
 };
 
 /// One attribute of a document: a text, or a list of texts.
@@ -45,7 +47,17 @@ enum class eFailure : uint8_t {
     kTimeout = 2, ///< no answer in time
     kMemory = 3,  ///< the memory granted did not suffice
     kPath = 4,    ///< no file that could be a document
-    kPlugIn = 5   ///< no plug-in, or it refuses what the loader accepts
+    kPlugIn = 5,  ///< no plug-in, or it refuses what the loader accepts
+    kSandbox = 6  ///< the sandbox that was required cannot be had
+};
+
+/// The worker's first message.
+struct tHello {
+    bool ready = false;
+    std::string message;                     ///< why not ready, one line
+    eFailure reason = eFailure::kPlugIn;     ///< when not ready: kPlugIn or kSandbox
+    std::vector<tSandboxLayer> sandbox = {}; ///< the layers it was to put on
+    std::string sandboxNote = {};            ///< why there is no sandbox; empty where there is one
 };
 
 struct tFailure {

@@ -23,7 +23,6 @@
 
 #include <algorithm>
 #include <map>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -60,11 +59,11 @@ private:
 /// Reads the whole document. @return false when it cannot be read
 bool ReadAll(int document, std::vector<unsigned char>& bytes)
 {
-    struct stat status = {};
-    if (fstat(document, &status) != 0) {
+    const off_t end = lseek(document, 0, SEEK_END); // the sandbox refuses to look at a file's status
+    if (end < 0) {
         return false;
     }
-    bytes.resize(static_cast<size_t>(std::max<off_t>(status.st_size, 0)));
+    bytes.resize(static_cast<size_t>(end));
     size_t have = 0;
     while (have < bytes.size()) {
         const ssize_t got = pread(document, bytes.data() + have, bytes.size() - have, static_cast<off_t>(have));

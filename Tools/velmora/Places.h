@@ -18,6 +18,10 @@ std::string DescribePlugInPlaces();
 /// Library/ Application Support/Velmora. @return empty when there is no place for it
 std::string FindDataFolder();
 
+/// The file in which the core keeps the user's preferences, which need not exist. @return empty when there is no place
+/// for it
+std::string FindPreferencesFile();
+
 /// Makes the folder of the error log, ${XDG_STATE_HOME:-~/.local/state}/velmora with mode 0700. Workers append to a log
 /// there but do not make folders. A failure has no consequence but that nothing is logged.
 void MakeLogFolder();

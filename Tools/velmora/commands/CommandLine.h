@@ -28,6 +28,7 @@ struct tOptions {
     unsigned jobs = 0;                  ///< worker processes; 0 for one a core
     std::string progress = "auto";      ///< auto, always, never, plain
     bool quiet = false;                 ///< no summary
+    std::string sandbox = "auto";       ///< auto, require or off
     double timeoutSeconds = 5;          ///< for one document
     unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
 };
@@ -50,6 +51,10 @@ extern const tCommand kLibraryCommand;
 extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
 extern const tCommand kServeCommand;
+extern const tCommand kDoctorCommand;
+
+/// The version of this program.
+const char* GetVersion();
 
 /// Options of every command that starts workers.
 void AddWorkerOptions(CLI::App& app, tOptions& options);

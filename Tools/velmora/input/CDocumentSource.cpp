@@ -2,6 +2,7 @@
 
 #include "Interrupt.h"
 #include "input/DocumentNames.h"
+#include "protocol/NamelessFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,9 +12,6 @@
 #include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
 
 static constexpr std::string_view kMagic = "WkSt";
 /// Most that is taken from a standard input that is no file; it is held in memory.
@@ -117,21 +115,6 @@ static bool OpenDocument(int folder, const std::string& name, tInput& input)
     }
     input.status = MakeStatus(status);
     return true;
-}
-
-/// A descriptor to a nameless file that can be written and then read from its beginning.
-static CDescriptor MakeNamelessFile()
-{
-#if defined(__linux__)
-    return CDescriptor(memfd_create("velmora-stdin", MFD_CLOEXEC));
-#else
-    CDescriptor file;
-    if (FILE* temporary = tmpfile()) {
-        file.Reset(fcntl(fileno(temporary), F_DUPFD_CLOEXEC, 0));
-        fclose(temporary);
-    }
-    return file;
-#endif
 }
 
 static bool OpenStandardInput(tInput& input)

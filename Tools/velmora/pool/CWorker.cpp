@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -38,8 +39,18 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
 {
     const std::string number = std::to_string(kWorkerSocket);
     const std::string memory = std::to_string(settings.memoryMegabytes);
-    const char* arguments[] = {settings.program.c_str(), "--socket", number.c_str(), "--plugin",
-                               settings.plugIn.c_str(),  "--memory", memory.c_str(), nullptr};
+    const char* arguments[] = {settings.program.c_str(),
+                               "--socket",
+                               number.c_str(),
+                               "--plugin",
+                               settings.plugIn.c_str(),
+                               "--memory",
+                               memory.c_str(),
+                               "--sandbox",
+                               settings.sandbox.c_str(),
+                               "--profile",
+                               settings.draws ? "draw" : "read",
+                               nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     if (posix_spawn_file_actions_init(&actions) != 0) {
@@ -85,8 +96,27 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mFatalReport.clear();
     mOutOfMemory = false;
     mFaultCertain = false;
+    mProcessorSeconds = settings.processorSeconds;
+    mGreeting = tHello();
     mState = eState::kStarting;
     return true;
+}
+
+/// Bounds the processor time of the next request. The owner's clock notices a slow worker earlier; this one also holds
+/// while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one could
+/// never be raised again.
+void CWorker::GrantProcessorTime() const
+{
+#if defined(__linux__)
+    clockid_t clock = 0;
+    timespec used = {};
+    if (mProcessorSeconds == 0 || clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+        return;
+    }
+    // Twice the time: the request before this one may still be in work. And one second, because it counts whole ones.
+    const rlimit limit = {static_cast<rlim_t>(used.tv_sec) + 2 * rlim_t{mProcessorSeconds} + 1, RLIM_INFINITY};
+    prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+#endif
 }
 
 bool CWorker::Ask(const tRequest& request, int document)
@@ -96,6 +126,7 @@ bool CWorker::Ask(const tRequest& request, int document)
     }
     ++mSequence;
     mAsked.push_back(request.verb);
+    GrantProcessorTime();
     return true;
 }
 
@@ -122,14 +153,13 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
     const uint32_t expected = mState == eState::kStarting ? 0 : mSequence + 1 - static_cast<uint32_t>(mAsked.size());
     const bool asked = mState == eState::kReady && !mAsked.empty();
     if (frame.sequence == expected && !frame.descriptor.IsOpen()) {
-        tHello hello;
         switch (frame.kind) {
         case eFrameKind::kHello:
-            if (mState != eState::kStarting || !Decode(frame.payload, hello)) {
+            if (mState != eState::kStarting || !Decode(frame.payload, mGreeting)) {
                 break;
             }
-            if (!hello.ready) {
-                answer = MakeFailure(eFailure::kPlugIn, hello.message);
+            if (!mGreeting.ready) {
+                answer = MakeFailure(mGreeting.reason, mGreeting.message);
                 Dismiss();
                 return eEvent::kRefused;
             }
@@ -167,7 +197,8 @@ static std::string DescribeEnd(const std::optional<int>& status)
 {
     if (status && WIFSIGNALED(*status)) {
         const int number = WTERMSIG(*status);
-        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
+        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")" +
+               (number == SIGSYS ? ": it did what the sandbox forbids" : "");
     }
     const std::string code =
         status && WIFEXITED(*status) ? " (status " + std::to_string(WEXITSTATUS(*status)) + ")" : "";
@@ -183,8 +214,12 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     } else if (mOutOfMemory) {
         answer = MakeFailure(eFailure::kMemory, "the memory granted to the worker process did not suffice");
     } else {
-        const std::string end = DescribeEnd(WaitForEnd(kEndMilliseconds));
+        const std::optional<int> status = WaitForEnd(kEndMilliseconds);
+        const std::string end = DescribeEnd(status);
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
+        if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
+            answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");
+        }
     }
     Kill();
     return eEvent::kLost;

@@ -14,6 +14,9 @@ struct tWorkerSettings {
     std::string program;             ///< path of the worker's executable
     std::string plugIn;              ///< path of the plug-in bundle
     unsigned memoryMegabytes = 1024; ///< what it may map beyond what it maps at rest
+    std::string sandbox = "auto";    ///< "auto", "require" or "off"; or names of layers with plus signs between them
+    unsigned processorSeconds = 0;   ///< processor time for one request; 0 for no limit but the owner's clock
+    bool draws = false;              ///< it may start threads and read fonts
 };
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
@@ -69,6 +72,9 @@ public:
     /// Memory that the process holds at the moment, in bytes; 0 when unknown.
     size_t GetResidentMemory() const;
 
+    /// What the worker said at its start.
+    const tHello& GetGreeting() const { return mGreeting; }
+
     /// Ends the process at once.
     void Kill();
 
@@ -82,6 +88,7 @@ private:
     eEvent HandleFrame(const tFrame& frame, tAnswer& answer);
     eEvent Lose(tAnswer& answer, const char* misbehaviour);
     std::optional<int> WaitForEnd(int milliseconds);
+    void GrantProcessorTime() const;
 
     eState mState = eState::kNone;
     pid_t mProcess = 0;
@@ -93,4 +100,6 @@ private:
     std::string mFatalReport; ///< what it said before it ended itself
     bool mOutOfMemory = false;
     bool mFaultCertain = false;
+    unsigned mProcessorSeconds = 0;
+    tHello mGreeting;
 };

@@ -33,6 +33,9 @@ public:
     /// Starts nothing: everything submitted will fail like this.
     void Refuse(tFailure failure) { mCannotServe = std::move(failure); }
 
+    /// What the first worker said at its start; empty before it has started.
+    const tHello& GetGreeting() const { return mSlots.front()->worker->GetGreeting(); }
+
     /// Why nothing can be served; null when it can, as far as is known.
     const tFailure* GetRefusal() const { return mCannotServe ? &*mCannotServe : nullptr; }
 
