@@ -13,9 +13,9 @@
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand,    &kRenderCommand,  &kCheckCommand,
-                                            &kPartsCommand,     &kLibraryCommand, &kStockCommand,
-                                            &kThumbnailCommand, &kSchemaCommand,  &kDoctorCommand};
+static const tCommand* const kCommands[] = {&kImportCommand,  &kRenderCommand, &kCheckCommand,     &kPartsCommand,
+                                            &kLibraryCommand, &kStockCommand,  &kThumbnailCommand, &kServeCommand,
+                                            &kSchemaCommand,  &kDoctorCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;
