@@ -8,9 +8,10 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 /// How far from a tight bend the crossing of a line with itself is looked for, in distances of the line.
 constexpr double kSearchReach = 12.0;
-/// Pairs of chords tried in one line at the most. A bend takes some hundreds; only a scribble takes more, and its line
-/// is then bridged instead of cut.
-constexpr int kMostTests = 4000000;
+/// Pairs of chords tried in one line at the most: these, and so many for each of its points. A bend takes some
+/// thousands; only a scribble takes more, and its line is then bridged instead of cut.
+constexpr size_t kMostTests = 200000;
+constexpr size_t kMostTestsPerPoint = 100;
 /// A step that rounding has not yet made 0, in radians.
 constexpr double kSmallestStep = 1e-7;
 /// Cosine of the angle within which two chords go the same way.
@@ -51,6 +52,7 @@ public:
 
     void Follow(const tCourse& course)
     {
+        mTestsLeft = kMostTests + kMostTestsPerPoint * course.size();
         tVector2D last = Beside(course.front());
         mLine.push_back(last);
         mRun.push_back(last);
@@ -153,7 +155,7 @@ private:
         for (;;) {
             const bool growsBehind = behind + 1 < mLine.size() && behindLength <= mSearchLength;
             const bool growsAhead = ahead < last && aheadLength <= mSearchLength;
-            if ((!growsBehind && !growsAhead) || mTests > kMostTests) {
+            if ((!growsBehind && !growsAhead) || mTestsLeft == 0) {
                 return false;
             }
             if (growsBehind) {
@@ -184,7 +186,7 @@ private:
     /// the side on which the line lies.
     bool Crosses(size_t behind, size_t start, size_t ahead, tCrossing& crossing)
     {
-        ++mTests;
+        mTestsLeft -= mTestsLeft > 0 ? 1 : 0;
         const tVector2D from = Behind(behind + 1);
         const tVector2D at = mRun[start + ahead];
         const tVector2D u = Difference(Behind(behind), from);
@@ -205,7 +207,7 @@ private:
 
     double mDistance;
     double mSearchLength;
-    int mTests = 0;
+    size_t mTestsLeft = 0;
     std::vector<tVector2D> mLine;
     std::vector<tVector2D> mRun;
 };
