@@ -46,7 +46,7 @@ constexpr double kUsualGrid = 100.0;
 
 constexpr double kSmallestLabel = 7.0; ///< pixels
 constexpr double kLargestLabel = 15.0;
-constexpr double kLabelCell = 4.0; ///< pixels; how finely the room that labels take is known
+constexpr double kLabelCell = 2.0; ///< pixels; how finely the room that labels take is known
 
 bool IsDrawable(const DRect& box)
 {
@@ -324,8 +324,10 @@ static DRect PictureBox(double originX, double originY, double scale, int width,
 
 void CLayoutRenderer::DrawGround(const tRenderContext& context)
 {
-    AddRectangle(context.drawing, PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight));
-    context.drawing.Fill(PaintOf(context.palette.paper), false);
+    if (!mOptions.isPrinted) {
+        AddRectangle(context.drawing, PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight));
+        context.drawing.Fill(PaintOf(context.palette.paper), false);
+    }
     const DRect& workspace = mLayout.GetWorkspaceBounds();
     if (!IsDrawable(workspace) || workspace.right - workspace.left < kSmallestFrame ||
         workspace.bottom - workspace.top < kSmallestFrame) {
