@@ -2,7 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
-#include "Elements/Rendering/CTrackRun.h"
+#include "Elements/Rendering/UElementRenderer.h"
 #include "Elements/Utilities/UElementNameGenerator.h"
 #include "Elements/Utilities/UElementNameUtils.h"
 #include "Layers/CLayer.h"
@@ -376,24 +376,7 @@ void CLayoutRenderer::DrawElements(const tRenderContext& context)
             run.Draw();
             layer = item.layer;
         }
-        CCompositeGeometry& element = *item.element;
-        const CDrawingOptions options(&element, mTrackStyle);
-        const tPlacement place = {{element.GetPosition().x, element.GetPosition().y}, element.GetAngle()};
-        bool isFirstTrack = true;
-        BOOST_FOREACH(CBasicGeometry* component, element.GetComponents()) {
-            const CComponentRenderer* renderer = CComponentRenderer::Find(component->GetType());
-            if (renderer == nullptr) {
-                continue;
-            }
-            if (IsTrackType(component->GetType())) {
-                run.Add(element, *component, renderer->MakeCourse(*component, place), options, isFirstTrack);
-                isFirstTrack = false;
-            } else {
-                run.Draw();
-                renderer->Draw(*component, place, options, context);
-                isFirstTrack = true;
-            }
-        }
+        UElementRenderer::Draw(*item.element, CDrawingOptions(item.element, mTrackStyle), context, run);
     }
     run.Draw();
 }
