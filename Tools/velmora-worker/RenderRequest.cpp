@@ -116,6 +116,7 @@ tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& 
     options.width = static_cast<int>(wish.width);
     options.height = static_cast<int>(wish.height);
     options.isExact = options.isTransparent = wish.isThumbnail;
+    options.isPrinted = wish.kind == ePictureKind::kPDF;
     options.isScalable = wish.kind != ePictureKind::kPNG;
     options.hasLabels = wish.hasLabels;
     options.hasGrid = wish.hasGrid;

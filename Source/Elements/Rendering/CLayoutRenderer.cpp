@@ -2,7 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
-#include "Elements/Rendering/CTrackRun.h"
+#include "Elements/Rendering/UElementRenderer.h"
 #include "Elements/Utilities/UElementNameGenerator.h"
 #include "Elements/Utilities/UElementNameUtils.h"
 #include "Layers/CLayer.h"
@@ -46,7 +46,7 @@ constexpr double kUsualGrid = 100.0;
 
 constexpr double kSmallestLabel = 7.0; ///< pixels
 constexpr double kLargestLabel = 15.0;
-constexpr double kLabelCell = 4.0; ///< pixels; how finely the room that labels take is known
+constexpr double kLabelCell = 2.0; ///< pixels; how finely the room that labels take is known
 
 bool IsDrawable(const DRect& box)
 {
@@ -324,8 +324,10 @@ static DRect PictureBox(double originX, double originY, double scale, int width,
 
 void CLayoutRenderer::DrawGround(const tRenderContext& context)
 {
-    AddRectangle(context.drawing, PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight));
-    context.drawing.Fill(PaintOf(context.palette.paper), false);
+    if (!mOptions.isPrinted) {
+        AddRectangle(context.drawing, PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight));
+        context.drawing.Fill(PaintOf(context.palette.paper), false);
+    }
     const DRect& workspace = mLayout.GetWorkspaceBounds();
     if (!IsDrawable(workspace) || workspace.right - workspace.left < kSmallestFrame ||
         workspace.bottom - workspace.top < kSmallestFrame) {
@@ -374,24 +376,7 @@ void CLayoutRenderer::DrawElements(const tRenderContext& context)
             run.Draw();
             layer = item.layer;
         }
-        CCompositeGeometry& element = *item.element;
-        const CDrawingOptions options(&element, mTrackStyle);
-        const tPlacement place = {{element.GetPosition().x, element.GetPosition().y}, element.GetAngle()};
-        bool isFirstTrack = true;
-        BOOST_FOREACH(CBasicGeometry* component, element.GetComponents()) {
-            const CComponentRenderer* renderer = CComponentRenderer::Find(component->GetType());
-            if (renderer == nullptr) {
-                continue;
-            }
-            if (IsTrackType(component->GetType())) {
-                run.Add(element, *component, renderer->MakeCourse(*component, place), options, isFirstTrack);
-                isFirstTrack = false;
-            } else {
-                run.Draw();
-                renderer->Draw(*component, place, options, context);
-                isFirstTrack = true;
-            }
-        }
+        UElementRenderer::Draw(*item.element, CDrawingOptions(item.element, mTrackStyle), context, run);
     }
     run.Draw();
 }

@@ -20,6 +20,7 @@ struct tPictureOptions {
     int height = 0;
     bool isExact = false;       ///< the picture has this size, with the layout in its middle; else as much as it needs
     bool isTransparent = false; ///< nothing but the layout: no paper, no workspace
+    bool isPrinted = false;     ///< the paper has a colour of its own
     bool isScalable = false;    ///< it can be enlarged, so finer parts are worth drawing
     bool hasLabels = false;     ///< names of the elements
     bool hasGrid = false;

@@ -128,7 +128,8 @@ void CTrackRun::SpaceSleepers(tTrack& track, double natural, bool isFirst) const
 
 double CTrackRun::RailWidth(const tTrack& track) const
 {
-    return std::max(track.railWidth, kThinnestRail * mContext.pixel);
+    // In a picture that is enlarged, rails as thick as on a screen would be clumsy.
+    return std::max(track.railWidth, kThinnestRail * (mContext.pixel + mContext.detail) / 2.0);
 }
 
 bool CTrackRun::HasBed() const

@@ -8,6 +8,7 @@
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CRecordedDrawing.h"
 #include "Elements/Rendering/CComponentRenderer.h"
+#include "Elements/Rendering/UElementRenderer.h"
 #include "Layers/CLayerManager.h"
 
 #include <pugixml.hpp>
@@ -183,6 +184,19 @@ TEST(Rendering, UnknownTrackStylesAreSleepersAndOptionsOfElementsCount)
     EXPECT_LT(CPixels(draw(102)).At(300, 50).red - CPixels(draw(102)).At(300, 50).blue, 30);
     track->Select();
     EXPECT_NE(draw(105), sleepers);
+    // Options of one's own count, whatever the element is like.
+    const auto drawAlone = [&](const CDrawingOptions& options) {
+        const auto picture = Platform::BeginPicture(Platform::ePictureFormat::kPNG, 320, 60);
+        UElementRenderer::Draw(*track, options, *picture, 1.0);
+        std::string bytes;
+        EXPECT_TRUE(picture->Finish(bytes));
+        return bytes;
+    };
+    const CPixels chosen(drawAlone(CDrawingOptions(2, true)));
+    EXPECT_EQ(chosen.At(150, 16).red, 191);
+    EXPECT_EQ(chosen.At(150, 16).green, 191);
+    EXPECT_NE(drawAlone(CDrawingOptions(2, false)), drawAlone(CDrawingOptions(2, true)));
+    EXPECT_EQ(drawAlone(CDrawingOptions(5, true)), drawAlone(CDrawingOptions()));
 }
 
 TEST(Rendering, TextsStayInTheirBoxes)
@@ -263,7 +277,7 @@ TEST(Rendering, HostileLayoutsGivePicturesWithFiniteNumbers)
 {
     const std::vector<CPoint> oneSpot(10000, CPoint(5, 5, 0));
     std::string longText(64000, 'W');
-    for (size_t i = 0; i < longText.size(); i += 7) {
+    for (size_t i = 0; i + 7 <= longText.size(); i += 7) {
         longText.replace(i, 5, "</g>&");
         longText[i + 6] = static_cast<char>(i % 255 + 1);
     }

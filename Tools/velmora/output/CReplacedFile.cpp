@@ -75,7 +75,7 @@ std::string CReplacedFile::Write(const std::string& path, std::string_view bytes
     // Without leave to replace, a file that has appeared meanwhile stays.
     const bool placed = written && (mayReplace ? rename(temporary.c_str(), target.c_str()) == 0
                                                : link(temporary.c_str(), target.c_str()) == 0);
-    const std::string reason = placed ? std::string() : Reason();
+    std::string reason = placed ? std::string() : Reason();
     if (!placed || !mayReplace) {
         unlink(temporary.c_str());
     }
