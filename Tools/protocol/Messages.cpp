@@ -93,6 +93,8 @@ public:
         return mGood ? std::string(text) : std::string();
     }
 
+    std::string GetBytes() { return std::string(Take(GetNumber())); }
+
     template <typename tEntry, typename tGet>
     void GetList(std::vector<tEntry>& list, tGet get)
     {
@@ -177,14 +179,36 @@ std::string Encode(const tRequest& request)
     CMessageWriter writer;
     writer.Put(static_cast<uint8_t>(request.verb));
     writer.Put(std::string_view(request.contentType));
+    if (request.verb == eVerb::kRender) {
+        const tPictureWish& wish = request.picture;
+        writer.Put(static_cast<uint8_t>(wish.kind));
+        writer.Put(wish.width);
+        writer.Put(wish.height);
+        writer.Put(wish.isThumbnail);
+        writer.Put(wish.hasLabels);
+        writer.Put(wish.hasGrid);
+        writer.Put(std::string_view(wish.style));
+        writer.PutTexts(wish.layers);
+    }
     return writer.Take();
 }
 
 bool Decode(std::string_view message, tRequest& request)
 {
     CMessageReader reader(message);
-    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kExamine);
+    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kRender);
     request.contentType = reader.GetText();
+    if (request.verb == eVerb::kRender) {
+        tPictureWish& wish = request.picture;
+        wish.kind = reader.GetEnum(ePictureKind::kPNG, ePictureKind::kPDF);
+        wish.width = reader.GetNumber();
+        wish.height = reader.GetNumber();
+        wish.isThumbnail = reader.GetFlag();
+        wish.hasLabels = reader.GetFlag();
+        wish.hasGrid = reader.GetFlag();
+        wish.style = reader.GetText();
+        reader.GetTexts(wish.layers);
+    }
     return reader.IsWhole();
 }
 
@@ -259,6 +283,9 @@ std::string Encode(const tAnswer& answer)
     }
     if (answer.verb != eVerb::kImport) {
         writer.Put(std::string_view(answer.report));
+        if (answer.verb == eVerb::kRender) {
+            writer.Put(std::string_view(answer.picture));
+        }
         return writer.Take();
     }
     writer.PutList(answer.attributes, [&](const tAttribute& attribute) {
@@ -277,13 +304,16 @@ bool Decode(std::string_view message, tAnswer& answer)
         DecodeFailure(reader, answer.failure);
         return reader.IsWhole();
     }
-    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kExamine);
+    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kRender);
     if (answer.verb == eVerb::kSchema) {
         DecodeSchema(reader, answer.schema);
         return reader.IsWhole();
     }
     if (answer.verb != eVerb::kImport) {
         answer.report = reader.GetText();
+        if (answer.verb == eVerb::kRender) {
+            answer.picture = reader.GetBytes();
+        }
         return reader.IsWhole();
     }
     reader.GetList(answer.attributes, [&] {

@@ -1,4 +1,5 @@
 // Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
+#include "CBoundLayout.h"
 #include "Checks/CDocumentChecker.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
@@ -8,10 +9,7 @@
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
-#include "Layers/CLayer.h"
-#include "Layouts/CLayout.h"
 #include "Layouts/CLayoutStatistics.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Streams.h"
 #include "Stock/CStock.h"
@@ -41,20 +39,6 @@ tAnswer Report(eVerb verb, const tJSON& report)
     answer.report = report.dump(-1, ' ', false, tJSON::error_handler_t::replace);
     return answer;
 }
-
-/// A layout, and the resolver through which its elements find their layers.
-class CBoundLayout {
-public:
-    CBoundLayout() : mResolver(&mLayout) { CLayer::ConfigureLayerNameResolver(&mResolver); }
-    ~CBoundLayout() { CLayer::ConfigureLayerNameResolver(nullptr); }
-    CBoundLayout(const CBoundLayout&) = delete;
-    CBoundLayout& operator=(const CBoundLayout&) = delete;
-    CLayout& Get() { return mLayout; }
-
-private:
-    CLayout mLayout;
-    CVLLayerNameResolver mResolver;
-};
 
 /// Reads the whole document. @return false when it cannot be read
 bool ReadAll(int document, std::vector<unsigned char>& bytes)

@@ -13,9 +13,7 @@ void CWarmUp::Run(Jail::eProfile profile)
     // takes milliseconds to start.
     Platform::SetTextMeasuring(profile == Jail::eProfile::kDraw);
     if (profile == Jail::eProfile::kDraw) {
-        double width = 0;
-        double height = 0;
-        Platform::MeasureText({}, 12, BuiltInDocument::kText, width, height);
+        PrepareDrawing();
     }
     mDocument = BuiltInDocument::Open();
     Rehearse();

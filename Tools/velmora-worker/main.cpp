@@ -98,6 +98,8 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
         return AnswerLibrary(path);
     case eVerb::kStock:
         return AnswerStock(path);
+    case eVerb::kRender:
+        return AnswerRender(path, document, request.picture);
     case eVerb::kImport:
     case eVerb::kSchema:
     case eVerb::kExamine:

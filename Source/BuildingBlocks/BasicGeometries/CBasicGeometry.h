@@ -144,6 +144,8 @@ public:
     virtual bool Load(FILE* file, int version);
     virtual void Save(FILE* file);
 
+    /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document reaches.
+    static bool IsScale(double factor);
     /// Makes an element the owner of both joints.
     void SetJointOwner(CCompositeGeometry* owner);
 
@@ -154,6 +156,8 @@ protected:
     static bool IsKnownVersion(int version) { return version == 3 || version == 4; }
     /// Reports a record version that `function` does not know.
     static void WarnUnsupported(const char* function, int version);
+    /// Multiplies gauge and trackbed width, and the item offset if the flag is set.
+    void ScaleTrack(double factor, bool scaleOffset);
     /// Allows or disallows both joints, active as allowed.
     void AllowJoints(bool joint0, bool joint1);
     /// Last step of placing: heights of the local points, and for kPlaceForConnection their absolute positions.

@@ -13,8 +13,9 @@
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand, &kCheckCommand,  &kPartsCommand, &kLibraryCommand,
-                                            &kStockCommand,  &kSchemaCommand, &kDoctorCommand};
+static const tCommand* const kCommands[] = {&kImportCommand,    &kRenderCommand,  &kCheckCommand,
+                                            &kPartsCommand,     &kLibraryCommand, &kStockCommand,
+                                            &kThumbnailCommand, &kSchemaCommand,  &kDoctorCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;
@@ -68,13 +69,14 @@ static std::string GeneralHelp()
 {
     std::string text = "velmora " VELMORA_VERSION ": search attributes of model-railway layouts\n\nExamples:\n"
                        "  velmora import plan.velmora\n"
-                       "  velmora import --format json ~/Layouts\n\n"
+                       "  velmora import --format json ~/Layouts\n"
+                       "  velmora render -o plan.svg plan.velmora\n\n"
                        "Usage: velmora COMMAND [OPTIONS] ...\n\nCommands:\n";
     for (const tCommand* command : kCommands) {
-        text += "  " + std::string(command->name) + std::string(10 - std::string_view(command->name).size(), ' ') +
+        text += "  " + std::string(command->name) + std::string(11 - std::string_view(command->name).size(), ' ') +
                 command->summary + "\n";
     }
-    return text + "  help      Show this, or the help of a command\n\n"
+    return text + "  help       Show this, or the help of a command\n\n"
                   "Options:\n  -h, --help     Show this\n  -V, --version  Show the version\n";
 }
 
@@ -159,6 +161,7 @@ tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailur
     settings.memoryMegabytes = options.memoryMegabytes;
     settings.sandbox = options.sandbox;
     settings.processorSeconds = static_cast<unsigned>(std::ceil(options.timeoutSeconds));
+    settings.draws = options.draws;
     if (settings.plugIn.empty()) {
         const std::string message = "there is no importer plug-in: " + Places::DescribePlugInPlaces();
         failure = MakeFailure(eFailure::kPlugIn, message).failure;
