@@ -90,11 +90,14 @@ TEST(Sandbox, ChangesNoAnswer)
                   Layout(RandomLayout(seed, 60, true)).Bytes());
     }
     const std::string stock = SOURCE_FOLDER "/Samples/stock.xml";
-    const std::vector<std::string> commands[] = {{"import", "--format", "json", folder},
-                                                 {"check", "--format", "json", folder, stock},
-                                                 {"parts", "--format", "json", "--stock", stock, folder},
-                                                 {"stock", "--format", "json", stock},
-                                                 {"schema", "--format", "json"}};
+    const std::vector<std::string> commands[] = {
+        {"import", "--format", "json", folder},
+        {"check", "--format", "json", folder, stock},
+        {"parts", "--format", "json", "--stock", stock, folder},
+        {"render", "--format", "png", SOURCE_FOLDER "/Samples/terminus.velmora"},
+        {"render", "--format", "svg", SOURCE_FOLDER "/Samples/oval.velmora"},
+        {"stock", "--format", "json", stock},
+        {"schema", "--format", "json"}};
     const std::string mode = FindObstacle().empty() ? "require" : "auto";
     for (const std::vector<std::string>& command : commands) {
         SCOPED_TRACE(command[0]);

@@ -300,8 +300,9 @@ std::string CExamination::GetText() const
     }
     text += Line("Preferences", DescribePlace(mPreferences, " (not there: defaults)"));
     text += Line("Index", DescribePlace(mIndex, " (not there yet)"));
-    if (const std::string note = mSandbox.value("note", ""); !note.empty()) {
-        text += Line("Sandbox", "none: " + note);
+    if (mSandbox.contains("mode")) {
+        const std::string note = mSandbox.value("note", "");
+        text += Line("Sandbox", note.empty() ? mSandbox.value("mode", "") : "none: " + note);
     }
     for (const ordered_json& layer : mSandbox.value("layers", ordered_json::array())) {
         const std::string on = layer.value("on", false) ? "on   " : "OFF  ";

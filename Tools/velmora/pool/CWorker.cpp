@@ -95,10 +95,10 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mAsked.clear();
     mFatalReport.clear();
     mOutOfMemory = false;
+    mFaultCertain = false;
     mProcessorSeconds = settings.processorSeconds;
     mGrantedRequests = 0;
     mGreeting = tHello();
-    mFaultCertain = false;
     mState = eState::kStarting;
     return true;
 }

@@ -66,13 +66,14 @@ public:
     /// @param answer  set for kAnswer; for kLost and kRefused it is the failure that says why
     eEvent Read(tAnswer& answer);
 
-    /// What the worker said at its start.
-    const tHello& GetGreeting() const { return mGreeting; }
     /// Whether the loss just reported can only be the fault of the oldest request: the process has said so.
     bool IsFaultCertain() const { return mFaultCertain; }
 
     /// Memory that the process holds at the moment, in bytes; 0 when unknown.
     size_t GetResidentMemory() const;
+
+    /// What the worker said at its start.
+    const tHello& GetGreeting() const { return mGreeting; }
 
     /// Ends the process at once.
     void Kill();
@@ -98,9 +99,9 @@ private:
     std::deque<eVerb> mAsked; ///< of the requests under way, the oldest first
     std::string mFatalReport; ///< what it said before it ended itself
     bool mOutOfMemory = false;
+    bool mFaultCertain = false;
     unsigned mProcessorSeconds = 0;
     time_t mGrantedAt = 0;       ///< when processor time was granted last
     size_t mGrantedRequests = 0; ///< and for how many
     tHello mGreeting;
-    bool mFaultCertain = false;
 };

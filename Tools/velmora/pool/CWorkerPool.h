@@ -30,11 +30,11 @@ public:
     /// @return kDone, kFailed, or kInterrupted by the user
     eResult WaitUntilReady(tFailure& failure);
 
-    /// What the first worker said at its start; empty before that.
-    const tHello& GetGreeting() const { return mSlots.front()->worker->GetGreeting(); }
-
     /// Starts nothing: everything submitted will fail like this.
     void Refuse(tFailure failure) { mCannotServe = std::move(failure); }
+
+    /// What the first worker said at its start; empty before it has started.
+    const tHello& GetGreeting() const { return mSlots.front()->worker->GetGreeting(); }
 
     /// Why nothing can be served; null when it can, as far as is known.
     const tFailure* GetRefusal() const { return mCannotServe ? &*mCannotServe : nullptr; }
