@@ -167,7 +167,7 @@ std::string Encode(const tRequest& request)
 bool Decode(std::string_view message, tRequest& request)
 {
     CMessageReader reader(message);
-    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kStock);
+    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
     request.contentType = reader.GetText();
     return reader.IsWhole();
 }
@@ -241,9 +241,13 @@ std::string Encode(const tAnswer& answer)
         EncodeSchema(writer, answer.schema);
         return writer.Take();
     }
-    if (answer.verb != eVerb::kImport) {
+    if (answer.verb != eVerb::kImport && answer.verb != eVerb::kIndex) {
         writer.Put(std::string_view(answer.report));
         return writer.Take();
+    }
+    if (answer.verb == eVerb::kIndex) {
+        writer.PutTexts(answer.libraries);
+        writer.PutTexts(answer.articles);
     }
     writer.PutList(answer.attributes, [&](const tAttribute& attribute) {
         writer.Put(std::string_view(attribute.key));
@@ -261,14 +265,18 @@ bool Decode(std::string_view message, tAnswer& answer)
         DecodeFailure(reader, answer.failure);
         return reader.IsWhole();
     }
-    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kStock);
+    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
     if (answer.verb == eVerb::kSchema) {
         DecodeSchema(reader, answer.schema);
         return reader.IsWhole();
     }
-    if (answer.verb != eVerb::kImport) {
+    if (answer.verb != eVerb::kImport && answer.verb != eVerb::kIndex) {
         answer.report = reader.GetText();
         return reader.IsWhole();
+    }
+    if (answer.verb == eVerb::kIndex) {
+        reader.GetTexts(answer.libraries);
+        reader.GetTexts(answer.articles);
     }
     reader.GetList(answer.attributes, [&] {
         tAttribute attribute;

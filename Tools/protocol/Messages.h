@@ -23,12 +23,13 @@ enum class eVerb : uint8_t {
     kCheck = 3,   ///< with a document's descriptor: what is wrong with it. This and the rest are answered with a report
     kParts = 4,   ///< with a layout's: its parts
     kLibrary = 5, ///< with a track library's: its articles
-    kStock = 6    ///< with a stock file's: its entries
+    kStock = 6,   ///< with a stock file's: its entries
+    kIndex = 7    ///< with a layout's: the attributes the plug-in gives, and the names of its libraries and articles
 };
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string contentType; ///< uniform type identifier, for kImport
+    std::string contentType; ///< uniform type identifier, for kImport and kIndex
 };
 
 /// One attribute of a document: a text, or a list of texts.
@@ -80,8 +81,10 @@ struct tSchema {
 struct tAnswer {
     bool ok = false;
     tFailure failure;                   ///< when not ok
-    eVerb verb = eVerb::kImport;        ///< when ok: which of the two following is meant
-    std::vector<tAttribute> attributes; ///< kImport
+    eVerb verb = eVerb::kImport;        ///< when ok: which of the following are meant
+    std::vector<tAttribute> attributes; ///< kImport and kIndex
+    std::vector<std::string> libraries; ///< kIndex: each name once
+    std::vector<std::string> articles;  ///< kIndex: each name once
     tSchema schema;                     ///< kSchema
     std::string report;                 ///< the other verbs: a JSON object in UTF-8
 };

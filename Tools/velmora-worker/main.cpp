@@ -46,7 +46,7 @@ static bool ParseArguments(int argc, char** argv, tArguments& arguments)
 /// Whether an answer keeps to what the host accepts.
 static bool FitsProtocol(const tAnswer& answer, const std::string& encoded)
 {
-    size_t entries = answer.attributes.size();
+    size_t entries = answer.attributes.size() + answer.libraries.size() + answer.articles.size();
     for (const tAttribute& attribute : answer.attributes) {
         entries += attribute.texts.size();
     }
@@ -71,6 +71,8 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
         return AnswerLibrary(path);
     case eVerb::kStock:
         return AnswerStock(path);
+    case eVerb::kIndex:
+        return AnswerIndex(plugIn, request.contentType, document);
     case eVerb::kImport:
     case eVerb::kSchema:
         break;

@@ -18,6 +18,12 @@ std::string DescribePlugInPlaces();
 /// Library/ Application Support/Velmora. @return empty when there is no place for it
 std::string FindDataFolder();
 
+/// The user's search index, in the data folder, which need not exist. @return empty when there is no place for it
+std::string FindIndex();
+
+/// Makes the folder a file is to lie in, and those above it, for this user alone. Who needs it sees when it is missing.
+void MakeFolderOf(const std::string& path);
+
 /// Makes the folder of the error log, ${XDG_STATE_HOME:-~/.local/state}/velmora with mode 0700. Workers append to a log
 /// there but do not make folders. A failure has no consequence but that nothing is logged.
 void MakeLogFolder();

@@ -12,8 +12,8 @@
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand,  &kCheckCommand, &kPartsCommand,
-                                            &kLibraryCommand, &kStockCommand, &kSchemaCommand};
+static const tCommand* const kCommands[] = {&kImportCommand, &kIndexCommand,   &kSearchCommand, &kCheckCommand,
+                                            &kPartsCommand,  &kLibraryCommand, &kStockCommand,  &kSchemaCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;
@@ -67,7 +67,9 @@ static std::string GeneralHelp()
 {
     std::string text = "velmora " VELMORA_VERSION ": search attributes of model-railway layouts\n\nExamples:\n"
                        "  velmora import plan.velmora\n"
-                       "  velmora import --format json ~/Layouts\n\n"
+                       "  velmora import --format json ~/Layouts\n"
+                       "  velmora index ~/Layouts\n"
+                       "  velmora search turntable author:meier\n\n"
                        "Usage: velmora COMMAND [OPTIONS] ...\n\nCommands:\n";
     for (const tCommand* command : kCommands) {
         text += "  " + std::string(command->name) + std::string(10 - std::string_view(command->name).size(), ' ') +
@@ -100,13 +102,27 @@ static int RefuseUsage(const std::string& message, const std::string& helpComman
     return kExitUsage;
 }
 
+/// The arguments behind the command's name, as the parser wants them: last one first.
+static std::vector<std::string> CollectArguments(const tCommand& command, const CLI::App& app, int argc, char** argv)
+{
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::string& argument : arguments) {
+        const bool isDashed = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
+        if (command.takesDashedWords && isDashed && app.get_option_no_throw(argument) == nullptr) {
+            argument.insert(0, 1, ' ');
+        }
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
 static int RunCommand(const tCommand& command, int argc, char** argv)
 {
     tOptions options;
     const std::unique_ptr<CLI::App> app = MakeParser(command, options);
     const std::string helpCommand = std::string("velmora help ") + command.name;
     try {
-        app->parse(argc, argv);
+        app->parse(CollectArguments(command, *app, argc, argv));
     } catch (const CLI::CallForHelp&) {
         return PrintOut(app->help());
     } catch (const CLI::CallForVersion&) {
