@@ -50,12 +50,12 @@ TEST(DocumentSource, WalksFoldersInOrderOfBytes)
     ASSERT_EQ(mkfifo((folder + "/fifo.velmora").c_str(), 0600), 0);
     ASSERT_EQ(mkfifo((folder + "/fifo").c_str(), 0600), 0);
 
-    CDocumentSource source({folder}, nullptr, '\n');
+    CDocumentSource source({folder});
     EXPECT_EQ(Collect(source, folder),
               (tNames{"B.VELMORA", "a/magic", "a/z.velmora", "a.b/x.velmora", "b.velmora", "broken.velmora!1",
                       "c.velmora/deep.velmora", "fifo.velmora!path", "line\nbreak.velmora", "link", "link.velmora",
                       "\u00E4.velmora", "\xFF.velmora"}));
-    CDocumentSource again({folder + "/a/", folder + "/empty", folder + "/loop.velmora/a"}, nullptr, '\n');
+    CDocumentSource again({folder + "/a/", folder + "/empty", folder + "/loop.velmora/a"});
     EXPECT_EQ(Collect(again, folder),
               (tNames{"a/magic", "a/z.velmora", "loop.velmora/a/magic", "loop.velmora/a/z.velmora"}));
 }
@@ -83,8 +83,7 @@ TEST(DocumentSource, TakesWhatIsNamed)
     const std::string tooLong = folder + "/" + std::string(5000, 'x');
 
     CDocumentSource source({folder + "/any.txt", folder + "/missing", folder + "/fifo", folder + "/named-socket",
-                            "/dev/null", "", longPath, tooLong, folder + "/any.txt/below"},
-                           nullptr, '\n');
+                            "/dev/null", "", longPath, tooLong, folder + "/any.txt/below"});
     EXPECT_EQ(Collect(source, folder), (tNames{"any.txt", "missing!1", "fifo!path", "named-socket!path",
                                                "/dev/null!path", "!1", longPath.substr(folder.size() + 1),
                                                tooLong.substr(folder.size() + 1) + "!1", "any.txt/below!1"}));
@@ -107,5 +106,5 @@ TEST(DocumentSource, ReadsLists)
         CDocumentSource wrong({}, CDocumentSource::OpenList("zeros"), '\n');
         EXPECT_EQ(Collect(wrong, folder).front(), std::string("a\0b!path", 8));
     }
-    EXPECT_EQ(CDocumentSource::OpenList("absent"), nullptr);
+    EXPECT_FALSE(CDocumentSource::OpenList("absent").IsOpen());
 }

@@ -1,6 +1,5 @@
 #include "protocol/CFrameReader.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -11,8 +10,10 @@
 #define MSG_CMSG_CLOEXEC 0 // set afterwards
 #endif
 
-/// Room that is made for the payload at a time: about what one receive brings.
-static constexpr size_t kReceiveSize = 256 << 10;
+/// Room for bytes that have not arrived. Dozens of usual answers find place in it.
+static constexpr size_t kReceiveSize = 64 << 10;
+/// A long frame gets its room in steps of this size.
+static constexpr size_t kGrowth = 256 << 10;
 
 static uint32_t DecodeWord(const unsigned char* bytes)
 {
@@ -20,9 +21,28 @@ static uint32_t DecodeWord(const unsigned char* bytes)
            static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
 }
 
-CFrameReader::eResult CFrameReader::Receive(void* destination, size_t size, size_t& received)
+/// Room behind the bytes that have arrived. Those that wait for the rest of their frame move to the front.
+void CFrameReader::MakeRoom()
 {
-    iovec part = {destination, size};
+    const size_t held = mEnd - mStart;
+    if (mStart > 0) {
+        memmove(mBuffer.data(), mBuffer.data() + mStart, held);
+        mDescriptorEnd -= mDescriptor.IsOpen() ? mStart : 0;
+        mStart = 0;
+        mEnd = held;
+    }
+    if (held == 0 && mBuffer.size() > 4 * kGrowth) { // after a long frame
+        mBuffer = std::vector<char>();
+    }
+    if (mBuffer.size() < held + kReceiveSize) {
+        mBuffer.resize(held + (held == 0 ? kReceiveSize : kGrowth));
+    }
+}
+
+CFrameReader::eResult CFrameReader::Receive()
+{
+    MakeRoom();
+    iovec part = {mBuffer.data() + mEnd, mBuffer.size() - mEnd};
     alignas(cmsghdr) unsigned char control[CMSG_SPACE(sizeof(int))] = {};
     msghdr message = {};
     message.msg_iov = &part;
@@ -34,6 +54,8 @@ CFrameReader::eResult CFrameReader::Receive(void* destination, size_t size, size
         const bool later = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
         return later ? eResult::kMore : eResult::kClosed;
     }
+    mDrained = static_cast<size_t>(count) < part.iov_len;
+    mEnd += static_cast<size_t>(count);
     bool malformed = (message.msg_flags & MSG_CTRUNC) != 0; // more descriptors than one, or none left in this process
     for (cmsghdr* entry = CMSG_FIRSTHDR(&message); entry != nullptr; entry = CMSG_NXTHDR(&message, entry)) {
         if (entry->cmsg_level != SOL_SOCKET || entry->cmsg_type != SCM_RIGHTS ||
@@ -45,51 +67,55 @@ CFrameReader::eResult CFrameReader::Receive(void* destination, size_t size, size
         memcpy(&descriptor, CMSG_DATA(entry), sizeof descriptor);
         malformed = malformed || mDescriptor.IsOpen();
         mDescriptor.Reset(descriptor);
-        fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+        mDescriptorEnd = mEnd; // nothing is received across the end of what a descriptor came with
+        if (MSG_CMSG_CLOEXEC == 0) {
+            fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+        }
     }
     if (malformed) {
         return eResult::kMalformed;
     }
-    received = static_cast<size_t>(count);
     return count == 0 ? eResult::kClosed : eResult::kFrame;
+}
+
+/// Takes a frame that has arrived as a whole.
+CFrameReader::eResult CFrameReader::TakeFrame(tFrame& frame)
+{
+    const size_t held = mEnd - mStart;
+    if (held < kFrameHeaderSize) {
+        return eResult::kMore;
+    }
+    const auto* header = reinterpret_cast<const unsigned char*>(mBuffer.data() + mStart);
+    const uint32_t kind = DecodeWord(header + 4);
+    const size_t size = DecodeWord(header + 12);
+    if (DecodeWord(header) != kFrameMagic || kind < static_cast<uint32_t>(eFrameKind::kHello) ||
+        kind > static_cast<uint32_t>(eFrameKind::kOutOfMemory) || size > mMaxPayload) {
+        return eResult::kMalformed;
+    }
+    if (held < kFrameHeaderSize + size) {
+        return eResult::kMore;
+    }
+    frame.kind = static_cast<eFrameKind>(kind);
+    frame.sequence = DecodeWord(header + 8);
+    frame.payload = std::string_view(mBuffer.data() + mStart + kFrameHeaderSize, size);
+    frame.descriptor.Reset();
+    mStart += kFrameHeaderSize + size;
+    if (mDescriptor.IsOpen() && mStart >= mDescriptorEnd) { // it came with this frame's bytes
+        frame.descriptor = std::move(mDescriptor);
+    }
+    return eResult::kFrame;
 }
 
 CFrameReader::eResult CFrameReader::Read(tFrame& frame)
 {
-    size_t received = 0;
-    if (mHeaderBytes < kFrameHeaderSize) {
-        const eResult result = Receive(mHeader + mHeaderBytes, kFrameHeaderSize - mHeaderBytes, received);
-        if (result != eResult::kFrame) {
-            return result;
-        }
-        mHeaderBytes += received;
-        if (mHeaderBytes < kFrameHeaderSize) {
-            return eResult::kMore;
-        }
-        const uint32_t kind = DecodeWord(mHeader + 4);
-        mPayloadSize = DecodeWord(mHeader + 12);
-        if (DecodeWord(mHeader) != kFrameMagic || kind < static_cast<uint32_t>(eFrameKind::kHello) ||
-            kind > static_cast<uint32_t>(eFrameKind::kOutOfMemory) || mPayloadSize > mMaxPayload) {
-            return eResult::kMalformed;
-        }
-    } else {
-        mPayload.resize(std::min(mPayloadSize, mPayloadBytes + kReceiveSize));
-        const eResult result = Receive(mPayload.data() + mPayloadBytes, mPayload.size() - mPayloadBytes, received);
-        if (result != eResult::kFrame) {
-            return result;
-        }
-        mPayloadBytes += received;
+    eResult result = TakeFrame(frame);
+    if (result != eResult::kMore) {
+        return result;
     }
-    if (mPayloadBytes < mPayloadSize) {
+    if (mDrained) { // there was no more a moment ago
+        mDrained = false;
         return eResult::kMore;
     }
-    frame.kind = static_cast<eFrameKind>(DecodeWord(mHeader + 4));
-    frame.sequence = DecodeWord(mHeader + 8);
-    frame.payload = std::move(mPayload);
-    frame.descriptor = std::move(mDescriptor);
-    mHeaderBytes = 0;
-    mPayloadBytes = 0;
-    mPayloadSize = 0;
-    mPayload.clear();
-    return eResult::kFrame;
+    result = Receive();
+    return result == eResult::kFrame ? TakeFrame(frame) : result;
 }

@@ -1,15 +1,18 @@
-// Receiving frames piece by piece, from a sender that is not trusted.
+// Receiving frames from a sender that is not trusted.
 #pragma once
 
 #include "protocol/Frames.h"
 
-/// Puts frames together from a stream socket. Serves blocking sockets (the worker's) and non-blocking ones (the
-/// host's). Memory grows with the bytes that have arrived, not with the length a header claims.
+#include <vector>
+
+/// Takes frames from a stream socket, as many with one system call as have arrived. Serves blocking sockets (the
+/// worker's) and non-blocking ones (the host's). Memory grows with the bytes that have arrived, not with the length a
+/// header claims.
 class CFrameReader {
 public:
     enum class eResult {
         kFrame,    ///< a frame is complete
-        kMore,     ///< not complete yet; call again when the socket is readable (or at once, for a blocking one)
+        kMore,     ///< none is; call again when the socket is readable (or at once, for a blocking one)
         kClosed,   ///< the other end is gone, or left in the middle of a frame
         kMalformed ///< wrong magic or kind, too long, or more than one descriptor; the stream is of no more use
     };
@@ -18,18 +21,20 @@ public:
     /// @param maxPayload   longest payload to accept, in bytes
     CFrameReader(int socket, size_t maxPayload) : mSocket(socket), mMaxPayload(maxPayload) {}
 
-    /// Receives once. @param frame  set when the result is kFrame
+    /// The next frame; receives at most once. @param frame  set when the result is kFrame
     eResult Read(tFrame& frame);
 
 private:
-    eResult Receive(void* destination, size_t size, size_t& received);
+    eResult TakeFrame(tFrame& frame);
+    eResult Receive();
+    void MakeRoom();
 
     int mSocket;
     size_t mMaxPayload;
-    unsigned char mHeader[kFrameHeaderSize] = {};
-    size_t mHeaderBytes = 0;  ///< of the header, how many have arrived
-    size_t mPayloadSize = 0;  ///< what the complete header claims
-    std::string mPayload;     ///< room for the bytes of one receive more than have arrived
-    size_t mPayloadBytes = 0; ///< of the payload, how many have arrived
+    std::vector<char> mBuffer;
+    size_t mStart = 0;     ///< of the bytes not yet taken
+    size_t mEnd = 0;       ///< of the bytes that have arrived
+    bool mDrained = false; ///< the last receive brought less than there was room for
     CDescriptor mDescriptor;
+    size_t mDescriptorEnd = 0; ///< of the bytes that came with it
 };

@@ -13,7 +13,6 @@
 #include "protocol/CDescriptor.h"
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 enum class eFrameKind : uint32_t {
@@ -40,8 +39,8 @@ inline constexpr int kWorkerSocket = 3;
 struct tFrame {
     eFrameKind kind = eFrameKind::kHello;
     uint32_t sequence = 0;
-    std::string payload;
-    CDescriptor descriptor; ///< open only where one came with the frame
+    std::string_view payload; ///< lies in the reader's buffer, until it reads again
+    CDescriptor descriptor;   ///< open only where one came with the frame
 };
 
 /// Makes a connected pair of stream sockets, closed on exec. @return false with errno set

@@ -20,6 +20,10 @@ struct tOptions {
     std::string plugIn;                 ///< empty for the one that belongs to the executable
     std::string stock;                  ///< a stock file; empty for none
     std::vector<std::string> libraries; ///< track library files
+    std::vector<std::string> excludes;  ///< patterns of names that a walk passes over
+    unsigned jobs = 0;                  ///< worker processes; 0 for one a core
+    std::string progress = "auto";      ///< auto, always, never, plain
+    bool quiet = false;                 ///< no summary
     double timeoutSeconds = 5;          ///< for one document
     unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
     std::string database;               ///< the search index; empty for the user's own

@@ -70,7 +70,7 @@ CInquiry::CInquiry(const tOptions& options)
 CInquiry::eResult CInquiry::Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use,
                                 const tUseFailure& useFailure)
 {
-    CDocumentSource source(paths, nullptr, '\n');
+    CDocumentSource source(paths);
     bool failed = false;
     tInput input;
     while (!Interrupt::IsRequested() && source.Next(input)) {

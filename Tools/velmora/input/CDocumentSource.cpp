@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <fnmatch.h>
+#include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
 #if defined(__linux__)
@@ -23,27 +24,25 @@ static constexpr size_t kMaxPipedSize = size_t{1} << 30;
 struct CDocumentSource::tFolder {
     std::string path;
     CDescriptor descriptor;
-    std::vector<std::string> names; ///< sorted
-    size_t next = 0;
+    std::string names;           ///< of the entries, each with its zero: a large folder should not cost much memory
+    std::vector<uint32_t> order; ///< where the names begin, sorted
+    size_t next = 0;             ///< in the order
 };
 
-void CDocumentSource::tListCloser::operator()(FILE* list) const
+CDocumentSource::CDocumentSource(std::vector<std::string> paths, CDescriptor list, char listSeparator)
+    : mOperands(std::make_move_iterator(paths.begin()), std::make_move_iterator(paths.end()))
 {
-    if (list != stdin) {
-        fclose(list);
+    if (list.IsOpen()) {
+        mList.emplace(std::move(list), listSeparator);
     }
 }
 
-CDocumentSource::CDocumentSource(std::vector<std::string> paths, tList list, char listSeparator)
-    : mOperands(std::make_move_iterator(paths.begin()), std::make_move_iterator(paths.end())), mList(std::move(list)),
-      mListSeparator(listSeparator)
-{}
-
 CDocumentSource::~CDocumentSource() = default;
 
-CDocumentSource::tList CDocumentSource::OpenList(const std::string& name)
+CDescriptor CDocumentSource::OpenList(const std::string& name)
 {
-    return tList(name == "-" ? stdin : fopen(name.c_str(), "rbe"));
+    return CDescriptor(name == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                   : open(name.c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 /// A file that is missing or cannot be read: the loader's "cannot be opened".
@@ -71,9 +70,21 @@ static tFailure NoRegularFile(mode_t mode)
     return MakeFailure(eFailure::kPath, what).failure;
 }
 
-/// Opens a document. Looked at before it is opened, because opening a device can do something; and afterwards, because
-/// the name may by then mean something else.
-static bool OpenDocument(int folder, const std::string& name, tInput& input)
+static tFileStatus MakeStatus(const struct stat& status)
+{
+#if defined(__APPLE__)
+    const timespec& modified = status.st_mtimespec;
+#else
+    const timespec& modified = status.st_mtim;
+#endif
+    return {static_cast<uint64_t>(status.st_size), int64_t{modified.tv_sec} * 1000000000 + modified.tv_nsec,
+            static_cast<uint64_t>(status.st_ino), static_cast<uint64_t>(status.st_dev)};
+}
+
+/// Takes a named file as the input found last. Looked at before it is opened, because opening a device can do
+/// something.
+/// @return false when it is not wanted
+bool CDocumentSource::TakeFile(int folder, std::string name, tInput& input)
 {
     struct stat status = {};
     if (fstatat(folder, name.c_str(), &status, 0) != 0) {
@@ -82,6 +93,16 @@ static bool OpenDocument(int folder, const std::string& name, tInput& input)
     if (!S_ISREG(status.st_mode)) {
         return Fail(input, NoRegularFile(status.st_mode));
     }
+    mFoundIn = folder;
+    mFoundName = std::move(name);
+    input.status = MakeStatus(status);
+    return IsWanted(input);
+}
+
+/// Opens a file that was regular when it was looked at; the name may by now mean something else.
+static bool OpenDocument(int folder, const std::string& name, tInput& input)
+{
+    struct stat status = {};
     input.document.Reset(openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!input.document.IsOpen() || fstat(input.document.Get(), &status) != 0) {
         return Fail(input, CannotOpen(errno));
@@ -90,6 +111,7 @@ static bool OpenDocument(int folder, const std::string& name, tInput& input)
         input.document.Reset();
         return Fail(input, NoRegularFile(status.st_mode));
     }
+    input.status = MakeStatus(status);
     return true;
 }
 
@@ -115,6 +137,7 @@ static bool OpenStandardInput(tInput& input)
         return Fail(input, CannotOpen(errno, "standard input cannot be read"));
     }
     if (S_ISREG(status.st_mode)) {
+        input.status = MakeStatus(status);
         input.document.Reset(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
         return input.document.IsOpen() || Fail(input, CannotOpen(errno, "standard input cannot be read"));
     }
@@ -136,6 +159,7 @@ static bool OpenStandardInput(tInput& input)
             return Fail(input, CannotOpen(errno, "standard input cannot be read"));
         }
         total += static_cast<size_t>(count);
+        input.status.size = total;
         if (total > kMaxPipedSize) {
             return Fail(input, MakeFailure(eFailure::kMemory, "standard input is longer than 1 GB").failure);
         }
@@ -163,64 +187,100 @@ static bool HasMagic(int folder, const std::string& name)
            std::string_view(bytes, sizeof bytes) == kMagic;
 }
 
-bool CDocumentSource::Next(tInput& input)
+CDocumentSource::eResult CDocumentSource::Find(tInput& input)
 {
     while (!Interrupt::IsRequested()) {
         input = tInput();
         if (!mFolders.empty()) {
-            if (NextFromFolder(input)) {
-                return true;
+            if (FindInFolder(input)) {
+                return eResult::kFound;
             }
         } else if (!mOperands.empty()) {
-            if (NextOperand(input)) {
-                return true;
+            if (FindOperand(input)) {
+                return eResult::kFound;
             }
         } else {
-            return mList != nullptr && NextFromList(input);
+            return mList ? FindInList(input) : eResult::kEnd;
         }
     }
-    return false;
+    return eResult::kEnd;
 }
 
-/// @return false when the operand was a folder, now entered
-bool CDocumentSource::NextOperand(tInput& input)
+void CDocumentSource::Open(tInput& input)
+{
+    if (input.failure) {
+        return;
+    }
+    if (mFoundName.empty()) {
+        OpenStandardInput(input);
+    } else {
+        OpenDocument(mFoundIn, mFoundName, input);
+    }
+}
+
+bool CDocumentSource::Next(tInput& input)
+{
+    for (;;) {
+        switch (Find(input)) {
+        case eResult::kFound:
+            Open(input);
+            return true;
+        case eResult::kEnd:
+            return false;
+        case eResult::kNotYet:
+            pollfd waits[2] = {{GetDescriptor(), POLLIN, 0}, {Interrupt::GetDescriptor(), POLLIN, 0}};
+            poll(waits, 2, -1);
+        }
+    }
+}
+
+/// @return false when the operand is not wanted, or was a folder, now entered
+bool CDocumentSource::FindOperand(tInput& input)
 {
     input.path = std::move(mOperands.front());
     mOperands.pop_front();
     if (input.path == "-") {
-        return OpenStandardInput(input);
+        mFoundName.clear();
+        return true;
     }
     struct stat status = {};
     if (stat(input.path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
         const std::string path = input.path;
         return EnterFolder(AT_FDCWD, path, path, input);
     }
-    return OpenDocument(AT_FDCWD, input.path, input);
+    return TakeFile(AT_FDCWD, input.path, input);
 }
 
-bool CDocumentSource::NextFromList(tInput& input)
+CDocumentSource::eResult CDocumentSource::FindInList(tInput& input)
 {
-    char* line = nullptr;
-    size_t capacity = 0;
     for (;;) {
-        const ssize_t length = getdelim(&line, &capacity, mListSeparator, mList.get());
-        if (length < 0 || Interrupt::IsRequested()) {
-            free(line);
-            return false;
-        }
-        input.path.assign(line, static_cast<size_t>(length));
-        if (!input.path.empty() && input.path.back() == mListSeparator) {
-            input.path.pop_back();
-        }
-        if (!input.path.empty()) {
+        switch (mList->Next(input.path)) {
+        case CLineReader::eResult::kNotYet:
+            return eResult::kNotYet;
+        case CLineReader::eResult::kEnd:
+            return eResult::kEnd;
+        case CLineReader::eResult::kCut:
+            Fail(input, MakeFailure(eFailure::kPath, "no path: it is too long (is --null missing?)").failure);
+            return eResult::kFound;
+        case CLineReader::eResult::kLine:
             break;
         }
+        if (input.path.find('\0') != std::string::npos) { // a list with zeros, read as lines
+            Fail(input, MakeFailure(eFailure::kPath, "no path: it holds a zero byte (is --null missing?)").failure);
+            return eResult::kFound;
+        }
+        if (!input.path.empty() && TakeFile(AT_FDCWD, input.path, input)) {
+            return eResult::kFound;
+        }
     }
-    free(line);
-    if (input.path.find('\0') != std::string::npos) { // a list with zeros, read as lines
-        return Fail(input, MakeFailure(eFailure::kPath, "no path: it holds a zero byte (is --null missing?)").failure);
-    }
-    return OpenDocument(AT_FDCWD, input.path, input);
+}
+
+bool CDocumentSource::IsExcluded(const std::string& name, const std::string& path) const
+{
+    return std::any_of(mExcludes.begin(), mExcludes.end(), [&](const std::string& pattern) {
+        const bool whole = pattern.find('/') != std::string::npos;
+        return fnmatch(pattern.c_str(), whole ? path.c_str() : name.c_str(), 0) == 0;
+    });
 }
 
 /// @return false when the folder was entered; true when it cannot be read, which is then the input's failure
@@ -249,16 +309,15 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
     while (const dirent* entry = readdir(entries)) {
         const std::string_view entryName = entry->d_name;
         if (entryName != "." && entryName != "..") {
-            folder.names.emplace_back(entryName);
+            folder.order.push_back(static_cast<uint32_t>(folder.names.size()));
+            folder.names.append(entry->d_name, entryName.size() + 1);
         }
     }
     const int error = errno;
     closedir(entries);
-    std::sort(folder.names.begin(), folder.names.end(), [](const std::string& one, const std::string& other) {
-        return std::lexicographical_compare(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
-            return static_cast<unsigned char>(a) < static_cast<unsigned char>(b);
-        });
-    });
+    const char* names = folder.names.data();
+    std::sort(folder.order.begin(), folder.order.end(),
+              [names](uint32_t one, uint32_t other) { return strcmp(names + one, names + other) < 0; }); // by bytes
     mFolders.push_back(std::move(folder));
     if (error != 0) { // what could be listed is still walked
         input.path = path;
@@ -268,32 +327,38 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
 }
 
 /// @return false when the entry is none to take, or a folder was entered or left
-bool CDocumentSource::NextFromFolder(tInput& input)
+bool CDocumentSource::FindInFolder(tInput& input)
 {
     tFolder& folder = mFolders.back();
-    if (folder.next == folder.names.size()) {
+    if (folder.next == folder.order.size()) {
         mFolders.pop_back();
         return false;
     }
-    const std::string name = folder.names[folder.next++];
+    std::string name = folder.names.c_str() + folder.order[folder.next++];
     const int descriptor = folder.descriptor.Get();
-    const std::string path = folder.path + (folder.path.back() == '/' ? "" : "/") + name;
+    input.path = folder.path + (folder.path.back() == '/' ? "" : "/") + name;
     struct stat status = {};
-    if (fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return false; // gone since the folder was listed
+    if (IsExcluded(name, input.path) || fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return false; // or gone since the folder was listed
     }
     if (S_ISDIR(status.st_mode)) {
+        const std::string path = input.path;
         return EnterFolder(descriptor, name, path, input);
     }
-    const bool isLink = S_ISLNK(status.st_mode);
-    const bool resolved = !isLink || fstatat(descriptor, name.c_str(), &status, 0) == 0;
-    if (resolved && S_ISDIR(status.st_mode)) {
+    if (S_ISLNK(status.st_mode)) {
+        const bool resolved = fstatat(descriptor, name.c_str(), &status, 0) == 0;
+        if (!resolved) { // a broken link is reported only where its name is a document's
+            return HasExtension(name) && Fail(input, CannotOpen(errno));
+        }
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return HasExtension(name) && !S_ISDIR(status.st_mode) && Fail(input, NoRegularFile(status.st_mode));
+    }
+    input.status = MakeStatus(status);
+    if (!IsWanted(input) || !(HasExtension(name) || HasMagic(descriptor, name))) {
         return false;
     }
-    const bool taken = HasExtension(name) || (resolved && S_ISREG(status.st_mode) && HasMagic(descriptor, name));
-    if (!taken) {
-        return false;
-    }
-    input.path = path;
-    return OpenDocument(descriptor, name, input);
+    mFoundIn = descriptor;
+    mFoundName = std::move(name);
+    return true;
 }

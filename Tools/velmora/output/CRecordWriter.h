@@ -36,3 +36,5 @@ std::unique_ptr<CRecordWriter> MakePropertyListWriter(COutput& output);
 
 /// A failure's code in records: the loader's number as a number, else the word.
 const char* FailureWord(eFailure kind);
+/// The same as a text: "1" to "5", or the word.
+std::string FailureCode(const tFailure& failure);

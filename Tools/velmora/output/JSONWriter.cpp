@@ -22,6 +22,11 @@ const char* FailureWord(eFailure kind)
     return "crash";
 }
 
+std::string FailureCode(const tFailure& failure)
+{
+    return failure.kind == eFailure::kLoader ? std::to_string(failure.loaderCode) : FailureWord(failure.kind);
+}
+
 namespace {
 class CJSONWriter : public CRecordWriter {
 public:

@@ -4,12 +4,14 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
+#include <unistd.h>
 #include <vector>
 
 extern char** environ;
@@ -78,25 +80,23 @@ bool CWorker::Start(const tWorkerSettings& settings)
     }
     mReader.emplace(mSocket.Get(), kMaxAnswerSize);
     mSequence = 0;
+    mAnswered = 0;
+    mAsked.clear();
     mFatalReport.clear();
     mOutOfMemory = false;
+    mFaultCertain = false;
     mState = eState::kStarting;
     return true;
 }
 
 bool CWorker::Ask(const tRequest& request, int document)
 {
-    // An idle worker has nothing to say: bytes that are there, or a closed socket, mean that it is of no more use.
-    char byte = 0;
-    const ssize_t unexpected = recv(mSocket.Get(), &byte, 1, MSG_PEEK);
-    const bool silent = unexpected < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-    if (silent && SendFrame(mSocket.Get(), eFrameKind::kRequest, ++mSequence, Encode(request), document)) {
-        mState = eState::kBusy;
-        mVerb = request.verb;
-        return true;
+    if (!SendFrame(mSocket.Get(), eFrameKind::kRequest, mSequence + 1, Encode(request), document)) {
+        return false;
     }
-    Kill();
-    return false;
+    ++mSequence;
+    mAsked.push_back(request.verb);
+    return true;
 }
 
 CWorker::eEvent CWorker::Read(tAnswer& answer)
@@ -118,7 +118,10 @@ CWorker::eEvent CWorker::Read(tAnswer& answer)
 CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
 {
     answer = tAnswer();
-    if (frame.sequence == mSequence && !frame.descriptor.IsOpen()) {
+    // The greeting has the number 0; everything else is about the oldest request.
+    const uint32_t expected = mState == eState::kStarting ? 0 : mSequence + 1 - static_cast<uint32_t>(mAsked.size());
+    const bool asked = mState == eState::kReady && !mAsked.empty();
+    if (frame.sequence == expected && !frame.descriptor.IsOpen()) {
         tHello hello;
         switch (frame.kind) {
         case eFrameKind::kHello:
@@ -130,13 +133,14 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
                 Dismiss();
                 return eEvent::kRefused;
             }
-            mState = eState::kIdle;
+            mState = eState::kReady;
             return eEvent::kReady;
         case eFrameKind::kAnswer:
-            if (mState != eState::kBusy || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mVerb)) {
+            if (!asked || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mAsked.front())) {
                 break;
             }
-            mState = eState::kIdle;
+            mAsked.pop_front();
+            ++mAnswered;
             return eEvent::kAnswer;
         case eFrameKind::kFatalReport:
             if (!mFatalReport.empty() || frame.payload.empty() || frame.payload.size() > kMaxReportSize ||
@@ -144,14 +148,17 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
                 break;
             }
             mFatalReport = frame.payload;
-            return eEvent::kNothing;
+            mFaultCertain = asked;
+            return Read(answer); // what follows, if it has come
         case eFrameKind::kOutOfMemory:
             mOutOfMemory = true;
+            mFaultCertain = asked;
             return Lose(answer, nullptr);
         case eFrameKind::kRequest:
             break;
         }
     }
+    mFaultCertain = false;
     return Lose(answer, "the worker process answered out of form");
 }
 
@@ -205,6 +212,7 @@ std::optional<int> CWorker::WaitForEnd(int milliseconds)
 void CWorker::Kill()
 {
     mState = eState::kNone;
+    mAsked.clear();
     mReader.reset();
     mSocket.Reset();
     if (mProcess > 0) {
@@ -215,12 +223,38 @@ void CWorker::Kill()
     }
 }
 
+void CWorker::SayGoodbye()
+{
+    if (mAsked.empty()) {
+        mState = eState::kNone;
+        mReader.reset();
+        mSocket.Reset();
+    }
+}
+
 void CWorker::Dismiss()
 {
-    if (mState != eState::kBusy) {
-        mReader.reset();
-        mSocket.Reset(); // which it notices
+    SayGoodbye();
+    if (!mSocket.IsOpen()) {
         WaitForEnd(kLeaveMilliseconds);
     }
     Kill();
+}
+
+size_t CWorker::GetResidentMemory() const
+{
+#if defined(__linux__)
+    char path[32];
+    snprintf(path, sizeof path, "/proc/%d/statm", static_cast<int>(mProcess));
+    char text[64] = {};
+    const CDescriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    if (file.IsOpen() && read(file.Get(), text, sizeof text - 1) > 0) {
+        unsigned long total = 0;
+        unsigned long resident = 0;
+        if (sscanf(text, "%lu %lu", &total, &resident) == 2) {
+            return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        }
+    }
+#endif
+    return 0;
 }

@@ -4,6 +4,7 @@
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -17,19 +18,20 @@ struct tWorkerSettings {
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
 /// The owner watches the socket and the clock.
+///
+/// Several requests may be under way: the process works on the first one, the others lie in its socket.
 class CWorker {
 public:
     enum class eState {
         kNone,     ///< no process
         kStarting, ///< the greeting has not come yet
-        kIdle,
-        kBusy ///< asked, not answered
+        kReady
     };
     enum class eEvent {
-        kNothing, ///< nothing complete yet
-        kReady,   ///< the greeting: it is idle now
+        kNothing, ///< nothing complete at the moment
+        kReady,   ///< the greeting
         kRefused, ///< the greeting: it cannot serve (the plug-in is missing or of another kind); it has ended
-        kAnswer,  ///< the answer to what it was asked; it is idle again
+        kAnswer,  ///< the answer to the oldest request
         kLost     ///< it is gone, or was ended for what it sent
     };
 
@@ -46,19 +48,34 @@ public:
     /// The socket to wait for; -1 without a process.
     int GetSocket() const { return mSocket.Get(); }
 
-    /// Asks an idle worker.
+    /// Requests sent and not yet answered.
+    size_t CountUnanswered() const { return mAsked.size(); }
+
+    /// Requests answered by this process.
+    uint64_t CountAnswered() const { return mAnswered; }
+
+    /// Sends a request to a worker that is ready.
     /// @param document  passed along, not owned; -1 for none
-    /// @return false when it is gone without having seen the request; it has no process then
+    /// @return false when it cannot be sent: the process is gone, or out of step; the next Read says so
     bool Ask(const tRequest& request, int document);
 
-    /// Takes what the socket has. @param answer  set for kAnswer; for kLost and kRefused it is the failure that says
-    /// why
+    /// The next thing that has arrived; to be called until there is nothing.
+    /// @param answer  set for kAnswer; for kLost and kRefused it is the failure that says why
     eEvent Read(tAnswer& answer);
+
+    /// Whether the loss just reported can only be the fault of the oldest request: the process has said so.
+    bool IsFaultCertain() const { return mFaultCertain; }
+
+    /// Memory that the process holds at the moment, in bytes; 0 when unknown.
+    size_t GetResidentMemory() const;
 
     /// Ends the process at once.
     void Kill();
 
-    /// Ends the process in peace, if it is idle: it has a moment to leave by itself.
+    /// Asks the process to leave, without waiting for it: closes the socket, which it notices.
+    void SayGoodbye();
+
+    /// Ends the process in peace, if nothing is under way: it has a moment to leave by itself.
     void Dismiss();
 
 private:
@@ -70,8 +87,10 @@ private:
     pid_t mProcess = 0;
     CDescriptor mSocket;
     std::optional<CFrameReader> mReader;
-    uint32_t mSequence = 0;
-    eVerb mVerb = eVerb::kImport; ///< what it was asked
-    std::string mFatalReport;     ///< what it said before it ended itself
+    uint32_t mSequence = 0; ///< of the request sent last
+    uint64_t mAnswered = 0;
+    std::deque<eVerb> mAsked; ///< of the requests under way, the oldest first
+    std::string mFatalReport; ///< what it said before it ended itself
     bool mOutOfMemory = false;
+    bool mFaultCertain = false;
 };

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <poll.h>
 
 /// From start to greeting; a cold disk takes tenths of a second.
 static constexpr std::chrono::seconds kStartTime(20);
@@ -14,6 +13,21 @@ static constexpr std::chrono::seconds kStartTime(20);
 static constexpr int kStartAttempts = 3;
 /// After an interrupt, what is in flight has this long to finish.
 static constexpr std::chrono::seconds kGrace(1);
+
+/// Requests are sent ahead for about this time, so that a worker does not run dry while the host is busy; what takes
+/// longer is sent one by one, since what waits behind it could be done by another worker.
+static constexpr double kSecondsAhead = 0.004;
+static constexpr size_t kMaxDepth = 8;
+/// A further process costs tens of milliseconds: it is started when this many requests wait, or one has waited for a
+/// while.
+static constexpr size_t kWaitingForStart = 4;
+static constexpr int kMillisecondsForStart = 3;
+
+/// A process is renewed after so many requests, whatever it has kept of them, or when it has grown by this much.
+static constexpr uint64_t kRequestsEach = 10000;
+static constexpr size_t kMaxGrowth = size_t{128} << 20;
+/// How often its memory is looked at.
+static constexpr uint64_t kRequestsBetweenLooks = 128;
 
 CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t workers)
     : mSettings(std::move(settings)),
@@ -25,12 +39,22 @@ CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t
     }
 }
 
+CWorkerPool::~CWorkerPool()
+{
+    for (const auto& slot : mSlots) { // all at once, then each is waited for
+        slot->worker->SayGoodbye();
+    }
+}
+
 CWorkerPool::eResult CWorkerPool::WaitUntilReady(tFailure& failure)
 {
     tSlot& first = *mSlots.front();
-    while (!mCannotServe && first.worker.GetState() != CWorker::eState::kIdle) {
-        Serve(first);
-        if (WaitForEvents() == eResult::kInterrupted) {
+    while (!mCannotServe && first.worker->GetState() != CWorker::eState::kReady) {
+        if (first.worker->GetState() == CWorker::eState::kNone) {
+            StartWorker(first);
+            continue;
+        }
+        if (Wait(-1) == eResult::kInterrupted) {
             return eResult::kInterrupted;
         }
     }
@@ -41,169 +65,348 @@ CWorkerPool::eResult CWorkerPool::WaitUntilReady(tFailure& failure)
     return eResult::kDone;
 }
 
-bool CWorkerPool::HasRoom() const
-{
-    return std::any_of(mSlots.begin(), mSlots.end(), [](const auto& slot) { return !slot->job; });
-}
-
 void CWorkerPool::Submit(uint64_t ticket, tRequest request, CDescriptor document)
 {
-    // A worker that runs already is better than one to be started.
-    tSlot* chosen = nullptr;
-    for (const auto& slot : mSlots) {
-        if (!slot->job && (chosen == nullptr || slot->worker.GetState() == CWorker::eState::kIdle)) {
-            chosen = slot.get();
-        }
-    }
-    if (chosen == nullptr) { // the caller did not ask HasRoom
-        mDone.emplace_back(ticket, MakeFailure(eFailure::kCrash, "no worker process is free"));
-        return;
-    }
-    chosen->job = tJob{ticket, std::move(request), std::move(document)};
-    Serve(*chosen);
+    mQueue.push_back({ticket, std::move(request), std::move(document)});
+    Dispatch();
 }
 
-CWorkerPool::eResult CWorkerPool::Collect(uint64_t& ticket, tAnswer& answer)
+bool CWorkerPool::Take(uint64_t& ticket, tAnswer& answer)
 {
-    while (mDone.empty()) {
-        if (WaitForEvents() == eResult::kInterrupted) {
-            return eResult::kInterrupted;
-        }
+    if (mDone.empty()) {
+        return false;
     }
     ticket = mDone.front().first;
     answer = std::move(mDone.front().second);
     mDone.pop_front();
+    return true;
+}
+
+CWorkerPool::eResult CWorkerPool::Collect(uint64_t& ticket, tAnswer& answer)
+{
+    while (!Take(ticket, answer)) {
+        if (Wait(-1) == eResult::kInterrupted && mDone.empty()) {
+            return eResult::kInterrupted;
+        }
+    }
     return eResult::kDone;
 }
 
-void CWorkerPool::Finish(tSlot& slot, tAnswer answer)
+bool CWorkerPool::CanStart(const tSlot& slot)
 {
-    mDone.emplace_back(slot.job->ticket, std::move(answer));
-    slot.job.reset();
+    return slot.worker->GetState() == CWorker::eState::kNone && slot.failedStarts < kStartAttempts;
 }
 
-/// Brings a slot forward as far as it goes without waiting: starts its worker, hands over its job.
-void CWorkerPool::Serve(tSlot& slot)
+bool CWorkerPool::HasReadyWorker() const
 {
-    if (slot.job && slot.worker.GetState() == CWorker::eState::kIdle) {
-        if (slot.worker.Ask(slot.job->request, slot.job->document.Get())) {
-            slot.deadline = tClock::now() + mTimeout;
-            return;
+    return std::any_of(mSlots.begin(), mSlots.end(),
+                       [](const auto& slot) { return slot->worker->GetState() == CWorker::eState::kReady; });
+}
+
+/// The ready worker with the least to do; null when all have enough.
+CWorkerPool::tSlot* CWorkerPool::ChooseSlot()
+{
+    tSlot* chosen = nullptr;
+    bool all = true;
+    for (const auto& slot : mSlots) {
+        const bool ready = slot->worker->GetState() == CWorker::eState::kReady;
+        all = all && (ready || slot->failedStarts >= kStartAttempts);
+        if (ready && !slot->alone && !slot->leavesNext &&
+            (chosen == nullptr || slot->jobs.size() < chosen->jobs.size())) {
+            chosen = slot.get();
         }
-        // Lost while it was idle: the document has not been seen, the next worker gets it.
     }
-    while (!mCannotServe && slot.worker.GetState() == CWorker::eState::kNone) {
-        if (slot.worker.Start(mSettings)) {
-            slot.deadline = tClock::now() + kStartTime;
-        } else {
-            const std::string message = std::string("the worker process cannot be started: ") + strerror(errno);
-            HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
+    // Nothing is sent ahead as long as a further process can be had for it.
+    return chosen != nullptr && chosen->jobs.size() < (all ? mDepth : 1) ? chosen : nullptr;
+}
+
+/// Sends what waits to workers that have room for it.
+void CWorkerPool::Dispatch()
+{
+    if (mCannotServe) {
+        RefuseAll();
+        return;
+    }
+    while (!mQueue.empty() && !mGraceEnd) {
+        tSlot* slot = ChooseSlot();
+        if (slot == nullptr) {
+            break;
+        }
+        tJob job = std::move(mQueue.front());
+        mQueue.pop_front();
+        Send(*slot, std::move(job));
+    }
+    const bool none = std::none_of(mSlots.begin(), mSlots.end(),
+                                   [](const auto& slot) { return slot->worker->GetState() != CWorker::eState::kNone; });
+    if (!mGraceEnd && !mQueue.empty() && (none || mQueue.size() >= kWaitingForStart)) {
+        StartFurtherWorker();
+    }
+}
+
+void CWorkerPool::Send(tSlot& slot, tJob job)
+{
+    slot.worker->Ask(job.request, job.document.Get()); // where this fails, the next Read reports the loss
+    if (slot.jobs.empty()) {
+        slot.since = tClock::now();
+        slot.deadline = slot.since + mTimeout;
+    }
+    slot.jobs.push_back(std::move(job));
+}
+
+/// @return false when all are started
+bool CWorkerPool::StartFurtherWorker()
+{
+    for (const auto& slot : mSlots) {
+        if (CanStart(*slot)) {
+            StartWorker(*slot);
+            return true;
         }
     }
-    if (mCannotServe && slot.job && slot.worker.GetState() == CWorker::eState::kNone) {
-        tAnswer answer;
-        answer.failure = *mCannotServe;
-        Finish(slot, std::move(answer));
+    return false;
+}
+
+void CWorkerPool::StartWorker(tSlot& slot)
+{
+    while (!mCannotServe && slot.failedStarts < kStartAttempts && !slot.worker->Start(mSettings)) {
+        const std::string message = std::string("the worker process cannot be started: ") + strerror(errno);
+        HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
     }
+    slot.leavesNext = false;
+    slot.deadline = tClock::now() + kStartTime;
 }
 
 /// @param final  no other attempt can end differently
 void CWorkerPool::HandleFailedStart(tSlot& slot, const tFailure& failure, bool final)
 {
-    if (++slot.failedStarts >= kStartAttempts || final) {
+    slot.failedStarts = final ? kStartAttempts : slot.failedStarts + 1;
+    if (slot.failedStarts < kStartAttempts) {
+        return;
+    }
+    if (HasReadyWorker()) { // the others have to suffice
+        if (slot.suspect) {
+            mQueue.push_front(std::move(*slot.suspect));
+            slot.suspect.reset();
+        }
+    } else {
         mCannotServe = failure;
+        RefuseAll();
+    }
+}
+
+/// With no worker to be had, what waits for one fails.
+void CWorkerPool::RefuseAll()
+{
+    const auto refuse = [this](uint64_t ticket) {
+        tAnswer answer;
+        answer.failure = *mCannotServe;
+        mDone.emplace_back(ticket, std::move(answer));
+    };
+    for (const auto& slot : mSlots) {
+        if (slot->suspect) {
+            refuse(slot->suspect->ticket);
+            slot->suspect.reset();
+        }
+    }
+    for (; !mQueue.empty(); mQueue.pop_front()) {
+        refuse(mQueue.front().ticket);
     }
 }
 
 /// Takes what a slot's worker has sent.
 void CWorkerPool::Handle(tSlot& slot)
 {
-    const CWorker::eState before = slot.worker.GetState();
-    tAnswer answer;
-    switch (slot.worker.Read(answer)) {
-    case CWorker::eEvent::kNothing:
-        return;
-    case CWorker::eEvent::kReady:
-        slot.failedStarts = 0;
-        break;
-    case CWorker::eEvent::kRefused:
-        HandleFailedStart(slot, answer.failure, true);
-        break;
-    case CWorker::eEvent::kAnswer:
-        Finish(slot, std::move(answer));
-        return;
-    case CWorker::eEvent::kLost:
-        if (before == CWorker::eState::kBusy) {
-            Finish(slot, std::move(answer));
+    size_t answers = 0;
+    for (;;) {
+        const CWorker::eState before = slot.worker->GetState();
+        tAnswer answer;
+        switch (slot.worker->Read(answer)) {
+        case CWorker::eEvent::kNothing:
+            if (answers > 0) {
+                AdaptDepth(slot, answers, tClock::now());
+            }
+            RenewIfDue(slot);
+            return;
+        case CWorker::eEvent::kReady:
+            HandleReady(slot);
+            break;
+        case CWorker::eEvent::kRefused:
+            HandleFailedStart(slot, answer.failure, true);
+            return;
+        case CWorker::eEvent::kAnswer:
+            ++answers;
+            HandleAnswer(slot, std::move(answer));
+            break;
+        case CWorker::eEvent::kLost:
+            mHasLost = true;
+            HandleLoss(slot, before, std::move(answer));
             return;
         }
-        if (before == CWorker::eState::kStarting) {
-            const std::string message = "the plug-in cannot be loaded: " + answer.failure.message;
-            HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
-        }
-        break;
     }
-    if (slot.job || before == CWorker::eState::kStarting) {
-        Serve(slot);
+}
+
+/// @param answers  that have just come from the slot
+void CWorkerPool::AdaptDepth(tSlot& slot, size_t answers, tClock::time_point now)
+{
+    const double seconds = std::chrono::duration<double>(now - slot.since).count() / static_cast<double>(answers);
+    mSecondsEach += (seconds - mSecondsEach) * std::min(1.0, static_cast<double>(answers) / 16);
+    mDepth = static_cast<size_t>(std::clamp(kSecondsAhead / mSecondsEach, 1.0, double{kMaxDepth}));
+    slot.since = now;
+    slot.deadline = now + mTimeout; // of the request that it begins now
+}
+
+void CWorkerPool::HandleReady(tSlot& slot)
+{
+    slot.failedStarts = 0;
+    slot.firstResident = slot.worker->GetResidentMemory();
+    if (slot.suspect) {
+        slot.alone = true;
+        Send(slot, std::move(*slot.suspect));
+        slot.suspect.reset();
+    }
+}
+
+void CWorkerPool::HandleAnswer(tSlot& slot, tAnswer answer)
+{
+    mDone.emplace_back(slot.jobs.front().ticket, std::move(answer));
+    slot.jobs.pop_front();
+    slot.alone = false;
+    const uint64_t answered = slot.worker->CountAnswered();
+    slot.leavesNext =
+        slot.leavesNext || answered + kMaxDepth >= kRequestsEach ||
+        (answered % kRequestsBetweenLooks == 0 && slot.worker->GetResidentMemory() > slot.firstResident + kMaxGrowth);
+}
+
+/// What was sent behind the request in work goes to whoever is free.
+void CWorkerPool::GiveBack(tSlot& slot)
+{
+    for (; !slot.jobs.empty(); slot.jobs.pop_back()) {
+        mQueue.push_front(std::move(slot.jobs.back()));
+    }
+    slot.alone = false;
+}
+
+void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer)
+{
+    if (before == CWorker::eState::kStarting) {
+        const std::string message = "the plug-in cannot be loaded: " + answer.failure.message;
+        HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
+        if (slot.suspect) {
+            StartWorker(slot);
+        }
+        return;
+    }
+    if (slot.jobs.empty()) {
+        return;
+    }
+    tJob job = std::move(slot.jobs.front());
+    slot.jobs.pop_front();
+    const bool certain = slot.alone || slot.worker->IsFaultCertain();
+    GiveBack(slot);
+    if (certain) {
+        mDone.emplace_back(job.ticket, std::move(answer));
+    } else {
+        slot.suspect = std::move(job);
+        StartWorker(slot);
     }
 }
 
 /// Ends a worker whose time is over.
 void CWorkerPool::HandleLateness(tSlot& slot)
 {
-    const bool busy = slot.worker.GetState() == CWorker::eState::kBusy;
-    slot.worker.Kill();
-    if (busy) {
-        char message[64];
-        snprintf(message, sizeof message, "no answer within %g seconds", mTimeoutSeconds);
-        Finish(slot, MakeFailure(eFailure::kTimeout, message));
+    mHasLost = true;
+    const bool starting = slot.worker->GetState() == CWorker::eState::kStarting;
+    slot.worker->Kill();
+    if (starting) {
+        HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, "the plug-in takes too long to load").failure, false);
+        if (slot.suspect) {
+            StartWorker(slot);
+        }
         return;
     }
-    HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, "the plug-in takes too long to load").failure, false);
-    Serve(slot);
+    char message[64];
+    snprintf(message, sizeof message, "no answer within %g seconds", mTimeoutSeconds);
+    mDone.emplace_back(slot.jobs.front().ticket, MakeFailure(eFailure::kTimeout, message));
+    slot.jobs.pop_front();
+    GiveBack(slot);
 }
 
-/// Waits until something has happened to a worker, or the time of one is over, and handles it.
-CWorkerPool::eResult CWorkerPool::WaitForEvents()
+void CWorkerPool::RenewIfDue(tSlot& slot)
 {
-    std::vector<pollfd> waits;
-    std::vector<tSlot*> waiting;
+    if (slot.leavesNext && slot.jobs.empty() && slot.worker->GetState() == CWorker::eState::kReady) {
+        slot.worker->SayGoodbye();
+        slot.leaving = std::move(slot.worker); // the one before that is long gone
+        slot.worker = std::make_unique<CWorker>();
+    }
+}
+
+bool CWorkerPool::IsAnythingInFlight() const
+{
+    return std::any_of(mSlots.begin(), mSlots.end(),
+                       [](const auto& slot) { return !slot->jobs.empty() || slot->suspect; });
+}
+
+/// Handles what has come from a slot's worker, and ends the worker when its time is over, also one that keeps sending.
+void CWorkerPool::CheckDeadline(tSlot& slot, bool readable)
+{
+    const bool expected = slot.worker->GetState() == CWorker::eState::kStarting || !slot.jobs.empty();
+    if (!readable && !expected) {
+        return;
+    }
+    const tClock::time_point before = tClock::now();
+    const tClock::time_point deadline = slot.deadline;
+    mHasLost = false;
+    if (readable) {
+        Handle(slot);
+    }
+    if (expected && before >= deadline && slot.deadline == deadline && slot.worker->GetSocket() >= 0) {
+        HandleLateness(slot);
+    }
+    if (mHasLost) { // waiting for a lost process to end takes time that is not that of the other documents
+        for (const auto& other : mSlots) {
+            other->deadline += other.get() != &slot ? tClock::now() - before : tClock::duration::zero();
+        }
+    }
+}
+
+CWorkerPool::eResult CWorkerPool::Wait(int milliseconds, int descriptor)
+{
+    Dispatch();
+    if (!mDone.empty()) {
+        milliseconds = 0;
+    }
+    mWaits.clear();
     std::optional<tClock::time_point> next = mGraceEnd;
-    for (const auto& slot : mSlots) {
-        const CWorker::eState state = slot->worker.GetState();
-        if (state == CWorker::eState::kStarting || state == CWorker::eState::kBusy) {
-            waits.push_back({slot->worker.GetSocket(), POLLIN, 0});
-            waiting.push_back(slot.get());
+    bool startable = false;
+    for (const auto& slot : mSlots) { // poll passes over the sockets that are not there
+        mWaits.push_back({slot->worker->GetSocket(), POLLIN, 0});
+        startable = startable || CanStart(*slot);
+        if (slot->worker->GetState() == CWorker::eState::kStarting || !slot->jobs.empty()) {
             next = next ? std::min(*next, slot->deadline) : slot->deadline;
         }
     }
-    if (waiting.empty()) {
-        return eResult::kDone;
+    mWaits.push_back({mGraceEnd ? -1 : Interrupt::GetDescriptor(), POLLIN, 0});
+    mWaits.push_back({descriptor, POLLIN, 0});
+    long long left = milliseconds < 0 ? 1000000 : milliseconds;
+    if (next) {
+        const auto untilNext = std::chrono::ceil<std::chrono::milliseconds>(*next - tClock::now()).count();
+        left = std::clamp<long long>(untilNext, 0, left);
     }
-    if (!mGraceEnd && Interrupt::GetDescriptor() >= 0) {
-        waits.push_back({Interrupt::GetDescriptor(), POLLIN, 0});
+    const bool mayStart = startable && !mQueue.empty() && !mGraceEnd && !mCannotServe && left > kMillisecondsForStart;
+    left = mayStart ? kMillisecondsForStart : left;
+    const int count = poll(mWaits.data(), static_cast<nfds_t>(mWaits.size()), static_cast<int>(left));
+    if (count == 0 && mayStart) {
+        StartFurtherWorker();
     }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - tClock::now()).count();
-    const int count = poll(waits.data(), static_cast<nfds_t>(waits.size()),
-                           static_cast<int>(std::clamp<long long>(left, 0, 1000000)));
     if (!mGraceEnd && Interrupt::IsRequested()) {
         mGraceEnd = tClock::now() + kGrace;
     }
-    for (size_t i = 0; i < waiting.size(); ++i) {
-        const tClock::time_point before = tClock::now();
-        if (count > 0 && waits[i].revents != 0) {
-            Handle(*waiting[i]);
-        }
-        const CWorker::eState state = waiting[i]->worker.GetState();
-        const bool expected = state == CWorker::eState::kStarting || state == CWorker::eState::kBusy;
-        if (expected && before >= waiting[i]->deadline) { // also one that keeps sending
-            HandleLateness(*waiting[i]);
-        }
-        // Waiting for a lost process to end takes time that is not that of the other documents.
-        const tClock::duration spent = tClock::now() - before;
-        for (const auto& other : mSlots) {
-            other->deadline += other.get() != waiting[i] ? spent : tClock::duration::zero();
-        }
+    for (size_t i = 0; i < mSlots.size(); ++i) {
+        tSlot& slot = *mSlots[i];
+        CheckDeadline(slot, count > 0 && mWaits[i].revents != 0 && slot.worker->GetSocket() == mWaits[i].fd);
     }
-    return mGraceEnd && tClock::now() >= *mGraceEnd && mDone.empty() ? eResult::kInterrupted : eResult::kDone;
+    Dispatch();
+    if (mGraceEnd && (!IsAnythingInFlight() || tClock::now() >= *mGraceEnd)) {
+        return eResult::kInterrupted;
+    }
+    return eResult::kDone;
 }
