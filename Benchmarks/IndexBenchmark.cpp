@@ -68,16 +68,12 @@ public:
         return text;
     }
 
+    /// About as many words as a layout of 4 kB has.
     tIndexedTexts Document(int number)
     {
-        return {"Plan " + std::to_string(number),
-                Words(2, 2000, "author"),
-                Words(10, 20000, "word"),
-                "1." + std::to_string(number % 10),
-                Words(6, 500, "layer"),
-                Words(3, 200, "library"),
-                Words(15, 5000, "article"),
-                Words(60, 20000, "word")};
+        return {"Plan " + std::to_string(number),   Words(2, 2000, "author"), Words(8, 20000, "word"),
+                "1." + std::to_string(number % 10), Words(4, 500, "layer"),   Words(2, 200, "library"),
+                Words(6, 5000, "article"),          Words(20, 20000, "word")};
     }
 
 private:

@@ -3,14 +3,13 @@
 #include "Importer/Names.h"
 #include "Interrupt.h"
 #include "Places.h"
+#include "commands/Batch.h"
 #include "commands/IndexOptions.h"
 #include "index/CIndexDatabase.h"
 #include "index/CIndexRun.h"
 #include "index/ContentHash.h"
-#include "input/CDocumentSource.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
-#include "pool/CWorkerPool.h"
 #include "protocol/UTF8.h"
 
 #include <CLI/CLI.hpp>
@@ -28,8 +27,7 @@ using tJSON = nlohmann::ordered_json;
 
 void AddIndexOptions(CLI::App& app, tOptions& options)
 {
-    app.add_option("PATH", options.paths,
-                   "Folders with documents, and documents; without any, all that was indexed before");
+    AddBatchOptions(app, options, "Folders with documents, and documents; without any, all that was indexed before");
     app.add_option("--format", options.format, "text (for people) or json")
         ->check(CLI::IsMember({"text", "json"}))
         ->type_name("FORMAT");
@@ -39,12 +37,12 @@ void AddIndexOptions(CLI::App& app, tOptions& options)
     app.add_flag("--verify", options.verify, "Compare contents: trust no times and sizes of files");
     app.add_flag("--rebuild", options.rebuild, "Read every document again, and put the index in order");
     AddDatabaseOption(app, options);
-    AddWorkerOptions(app, options);
 }
 
 std::string CheckIndex(const tOptions& options)
 {
-    const bool reads = options.retryFailed || options.verify || options.rebuild || !options.paths.empty();
+    const bool reads = !options.filesFrom.empty() || options.retryFailed || options.verify || options.rebuild ||
+                       !options.paths.empty();
     if (options.showStatus && options.listFailed) {
         return "--status and --failed go one at a time";
     }
@@ -53,6 +51,9 @@ std::string CheckIndex(const tOptions& options)
     }
     if (std::find(options.paths.begin(), options.paths.end(), "-") != options.paths.end()) {
         return "standard input has no name under which it could be found again";
+    }
+    if (options.nullSeparated && options.filesFrom.empty()) {
+        return "--null says how the list of --files-from is written; there is none";
     }
     return {};
 }
@@ -183,124 +184,129 @@ std::vector<std::string> Outermost(std::vector<std::string> paths)
     return kept;
 }
 
+/// Whether a path is in the form in which the index keeps them.
+bool IsResolved(const std::string& path)
+{
+    return path.starts_with('/') && path.find("//") == std::string::npos && path.find("/./") == std::string::npos &&
+           path.find("/../") == std::string::npos && !path.ends_with('/') && !path.ends_with("/.") &&
+           !path.ends_with("/..");
+}
+
 /// A run over some roots.
 class CIndexing {
 public:
     CIndexing(CIndexDatabase& index, const tOptions& options)
-        : mIndex(index), mOptions(options), mBegin(std::chrono::steady_clock::now())
+        : mIndex(index), mOptions(options), mKnownRoots(index.GetStatus().roots),
+          mBegin(std::chrono::steady_clock::now())
     {}
 
     int Run()
     {
-        const std::vector<std::string> known = mIndex.GetStatus().roots;
         std::vector<std::string> roots;
         for (const std::string& path : mOptions.paths) {
             roots.push_back(ResolvePath(path));
         }
-        if (roots.empty() && known.empty()) {
+        if (mOptions.rebuild || (roots.empty() && mOptions.filesFrom.empty())) { // everything
+            roots.insert(roots.end(), mKnownRoots.begin(), mKnownRoots.end());
+        }
+        if (roots.empty() && mOptions.filesFrom.empty()) {
             COutput::PrintMessage("nothing is indexed yet: name folders or documents\nTry 'velmora help index'.");
             return kExitUsage;
         }
-        if (mOptions.rebuild) { // everything, whatever is named
-            roots.insert(roots.end(), known.begin(), known.end());
+        roots = Outermost(std::move(roots));
+        tOptions options = mOptions;
+        options.paths = roots;
+        options.quiet = true; // this command has a summary of its own
+        CBatch batch(options);
+        if (const std::optional<int> status = batch.Begin()) {
+            return *status;
         }
-        roots = Outermost(roots.empty() ? known : roots);
-        std::optional<tFailure> cannotServe;
-        const tWorkerSettings settings = GetWorkerSettings(mOptions, cannotServe);
-        CWorkerPool pool(settings, mOptions.timeoutSeconds, 1);
-        tFailure failure;
-        if (!cannotServe) {
-            const CWorkerPool::eResult ready = pool.WaitUntilReady(failure);
-            if (ready == CWorkerPool::eResult::kInterrupted) {
-                return kExitInterrupted;
-            }
-            if (ready == CWorkerPool::eResult::kFailed) {
-                cannotServe = failure;
-            }
-        }
-        if (cannotServe) {
-            COutput::PrintMessage(Escapes::ForTerminal(cannotServe->message));
+        if (batch.CannotServe()) {
             return kExitFailed;
         }
-        CIndexRun run(mIndex, {IdentifyImporter(settings), mOptions.retryFailed, mOptions.verify});
-        if (mOptions.rebuild) {
+        std::optional<tFailure> ignored;
+        CIndexRun run(mIndex,
+                      {IdentifyImporter(GetWorkerSettings(options, ignored)), options.retryFailed, options.verify});
+        if (options.rebuild) {
             mIndex.ForgetOrigins();
         }
-        RememberRoots(roots, known);
-        const bool whole = Walk(roots, pool, run);
+        RememberRoots(roots);
+        const bool whole = Walk(batch, run);
         if (whole) {
             for (const std::string& root : roots) {
                 run.Finish(root);
             }
-            if (mOptions.rebuild) {
+            if (options.rebuild) {
                 mIndex.Optimize();
             }
         }
         run.Commit();
         PrintSummary(run.GetSummary());
-        return !whole ? kExitInterrupted : mMissing || run.GetSummary().failed > 0 ? kExitFailed : kExitOK;
+        if (Interrupt::IsRequested()) {
+            return kExitInterrupted;
+        }
+        return !whole || mMissing || run.GetSummary().failed > 0 ? kExitFailed : kExitOK;
     }
 
 private:
     /// Keeps the folders and documents to be walked again; what lies below another one needs no mention.
-    void RememberRoots(const std::vector<std::string>& roots, const std::vector<std::string>& known)
+    void RememberRoots(const std::vector<std::string>& roots)
     {
-        std::vector<std::string> all = known;
+        std::vector<std::string> all = mKnownRoots;
         all.insert(all.end(), roots.begin(), roots.end());
         const std::vector<std::string> kept = Outermost(all);
         for (const std::string& root : all) {
             struct stat status = {};
-            const bool exists = lstat(root.c_str(), &status) == 0;
             if (std::find(kept.begin(), kept.end(), root) == kept.end()) {
                 mIndex.RemoveRoot(root);
-            } else if (exists) {
+            } else if (lstat(root.c_str(), &status) == 0) {
                 mIndex.AddRoot(root);
             }
         }
         mIndex.Commit();
     }
 
-    /// @return false when the user has ended it
-    bool Walk(const std::vector<std::string>& roots, CWorkerPool& pool, CIndexRun& run)
+    /// @return false when not everything was seen
+    bool Walk(CBatch& batch, CIndexRun& run)
     {
-        CDocumentSource source(roots, nullptr, '\n');
-        tInput input;
-        while (source.Next(input)) {
-            tAnswer answer;
-            if (input.failure) {
-                answer.failure = *input.failure;
-            } else {
-                struct stat status = {};
-                fstat(input.document.Get(), &status);
-                if (!run.Wants(input.path,
-                               {status.st_size, int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec,
-                                status.st_ino})) {
-                    continue;
-                }
-                uint64_t ticket = 0;
-                pool.Submit(0, {eVerb::kIndex, Importer::kContentType}, std::move(input.document));
-                if (pool.Collect(ticket, answer) == CWorkerPool::eResult::kInterrupted) {
-                    return false;
-                }
+        bool stopped = false;
+        tRunHandlers handlers;
+        handlers.isWanted = [&](const tInput& input) { return run.Wants(Resolve(input.path), input.status); };
+        handlers.isWantedOpen = [&](tInput& input) {
+            return run.WantsOpen(Resolve(input.path), input.status, input.document.Get(), input.note);
+        };
+        handlers.take = [&](const tInput& input, const tAnswer& answer) {
+            stopped = batch.CannotServe(); // then this failure is none of the document
+            if (!stopped) {
+                Take(run, input, answer);
             }
-            Take(run, input.path, answer);
-        }
-        return !Interrupt::IsRequested();
+            return !stopped;
+        };
+        handlers.idle = [&] {
+            run.CommitIfDue();
+            return -1;
+        };
+        COutput output(STDOUT_FILENO);
+        batch.Run({eVerb::kIndex, Importer::kContentType}, std::move(handlers), output, "indexed");
+        return !stopped && !Interrupt::IsRequested();
     }
 
-    void Take(CIndexRun& run, const std::string& path, const tAnswer& answer)
+    /// Only paths from a list need it: those below roots are as the index wants them.
+    static std::string Resolve(const std::string& path) { return IsResolved(path) ? path : ResolvePath(path); }
+
+    void Take(CIndexRun& run, const tInput& input, const tAnswer& answer)
     {
-        if (run.Take(path, answer)) {
+        const std::string path = Resolve(input.path);
+        if (run.Take(path, input.status, input.note, answer)) {
             if (!answer.ok) {
-                COutput::PrintMessage(Escapes::ForTerminal(path + ": " + answer.failure.message));
+                COutput::PrintMessage(Escapes::ForTerminal(input.path + ": " + answer.failure.message));
             }
             return;
         }
-        const std::vector<std::string> known = mIndex.GetStatus().roots;
-        const bool wasKnown = std::find(known.begin(), known.end(), path) != known.end();
+        const bool wasKnown = std::find(mKnownRoots.begin(), mKnownRoots.end(), path) != mKnownRoots.end();
         mIndex.RemoveRoot(path);
         mMissing = mMissing || !wasKnown;
-        COutput::PrintMessage(Escapes::ForTerminal(path) +
+        COutput::PrintMessage(Escapes::ForTerminal(input.path) +
                               (wasKnown ? " is gone, and leaves the index" : ": there is no such file or folder"));
     }
 
@@ -339,6 +345,7 @@ private:
 
     CIndexDatabase& mIndex;
     const tOptions& mOptions;
+    std::vector<std::string> mKnownRoots;
     std::chrono::steady_clock::time_point mBegin;
     bool mMissing = false; ///< something that was named does not exist
 };

@@ -2,13 +2,11 @@
 
 #include "index/ContentHash.h"
 #include "output/CRecordWriter.h"
-#include "protocol/CDescriptor.h"
 #include "protocol/UTF8.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <fcntl.h>
 #include <sys/stat.h>
 
 static constexpr int kPortion = 1000;
@@ -23,36 +21,52 @@ static constexpr int64_t kCoarseGrain = 2 * kSecond;
 
 static constexpr std::string_view kExtension = ".velmora";
 
-/// A file's time, or 0 where it cannot be trusted.
-static int64_t TrustedTime(int64_t modified)
+/// Whether a change from now on would show in a file's time.
+static bool IsTimeTrusted(int64_t modified)
 {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
     const int64_t age = int64_t{now.tv_sec} * kSecond + now.tv_nsec - modified;
-    const int64_t grain = modified % kSecond == 0 ? kCoarseGrain : kFineGrain;
-    return age >= 0 && age < grain ? 0 : modified;
+    return age < 0 || age >= (modified % kSecond == 0 ? kCoarseGrain : kFineGrain);
 }
 
-/// The hash of a file's content; empty when it cannot be read, or is no file any more.
-static std::string HashOf(const std::string& path)
+static tFileStamp StampOf(const tFileStatus& status)
 {
-    const CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return {};
-    }
-    return ContentHash::OfFile(file.Get()).value_or(std::string());
+    return {static_cast<int64_t>(status.size), status.modified, status.inode};
 }
+
+namespace {
+/// What was found out about a document before it was read, on its way through the run.
+struct tNote {
+    bool isKnown = false;
+    bool isTrusted = false; ///< the file's time
+    std::string hash;
+
+    tNote() = default;
+    explicit tNote(const std::string& encoded)
+    {
+        if (encoded.size() >= 2) {
+            isKnown = encoded[0] == 'y';
+            isTrusted = encoded[1] == 'y';
+            hash = encoded.substr(2);
+        }
+    }
+
+    std::string Encode() const { return std::string(isKnown ? "y" : "n") + (isTrusted ? "y" : "n") + hash; }
+
+    tFileStamp Stamp(const tFileStatus& status) const
+    {
+        tFileStamp stamp = StampOf(status);
+        stamp.modified = isTrusted ? stamp.modified : 0;
+        return stamp;
+    }
+};
+} // namespace
 
 /// Failures that lie in the surroundings, which may be others by now: tried again in every pass.
 static bool IsPassing(const std::string& code)
 {
     return code == "1" || code == "path" || code == "plugin";
-}
-
-static std::string CodeOf(const tFailure& failure)
-{
-    return failure.kind == eFailure::kLoader ? std::to_string(failure.loaderCode) : FailureWord(failure.kind);
 }
 
 static std::string Join(const std::vector<std::string>& texts)
@@ -121,59 +135,63 @@ void CIndexRun::CountAsBefore(const tKnownDocument& known)
     } else {
         ++mSummary.unchanged;
     }
-    CommitPortion();
+    CountOne();
 }
 
-bool CIndexRun::Wants(const std::string& path, tFileStamp stamp)
+bool CIndexRun::Wants(const std::string& path, const tFileStatus& status)
 {
     const std::optional<tKnownDocument> known = mDatabase.Find(path);
-    if (known) {
-        mDatabase.MarkSeen(known->id);
-        if (!mSettings.verify && known->stamp == stamp && IsSettled(*known)) {
-            CountAsBefore(*known);
-            return false;
-        }
+    if (!known) {
+        return true;
     }
-    stamp.modified = TrustedTime(stamp.modified);
-    tPending pending = {stamp, HashOf(path), known.has_value()};
+    mDatabase.MarkSeen(known->id);
+    if (mSettings.verify || known->stamp != StampOf(status) || !IsSettled(*known)) {
+        return true;
+    }
+    CountAsBefore(*known);
+    return false;
+}
+
+bool CIndexRun::WantsOpen(const std::string& path, const tFileStatus& status, int document, std::string& note)
+{
     ++mSummary.opened;
-    if (known && !pending.hash.empty() && known->hash == pending.hash && IsSettled(*known)) {
-        mDatabase.StoreStamp(known->id, stamp);
+    tNote made;
+    made.isTrusted = IsTimeTrusted(status.modified);
+    made.hash = ContentHash::OfFile(document).value_or(std::string());
+    const std::optional<tKnownDocument> known = mDatabase.Find(path);
+    made.isKnown = known.has_value();
+    if (known && !made.hash.empty() && known->hash == made.hash && IsSettled(*known)) {
+        mDatabase.StoreStamp(known->id, made.Stamp(status));
         CountAsBefore(*known);
         return false;
     }
-    return mPending.emplace(path, std::move(pending)).second; // false when it was named twice
+    note = made.Encode();
+    return true;
 }
 
-bool CIndexRun::Take(const std::string& path, const tAnswer& answer)
+bool CIndexRun::Take(const std::string& path, const tFileStatus& status, const std::string& note, const tAnswer& answer)
 {
-    tOrigin origin;
-    origin.path = path;
-    origin.importer = mSettings.importer;
-    bool isKnown = false;
-    if (const auto pending = mPending.find(path); pending != mPending.end()) {
-        origin.stamp = pending->second.stamp;
-        origin.hash = std::move(pending->second.hash);
-        isKnown = pending->second.isKnown;
-        mPending.erase(pending);
-    } else {
-        struct stat status = {};
-        if (lstat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR)) {
-            return false;
-        }
+    struct stat now = {};
+    if (note.empty() && lstat(path.c_str(), &now) != 0 && (errno == ENOENT || errno == ENOTDIR)) {
+        mSummary.removed += mDatabase.RemoveUnseen(path);
+        return false;
+    }
+    if (note.empty() && S_ISDIR(now.st_mode)) { // a folder that cannot be read may hold what it held
         mDatabase.KeepBelow(path);
         ++mSummary.failed;
         return true;
     }
-    const int64_t now = time(nullptr);
+    const tNote made(note);
+    const tOrigin origin = {path, made.Stamp(status), made.hash, mSettings.importer};
+    const int64_t seconds = time(nullptr);
     if (answer.ok) {
-        mDatabase.StoreTexts(origin, TextsOf(path, answer), now);
-        ++(isKnown ? mSummary.changed : mSummary.added);
+        mDatabase.StoreTexts(origin, TextsOf(path, answer), seconds);
+        ++(made.isKnown ? mSummary.changed : mSummary.added);
     } else {
-        mDatabase.StoreFailure(origin, {CodeOf(answer.failure), answer.failure.message, now});
+        mDatabase.StoreFailure(origin, {FailureCode(answer.failure), answer.failure.message, seconds});
         ++mSummary.failed;
     }
-    CommitPortion();
+    CountOne();
     return true;
 }
 
@@ -190,9 +208,15 @@ void CIndexRun::Commit()
     mLastCommit = tClock::now();
 }
 
-void CIndexRun::CommitPortion()
+void CIndexRun::CountOne()
 {
-    if (++mUncommitted >= kPortion || tClock::now() - mLastCommit >= kPortionTime) {
+    ++mUncommitted;
+    CommitIfDue();
+}
+
+void CIndexRun::CommitIfDue()
+{
+    if (mUncommitted >= kPortion || (mUncommitted > 0 && tClock::now() - mLastCommit >= kPortionTime)) {
         Commit();
     }
 }

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "index/CIndexDatabase.h"
-#include "protocol/Messages.h"
+#include "input/CDocumentSource.h"
 
 #include <chrono>
 #include <string>
-#include <unordered_map>
 
 /// What a pass has done, in documents.
 struct tIndexSummary {
@@ -33,39 +32,39 @@ public:
     /// @param database  open for writing; must outlive this
     CIndexRun(CIndexDatabase& database, tSettings settings);
 
-    /// Whether a document must be imported. Looks at the file's content only where its stamp does not suffice.
-    /// @param path  absolute
-    bool Wants(const std::string& path, tFileStamp stamp);
+    /// Whether a document must be opened. @param path  absolute
+    bool Wants(const std::string& path, const tFileStatus& status);
 
-    /// Takes the answer for a document that was wanted, or the failure of something that is no document.
-    /// @return false when the path does not exist any more: nothing was stored
-    bool Take(const std::string& path, const tAnswer& answer);
+    /// Whether an open document must be imported: its content is not that of before.
+    /// @param document  not owned
+    /// @param note      set to what Take needs to know
+    bool WantsOpen(const std::string& path, const tFileStatus& status, int document, std::string& note);
+
+    /// Takes the answer for a document, or the failure of something that could not be opened.
+    /// @param note  from WantsOpen; empty if that was not asked
+    /// @return false when nothing bears the name any more: what was known of it has been removed
+    bool Take(const std::string& path, const tFileStatus& status, const std::string& note, const tAnswer& answer);
 
     /// To be called when everything at and below a root was seen: the others have been removed.
     void Finish(const std::string& root);
 
     /// Makes what was done so far permanent.
     void Commit();
+    /// The same, if it is time for it.
+    void CommitIfDue();
 
     const tIndexSummary& GetSummary() const { return mSummary; }
 
 private:
     using tClock = std::chrono::steady_clock;
 
-    struct tPending {
-        tFileStamp stamp;
-        std::string hash;
-        bool isKnown = false;
-    };
-
     bool IsSettled(const tKnownDocument& known) const;
     void CountAsBefore(const tKnownDocument& known);
-    void CommitPortion();
+    void CountOne();
 
     CIndexDatabase& mDatabase;
     tSettings mSettings;
     tIndexSummary mSummary;
-    std::unordered_map<std::string, tPending> mPending; ///< wanted, not yet answered
     int mUncommitted = 0;
     tClock::time_point mLastCommit;
 };

@@ -29,6 +29,7 @@ CREATE VIRTUAL TABLE words USING fts5(
     content = 'document', content_rowid = 'id', prefix = '2 3',
     tokenize = 'velmora unicode61 remove_diacritics 2'
 );
+INSERT INTO words (words, rank) VALUES ('automerge', 8);
 CREATE TRIGGER document_inserted AFTER INSERT ON document BEGIN
     INSERT INTO words (rowid, name, author, description, revision, layer, library, article, text)
     VALUES (new.id, new.name, new.author, new.description, new.revision, new.layer, new.library, new.article, new.text);
