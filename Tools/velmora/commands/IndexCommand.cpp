@@ -338,8 +338,8 @@ private:
         }
         output.Flush();
         if (summary.knownFailed > 0) {
-            COutput::PrintMessage(std::to_string(summary.knownFailed) +
-                                  " documents failed before and have not changed: 'velmora index --failed' lists them");
+            COutput::PrintMessage("failed before, and not changed since: " + std::to_string(summary.knownFailed) +
+                                  " ('velmora index --failed' lists them)");
         }
     }
 

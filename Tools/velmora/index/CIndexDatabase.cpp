@@ -146,7 +146,7 @@ private:
 
     void Open(const std::string& path, int flags)
     {
-        mDatabase.emplace(PlainName(path), flags, kBusyMilliseconds);
+        mDatabase.emplace(PlainName(path), flags | SQLite::OPEN_NOMUTEX /* one thread */, kBusyMilliseconds);
         if (!Tokenizer::Register(mDatabase->getHandle())) {
             throw CIndexError("SQLite has no full-text search here");
         }

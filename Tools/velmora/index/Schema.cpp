@@ -52,8 +52,13 @@ CREATE TABLE root (
 ) WITHOUT ROWID;
 )sql";
 
+/// The failed documents are few and asked for after every run.
+static constexpr const char* kVersion2 = R"sql(
+CREATE INDEX document_failed ON document (path) WHERE failure_code IS NOT NULL;
+)sql";
+
 std::span<const char* const> Schema::GetSteps()
 {
-    static constexpr const char* kSteps[] = {kVersion1};
+    static constexpr const char* kSteps[] = {kVersion1, kVersion2};
     return kSteps;
 }
