@@ -12,8 +12,9 @@
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand, &kIndexCommand,   &kSearchCommand, &kCheckCommand,
-                                            &kPartsCommand,  &kLibraryCommand, &kStockCommand,  &kSchemaCommand};
+static const tCommand* const kCommands[] = {&kImportCommand, &kIndexCommand,  &kSearchCommand,
+                                            &kCheckCommand,  &kPartsCommand,  &kLibraryCommand,
+                                            &kStockCommand,  &kSchemaCommand, &kServeCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;

@@ -17,6 +17,10 @@ struct tOptions {
     std::string filesFrom;      ///< a list of further paths; empty for none
     bool nullSeparated = false; ///< the list has zeros between paths, not line breaks
     std::string format = "text";
+    std::vector<std::string> names;     ///< of the attributes to print, in this order; empty for all
+    bool raw = false;                   ///< values alone
+    std::string nullMarker = "(null)";  ///< stands for a value that is not there
+    unsigned detail = 0;                ///< 1 to 3; 0 for the usual record
     std::string plugIn;                 ///< empty for the one that belongs to the executable
     std::string stock;                  ///< a stock file; empty for none
     std::vector<std::string> libraries; ///< track library files
@@ -58,6 +62,7 @@ extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
 extern const tCommand kIndexCommand;
 extern const tCommand kSearchCommand;
+extern const tCommand kServeCommand;
 
 /// Options of every command that starts workers.
 void AddWorkerOptions(CLI::App& app, tOptions& options);

@@ -1,13 +1,13 @@
 #include "input/CDocumentSource.h"
 
 #include "Interrupt.h"
+#include "input/DocumentNames.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <fnmatch.h>
 #include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -15,7 +15,6 @@
 #include <sys/mman.h>
 #endif
 
-static constexpr std::string_view kExtension = ".velmora";
 static constexpr std::string_view kMagic = "WkSt";
 /// Most that is taken from a standard input that is no file; it is held in memory.
 static constexpr size_t kMaxPipedSize = size_t{1} << 30;
@@ -168,23 +167,19 @@ static bool OpenStandardInput(tInput& input)
     return true;
 }
 
-static bool HasExtension(std::string_view name)
-{
-    if (name.size() <= kExtension.size()) {
-        return false;
-    }
-    const std::string_view end = name.substr(name.size() - kExtension.size());
-    return std::equal(end.begin(), end.end(), kExtension.begin(), [](char one, char other) {
-        return (one >= 'A' && one <= 'Z' ? static_cast<char>(one + 'a' - 'A') : one) == other;
-    });
-}
-
 static bool HasMagic(int folder, const std::string& name)
 {
     const CDescriptor file(openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     char bytes[kMagic.size()];
     return file.IsOpen() && pread(file.Get(), bytes, sizeof bytes, 0) == static_cast<ssize_t>(sizeof bytes) &&
            std::string_view(bytes, sizeof bytes) == kMagic;
+}
+
+void CDocumentSource::OpenNamed(tInput& input)
+{
+    CDocumentSource source({});
+    source.TakeFile(AT_FDCWD, input.path, input);
+    source.Open(input);
 }
 
 CDocumentSource::eResult CDocumentSource::Find(tInput& input)
@@ -275,14 +270,6 @@ CDocumentSource::eResult CDocumentSource::FindInList(tInput& input)
     }
 }
 
-bool CDocumentSource::IsExcluded(const std::string& name, const std::string& path) const
-{
-    return std::any_of(mExcludes.begin(), mExcludes.end(), [&](const std::string& pattern) {
-        const bool whole = pattern.find('/') != std::string::npos;
-        return fnmatch(pattern.c_str(), whole ? path.c_str() : name.c_str(), 0) == 0;
-    });
-}
-
 /// @return false when the folder was entered; true when it cannot be read, which is then the input's failure
 bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std::string& path, tInput& input)
 {
@@ -338,7 +325,8 @@ bool CDocumentSource::FindInFolder(tInput& input)
     const int descriptor = folder.descriptor.Get();
     input.path = folder.path + (folder.path.back() == '/' ? "" : "/") + name;
     struct stat status = {};
-    if (IsExcluded(name, input.path) || fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (DocumentNames::IsExcluded(mExcludes, name, input.path) ||
+        fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return false; // or gone since the folder was listed
     }
     if (S_ISDIR(status.st_mode)) {
@@ -348,14 +336,15 @@ bool CDocumentSource::FindInFolder(tInput& input)
     if (S_ISLNK(status.st_mode)) {
         const bool resolved = fstatat(descriptor, name.c_str(), &status, 0) == 0;
         if (!resolved) { // a broken link is reported only where its name is a document's
-            return HasExtension(name) && Fail(input, CannotOpen(errno));
+            return DocumentNames::HasExtension(name) && Fail(input, CannotOpen(errno));
         }
     }
     if (!S_ISREG(status.st_mode)) {
-        return HasExtension(name) && !S_ISDIR(status.st_mode) && Fail(input, NoRegularFile(status.st_mode));
+        return DocumentNames::HasExtension(name) && !S_ISDIR(status.st_mode) &&
+               Fail(input, NoRegularFile(status.st_mode));
     }
     input.status = MakeStatus(status);
-    if (!IsWanted(input) || !(HasExtension(name) || HasMagic(descriptor, name))) {
+    if (!IsWanted(input) || !(DocumentNames::HasExtension(name) || HasMagic(descriptor, name))) {
         return false;
     }
     mFoundIn = descriptor;
