@@ -4,6 +4,7 @@
 #include "TextPieces.h"
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -64,19 +65,29 @@ bool IsFontInstalled(const std::string& name)
     return !name.empty() && name.find('\0') == std::string::npos && FontNames().count(FoldCase(name.c_str())) > 0;
 }
 
-// The measuring function of the text module that lies beside this library; null where it cannot be had.
-static tMeasureLine LoadTextModule()
+size_t ListFonts()
 {
-    Dl_info self = {};
-    if (dladdr(reinterpret_cast<const void*>(&IsFontInstalled), &self) == 0 || self.dli_fname == nullptr) {
-        return nullptr;
+    return FontNames().size();
+}
+
+std::vector<std::string> FontFolders()
+{
+    std::vector<std::string> folders;
+    FcStrList* const list = FcInit() != FcFalse ? FcConfigGetFontDirs(nullptr) : nullptr;
+    while (const FcChar8* const folder = list != nullptr ? FcStrListNext(list) : nullptr) {
+        folders.emplace_back(reinterpret_cast<const char*>(folder));
     }
-    std::string path = self.dli_fname;
-    path.resize(path.rfind('/') + 1);
-    path = (path.empty() ? "./" : path) + "libvelmora-text.so";
-    // Never unloaded: what it brings has threads and handlers of its own.
-    void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    return module == nullptr ? nullptr : reinterpret_cast<tMeasureLine>(dlsym(module, kMeasureLineName));
+    if (list != nullptr) {
+        FcStrListDone(list);
+    }
+    return folders;
+}
+
+static std::atomic<bool> sMeasures = true;
+
+void SetTextMeasuring(bool measures)
+{
+    sMeasures = measures;
 }
 
 // Sizes of texts at kMeasuredSize, by font and text; emptied when it is full.
@@ -107,17 +118,20 @@ private:
 bool MeasureText(const std::string& font, double size, const std::string& text, double& width, double& height)
 {
     width = height = 0;
+    if (!sMeasures) {
+        return false;
+    }
     static std::mutex sMutex;
     const std::lock_guard<std::mutex> lock(sMutex);
     if (FontNames().empty()) {
         return false;
     }
-    static const tMeasureLine sMeasure = LoadTextModule();
+    static const auto sMeasure = reinterpret_cast<tMeasureLine>(FindInTextModule(kMeasureLineName));
     if (sMeasure == nullptr) {
         return false;
     }
     static CSizeCache& sCache = *new CSizeCache;
-    const std::string installed = IsFontInstalled(font) ? FoldCase(font.c_str()) : "";
+    const std::string installed = FindFontForModule(font);
     const std::string key = installed + '\0' + text;
     const tSize* known = sCache.Find(key);
     tSize measured;
@@ -138,3 +152,23 @@ bool MeasureText(const std::string& font, double size, const std::string& text, 
     return true;
 }
 } // namespace Platform
+
+// From the module that lies beside this library.
+void* FindInTextModule(const char* name)
+{
+    Dl_info self = {};
+    if (dladdr(reinterpret_cast<const void*>(&Platform::IsFontInstalled), &self) == 0 || self.dli_fname == nullptr) {
+        return nullptr;
+    }
+    std::string path = self.dli_fname;
+    path.resize(path.rfind('/') + 1);
+    path = (path.empty() ? "./" : path) + "libvelmora-text.so";
+    // Never unloaded: what it brings has threads and handlers of its own.
+    void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    return module == nullptr ? nullptr : dlsym(module, name);
+}
+
+std::string FindFontForModule(const std::string& name)
+{
+    return Platform::IsFontInstalled(name) ? Platform::FoldCase(name.c_str()) : "";
+}

@@ -22,4 +22,5 @@ void Platform::EndWithParent()
 void Platform::KeepFreedMemory()
 {
     mallopt(M_TRIM_THRESHOLD, kKeptMemory);
+    mallopt(M_ARENA_MAX, 1);
 }

@@ -4,6 +4,7 @@
 #include "TextPieces.h"
 
 #include <CoreText/CoreText.h>
+#include <atomic>
 #include <climits>
 #include <mutex>
 #include <unordered_map>
@@ -55,6 +56,23 @@ bool IsFontInstalled(const std::string& name)
     return sKnown[name] = FindFont(name) != nullptr;
 }
 
+size_t ListFonts()
+{
+    return 0;
+}
+
+std::vector<std::string> FontFolders()
+{
+    return {};
+}
+
+static std::atomic<bool> sMeasures = true;
+
+void SetTextMeasuring(bool measures)
+{
+    sMeasures = measures;
+}
+
 static bool MeasurePiece(CTFontRef font, const std::string& piece, tSize& size)
 {
     size.height = CTFontGetAscent(font) + CTFontGetDescent(font) + CTFontGetLeading(font);
@@ -82,6 +100,9 @@ static bool MeasurePiece(CTFontRef font, const std::string& piece, tSize& size)
 bool MeasureText(const std::string& font, double size, const std::string& text, double& width, double& height)
 {
     width = height = 0;
+    if (!sMeasures) {
+        return false;
+    }
     const double points = size > 0 ? std::min<double>(size, INT_MAX) : 12; // as on Linux
     static std::mutex sMutex;
     static auto& sKnown = *new std::unordered_map<std::string, tSize>;

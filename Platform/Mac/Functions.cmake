@@ -5,9 +5,10 @@ target_sources(velmora-platform PRIVATE
   ${functions}/../Portable/MacRoman.cpp
   ${functions}/../Portable/Report.cpp
   ${functions}/../Portable/Streams.cpp
+  ${functions}/Drawing.cpp
   ${functions}/Fonts.cpp
   ${functions}/Process.cpp
   ${functions}/System.cpp)
 target_include_directories(velmora-platform PRIVATE ${functions}/../Portable)
 target_link_libraries(velmora-platform PRIVATE
-  "-framework CoreFoundation" "-framework CoreText" "-framework SystemConfiguration")
+  "-framework CoreFoundation" "-framework CoreGraphics" "-framework CoreText" "-framework ImageIO" "-framework SystemConfiguration")

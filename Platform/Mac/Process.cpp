@@ -4,3 +4,5 @@
 void Platform::EndWithParent() {}
 
 void Platform::KeepFreedMemory() {}
+
+void Platform::LookUpSettings() {}

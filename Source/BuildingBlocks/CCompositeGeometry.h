@@ -3,6 +3,7 @@
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 #include "BuildingBlocks/CGradeVector.h"
+#include "CBlockPool/CBlockPool.h"
 #include "CColor/RGBColor.h"
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
@@ -73,6 +74,13 @@ public:
     CCompositeGeometry& operator=(const CCompositeGeometry&) = delete;
     virtual ~CCompositeGeometry();
 
+    static void* operator new(size_t size) { return CBlockPool::Allocate(size); }
+    static void* operator new(size_t size, const std::nothrow_t& tag) noexcept
+    {
+        return CBlockPool::Allocate(size, tag);
+    }
+    static void operator delete(void* block, size_t size) noexcept { CBlockPool::Release(block, size); }
+
     /// Reads an element record: magic and version (32 bits each), the attributes (keys 200 to 225), then the
     /// components. The components are aligned so that their box starts at (0, 0), and the position moves by as much.
     /// @param error  receives the reason of a failure, except for a version below 3
@@ -126,13 +134,28 @@ public:
     /// @param box  receives the box before the move; may be null
     /// @return by how much they moved
     CPoint AlignComponentsLeftTop(DRect* box);
-    /// Moves the element so that a joint of a component lies on a point of the layout, height included.
+    /// Move the components, and a grade with them, so that the middle of their box, or a joint, lies at the element's
+    /// origin. The position stays, so the element moves in the layout by what they return.
+    CPoint CenterAllComponents();
+    CPoint AlignComponentsOnJoint(int component, int joint);
+    /// Moves the element so that a joint of a component lies on a point of the layout, height included. Nothing happens
+    /// for a component or joint that is not there.
     void AlignComponentJointOnPoint(int component, int joint, const CPoint& point);
+    /// Multiplies the size of all components about the element's origin, which stays where it is, and a grade with
+    /// them: its slope stays. Rails keep their width, which follows the model scale. A factor that is not positive
+    /// changes nothing.
+    void Scale(double factor);
+    /// Joins open polylines of the same thickness, colour and width whose ends meet (CPolyBIG::kSamePlace) into one
+    /// each, in the place of the first; those that run back into themselves are closed. Quadratic in the components;
+    /// an element of more than kMostComponents stays as it is.
+    /// @return how many components are gone
+    int SimplifyJoinPolylines();
     /// Turns the element as a rigid whole, about the middle of the box that it has unturned, or about a point of the
     /// layout. Its components are aligned afterwards; a grade turns with them. Turning back restores the element.
     void RotateBy(double angle);
     void RotateBy(const CPoint& centre, double angle);
-    /// Turns the element about the middle of its unturned box so that it has that angle.
+    /// Turns the element about the middle of its unturned box so that it has that angle. No angle that is not finite
+    /// turns anything.
     void SetAngle(double angle);
 
     /// The middle rail of all components; asked of the first one, 0 without components.
@@ -215,6 +238,9 @@ private:
     /// Aligns the components after a load and moves the position along.
     void AlignLoadedComponents();
     void MoveComponentsBy(double dx, double dy);
+    /// Moves components and grade, and places the joints.
+    CPoint MoveContentsBy(double dx, double dy);
+    bool HasJoint(int component, int joint) const;
     /// Left top corner of the box; a text is only measured when it is turned, since it starts at (0, 0) otherwise.
     CPoint CalcLeftTop();
 

@@ -1,10 +1,19 @@
-// How an element as a whole is placed, turned and aligned.
+// How an element as a whole is placed, turned, aligned and scaled.
+#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
+#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
+#include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
+#include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
+#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <boost/foreach.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 
 void CCompositeGeometry::DefineAllJoints()
 {
@@ -55,8 +64,131 @@ CPoint CCompositeGeometry::AlignComponentsLeftTop(DRect* box)
     return {-bounds.left, -bounds.top, 0.0};
 }
 
+CPoint CCompositeGeometry::MoveContentsBy(double dx, double dy)
+{
+    MoveComponentsBy(dx, dy);
+    if (mLayout.grade.IsGraded()) {
+        const CPoint moved(dx, dy, 0.0);
+        mLayout.grade = CGradeVector(mLayout.grade.GetStartPoint() + moved, mLayout.grade.GetEndPoint() + moved,
+                                     mLayout.grade.GetDeltaHeight());
+    }
+    DefineAllJoints();
+    return {dx, dy, 0.0};
+}
+
+CPoint CCompositeGeometry::CenterAllComponents()
+{
+    DRect box = {};
+    CalcBoundingBox(box);
+    const CPoint middle = UDRect::Center(box);
+    return MoveContentsBy(-middle.x, -middle.y);
+}
+
+CPoint CCompositeGeometry::AlignComponentsOnJoint(int component, int joint)
+{
+    if (!HasJoint(component, joint)) {
+        return CPoint::ZeroPos;
+    }
+    DefineAllJoints();
+    const CPoint& local = mComponents[static_cast<size_t>(component)]->GetJoint(joint)->GetLocalPoint();
+    return MoveContentsBy(-local.x, -local.y);
+}
+
+bool CCompositeGeometry::HasJoint(int component, int joint) const
+{
+    return component >= 0 && static_cast<size_t>(component) < mComponents.size() && (joint == 0 || joint == 1);
+}
+
+void CCompositeGeometry::Scale(double factor)
+{
+    if (!CBasicGeometry::IsScale(factor)) {
+        return;
+    }
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        switch (component->GetType()) {
+        case kStraightType:
+            static_cast<CStraightBIG*>(component)->Scale(factor, true);
+            break;
+        case kCurveType:
+            static_cast<CCurveBIG*>(component)->Scale(factor, true);
+            break;
+        case kPolyType:
+        case kFlexTrackType:
+            static_cast<CPolyBIG*>(component)->Scale(factor, true);
+            break;
+        case kOvalType:
+            static_cast<COvalBIG*>(component)->Scale(factor, true);
+            break;
+        case kTextType:
+            static_cast<CTextBIG*>(component)->Scale(factor, true);
+            break;
+        default:
+            break;
+        }
+    }
+    const CGradeVector& grade = mLayout.grade;
+    mLayout.grade =
+        CGradeVector(grade.GetStartPoint() * factor, grade.GetEndPoint() * factor, grade.GetDeltaHeight() * factor);
+    DefineAllJoints();
+}
+
+int CCompositeGeometry::SimplifyJoinPolylines()
+{
+    if (mComponents.size() > kMostComponents) {
+        return 0;
+    }
+    struct tLine {
+        CPolyBIG* poly;
+        CPoint ends[2];
+        RGBColor color;
+    };
+    const auto findEnds = [](tLine& line) {
+        line.poly->GetScaledRotatedPoint(line.ends[0], 0, 1.0);
+        line.poly->GetScaledRotatedPoint(line.ends[1], line.poly->GetNumberOfPoints() - 1, 1.0);
+    };
+    std::vector<tLine> lines;
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        if (component->GetType() == kPolyType) {
+            tLine line = {static_cast<CPolyBIG*>(component), {}, {}};
+            if (!line.poly->GetPolyCloseFlag() && line.poly->GetNumberOfPoints() >= CPolyBIG::kFewestPoints) {
+                line.poly->GetFixedColor(line.color);
+                findEnds(line);
+                lines.push_back(line);
+            }
+        }
+    }
+    const auto fit = [](const tLine& a, const tLine& b) {
+        const bool meet = std::any_of(std::begin(a.ends), std::end(a.ends), [&b](const CPoint& end) {
+            return end.CalcDistance2D(b.ends[0]) <= CPolyBIG::kSamePlace ||
+                   end.CalcDistance2D(b.ends[1]) <= CPolyBIG::kSamePlace;
+        });
+        return meet && a.poly->GetLineThickness() == b.poly->GetLineThickness() &&
+               a.poly->GetTrackbedWidth() == b.poly->GetTrackbedWidth() && a.color.red == b.color.red &&
+               a.color.green == b.color.green && a.color.blue == b.color.blue;
+    };
+    int gone = 0;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        for (size_t k = i + 1; k < lines.size() && !lines[i].poly->GetPolyCloseFlag();) {
+            if (!fit(lines[i], lines[k]) || !lines[i].poly->Merge(lines[k].poly)) {
+                ++k;
+                continue;
+            }
+            DeleteBIG(GetIndexOfBIG(lines[k].poly));
+            delete lines[k].poly;
+            lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(k));
+            findEnds(lines[i]);
+            ++gone;
+            k = i + 1; // the new end may meet a line that was passed over
+        }
+    }
+    return gone;
+}
+
 void CCompositeGeometry::AlignComponentJointOnPoint(int component, int joint, const CPoint& point)
 {
+    if (!HasJoint(component, joint)) {
+        return;
+    }
     DefineAllJoints();
     const CPoint& current = mComponents[static_cast<size_t>(component)]->GetJoint(joint)->GetPosition();
     MoveBy(point.x - current.x, point.y - current.y);
@@ -66,6 +198,9 @@ void CCompositeGeometry::AlignComponentJointOnPoint(int component, int joint, co
 
 void CCompositeGeometry::RotateBy(double angle)
 {
+    if (!std::isfinite(angle)) {
+        return;
+    }
     // The middle of the unturned box is a point of the element, so that turning back restores it; the middle of a
     // turned curve's box is another point at every angle.
     const double turned = mLayout.angle;
@@ -98,7 +233,10 @@ void CCompositeGeometry::RotateBy(double angle)
 
 void CCompositeGeometry::RotateBy(const CPoint& centre, double angle)
 {
-    const CPoint pivot(centre.x - mLayout.position.x, centre.y - mLayout.position.y, 0.0);
+    if (!std::isfinite(angle)) {
+        return;
+    }
+    const CPoint pivot(UReach::Clamp(centre.x) - mLayout.position.x, UReach::Clamp(centre.y) - mLayout.position.y, 0.0);
     const double turned = std::fmod(mLayout.angle + angle, 360.0);
     // Each component turns about a point of its own, so each is moved to where the whole takes one of its points.
     BOOST_FOREACH(CBasicGeometry* component, mComponents) {
@@ -128,6 +266,9 @@ void CCompositeGeometry::RotateBy(const CPoint& centre, double angle)
 
 void CCompositeGeometry::SetAngle(double angle)
 {
+    if (!std::isfinite(angle)) {
+        return;
+    }
     RotateBy(angle - mLayout.angle);
     mLayout.angle = angle;
 }

@@ -15,6 +15,7 @@
 #include "Layers/CLayer.h"
 #include "Platform/Streams.h"
 #include "UnitLength/URailConstants.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <boost/foreach.hpp>
 
@@ -396,12 +397,12 @@ CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
     mLibrary.prefix[sizeof mLibrary.prefix - 1] = 0;
     const void* field = cursor + sizeof mLibrary;
     for (CPoint* point : {&mLayout.position, &mLayout.secondReferencePoint}) {
-        field = KVURawMem::FetchDataFromRawMem(field, point->x);
-        field = KVURawMem::FetchDataFromRawMem(field, point->y);
-        field = KVURawMem::FetchDataFromRawMem(field, point->z);
+        field = UReach::Fetch(field, point->x);
+        field = UReach::Fetch(field, point->y);
+        field = UReach::Fetch(field, point->z);
     }
     field = KVURawMem::FetchDataFromRawMem(field, mLayout.zOrder);
-    field = KVURawMem::FetchDataFromRawMem(field, mLayout.angle);
+    field = UReach::Fetch(field, mLayout.angle);
     field = KVURawMem::FetchDataFromRawMem(field, mLayout.fillColor);
     field = KVURawMem::FetchDataFromRawMem(field, mLayout.secondColor);
     field = KVURawMem::FetchDataFromRawMem(field, mLayout.displayFlag);

@@ -2,6 +2,7 @@
 
 #include "CTaggedFile/CTaggedFile.h"
 #include "KVURawMem/KVURawMem.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,11 +27,11 @@ const CGradeVector CGradeVector::ZeroGrade;
 
 CGradeVector::CGradeVector(const void* raw)
 {
-    raw = KVURawMem::FetchDataFromRawMem(raw, mStart.x);
-    raw = KVURawMem::FetchDataFromRawMem(raw, mStart.y);
-    raw = KVURawMem::FetchDataFromRawMem(raw, mEnd.x);
-    raw = KVURawMem::FetchDataFromRawMem(raw, mEnd.y);
-    KVURawMem::FetchDataFromRawMem(raw, mDeltaHeight);
+    raw = UReach::Fetch(raw, mStart.x);
+    raw = UReach::Fetch(raw, mStart.y);
+    raw = UReach::Fetch(raw, mEnd.x);
+    raw = UReach::Fetch(raw, mEnd.y);
+    UReach::Fetch(raw, mDeltaHeight);
 }
 
 double CGradeVector::GetVectorLength() const

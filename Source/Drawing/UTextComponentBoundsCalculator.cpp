@@ -7,8 +7,6 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <string>
-
 namespace {
 /// Whether the bytes form a platform string in that encoding.
 bool IsConvertible(const std::string& text, CFStringEncoding encoding)
@@ -22,17 +20,27 @@ bool IsConvertible(const std::string& text, CFStringEncoding encoding)
 }
 } // namespace
 
+bool UTextComponentBoundsCalculator::GetCharacters(CTextBIG* text, std::string& characters)
+{
+    characters = text->GetText();
+    if (IsConvertible(characters, kCFStringEncodingUTF8)) {
+        return true;
+    }
+    if (!IsConvertible(characters, kCFStringEncodingMacRoman)) {
+        return false;
+    }
+    characters = Platform::MacRomanToUtf8(characters);
+    return true;
+}
+
 void UTextComponentBoundsCalculator::CalcBounds(CTextBIG* text, DRect& bounds, double angleDegrees)
 {
-    std::string characters = text->GetText();
-    if (!IsConvertible(characters, kCFStringEncodingUTF8)) {
-        if (!IsConvertible(characters, kCFStringEncodingMacRoman)) {
-            ULog::Debug("%s: Failed to create string object for '%s'",
-                        "static void UTextComponentBoundsCalculator::CalcBounds(CTextBIG *, DRect &, double)",
-                        characters.c_str());
-            return;
-        }
-        characters = Platform::MacRomanToUtf8(characters);
+    std::string characters;
+    if (!GetCharacters(text, characters)) {
+        ULog::Debug("%s: Failed to create string object for '%s'",
+                    "static void UTextComponentBoundsCalculator::CalcBounds(CTextBIG *, DRect &, double)",
+                    characters.c_str());
+        return;
     }
     double width = 0.0;
     double height = 0.0;

@@ -82,6 +82,9 @@ public:
     /// Sets the workspace and its bounds. @return true
     bool SetWidthHeight(int width, int height);
     bool PointIsWithinWSBounds(const CPoint& point) const;
+    const DRect& GetWorkspaceBounds() const { return mWorkspaceBounds; }
+    /// mm; as the document has it, so perhaps 0 or less.
+    int GetGridSpacing() const { return mGridSpacing; }
     /// Copies the five view parameters; the vector must hold five already.
     void GetOGLParms(std::vector<float>& parameters) const;
     void SetOGLParms(const std::vector<float>& parameters);

@@ -28,7 +28,10 @@ static std::vector<tAnswer> SampleAnswers()
     report.ok = true;
     report.verb = eVerb::kCheck;
     report.report = R"({"kind":"layout"})";
-    return {attributes, schema, report, loader, MakeFailure(eFailure::kPlugIn, "none")};
+    tAnswer picture = report;
+    picture.verb = eVerb::kRender;
+    picture.picture = std::string("\x89PNG\r\n\0\xFF", 8); // bytes of any kind, unlike texts
+    return {attributes, schema, report, picture, loader, MakeFailure(eFailure::kPlugIn, "none")};
 }
 
 TEST(Messages, ComeBackAsTheyWere)
@@ -39,6 +42,7 @@ TEST(Messages, ComeBackAsTheyWere)
         EXPECT_EQ(Encode(answer), Encode(sample));
         EXPECT_EQ(answer.ok, sample.ok);
         EXPECT_EQ(answer.report, sample.report);
+        EXPECT_EQ(answer.picture, sample.picture);
         EXPECT_EQ(answer.failure.message, sample.failure.message);
         EXPECT_EQ(answer.failure.element, sample.failure.element);
         ASSERT_EQ(answer.attributes.size(), sample.attributes.size());
@@ -50,6 +54,17 @@ TEST(Messages, ComeBackAsTheyWere)
     ASSERT_TRUE(Decode(Encode(tRequest{eVerb::kSchema, "com.example.type"}), request));
     EXPECT_EQ(request.verb, eVerb::kSchema);
     EXPECT_EQ(request.contentType, "com.example.type");
+    tRequest wish;
+    wish.verb = eVerb::kRender;
+    wish.picture = {ePictureKind::kPDF, 640, 480, true, false, true, "plan", {"one", "two"}};
+    const std::string encoded = Encode(wish);
+    ASSERT_TRUE(Decode(encoded, request));
+    EXPECT_EQ(Encode(request), encoded);
+    EXPECT_EQ(request.picture.height, 480u);
+    EXPECT_EQ(request.picture.layers, wish.picture.layers);
+    for (size_t size = 0; size < encoded.size(); ++size) {
+        EXPECT_FALSE(Decode(encoded.substr(0, size), request)) << size;
+    }
 }
 
 TEST(Messages, AreRefusedWhenCutOrLongerOrDamaged)
@@ -76,7 +91,7 @@ TEST(Messages, AreRefusedWhenCutOrLongerOrDamaged)
     const std::string request = Encode(tRequest{eVerb::kImport, "t"});
     tRequest other;
     EXPECT_FALSE(Decode(request.substr(1), other));
-    EXPECT_FALSE(Decode('\7' + request.substr(1), other)) << "an unknown verb";
+    EXPECT_FALSE(Decode('\x7F' + request.substr(1), other)) << "an unknown verb";
 }
 
 TEST(Messages, CannotClaimMoreEntriesThanAllowed)

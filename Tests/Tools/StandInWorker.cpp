@@ -60,6 +60,10 @@ static bool Misbehave(const std::string& command, const tFrame& request)
         _exit(3);
     } else if (command == "hang") {
         Hang();
+    } else if (command == "spin") {
+        const pid_t host = getppid();
+        while (getppid() == host) {
+        }
     } else if (command == "close and hang") {
         close(sSocket);
         Hang();
@@ -127,7 +131,7 @@ static bool Misbehave(const std::string& command, const tFrame& request)
 
 int main(int argc, char** argv)
 {
-    const std::string plugIn = argc == 7 ? argv[4] : ""; // --socket N --plugin PATH --memory MB
+    const std::string plugIn = argc == 11 ? argv[4] : ""; // --socket N --plugin PATH --memory MB and more
     if (plugIn.ends_with("/dies")) {
         return 5;
     }

@@ -90,6 +90,20 @@ TEST(Supervisor, DoesNotBlameADocumentForWhatCameBefore)
     }
 }
 
+#if defined(__linux__)
+// What is left when the host's own clock stands still. Takes three seconds of processor time, the fewest that count.
+TEST(Supervisor, EndsAWorkerThatHasUsedItsProcessorTime)
+{
+    tWorkerSettings settings = {STAND_IN_WORKER, "/plug-in", 64};
+    settings.processorSeconds = 1;
+    CWorkerPool pool(settings, 600, 1);
+    const tAnswer answer = Ask(pool, "spin");
+    EXPECT_EQ(answer.failure.kind, eFailure::kTimeout);
+    EXPECT_NE(answer.failure.message.find("processor time"), std::string::npos) << answer.failure.message;
+    EXPECT_TRUE(Ask(pool, "the next one").ok);
+}
+#endif
+
 TEST(Supervisor, KeepsSeveralWorkersApart)
 {
     CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 0.5, 3);

@@ -93,6 +93,8 @@ public:
         return mGood ? std::string(text) : std::string();
     }
 
+    std::string GetBytes() { return std::string(Take(GetNumber())); }
+
     template <typename tEntry, typename tGet>
     void GetList(std::vector<tEntry>& list, tGet get)
     {
@@ -144,7 +146,14 @@ std::string Encode(const tHello& hello)
 {
     CMessageWriter writer;
     writer.Put(hello.ready);
+    writer.Put(static_cast<uint8_t>(hello.reason));
     writer.Put(std::string_view(hello.message));
+    writer.PutList(hello.sandbox, [&writer](const tSandboxLayer& layer) {
+        writer.Put(std::string_view(layer.name));
+        writer.Put(layer.isOn);
+        writer.Put(std::string_view(layer.detail));
+    });
+    writer.Put(std::string_view(hello.sandboxNote));
     return writer.Take();
 }
 
@@ -152,7 +161,16 @@ bool Decode(std::string_view message, tHello& hello)
 {
     CMessageReader reader(message);
     hello.ready = reader.GetFlag();
+    hello.reason = reader.GetEnum(eFailure::kPlugIn, eFailure::kSandbox);
     hello.message = reader.GetText();
+    reader.GetList(hello.sandbox, [&reader] {
+        tSandboxLayer layer;
+        layer.name = reader.GetText();
+        layer.isOn = reader.GetFlag();
+        layer.detail = reader.GetText();
+        return layer;
+    });
+    hello.sandboxNote = reader.GetText();
     return reader.IsWhole();
 }
 
@@ -161,6 +179,17 @@ std::string Encode(const tRequest& request)
     CMessageWriter writer;
     writer.Put(static_cast<uint8_t>(request.verb));
     writer.Put(std::string_view(request.contentType));
+    if (request.verb == eVerb::kRender) {
+        const tPictureWish& wish = request.picture;
+        writer.Put(static_cast<uint8_t>(wish.kind));
+        writer.Put(wish.width);
+        writer.Put(wish.height);
+        writer.Put(wish.isThumbnail);
+        writer.Put(wish.hasLabels);
+        writer.Put(wish.hasGrid);
+        writer.Put(std::string_view(wish.style));
+        writer.PutTexts(wish.layers);
+    }
     return writer.Take();
 }
 
@@ -169,6 +198,17 @@ bool Decode(std::string_view message, tRequest& request)
     CMessageReader reader(message);
     request.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
     request.contentType = reader.GetText();
+    if (request.verb == eVerb::kRender) {
+        tPictureWish& wish = request.picture;
+        wish.kind = reader.GetEnum(ePictureKind::kPNG, ePictureKind::kPDF);
+        wish.width = reader.GetNumber();
+        wish.height = reader.GetNumber();
+        wish.isThumbnail = reader.GetFlag();
+        wish.hasLabels = reader.GetFlag();
+        wish.hasGrid = reader.GetFlag();
+        wish.style = reader.GetText();
+        reader.GetTexts(wish.layers);
+    }
     return reader.IsWhole();
 }
 
@@ -182,7 +222,7 @@ static void EncodeFailure(CMessageWriter& writer, const tFailure& failure)
 
 static void DecodeFailure(CMessageReader& reader, tFailure& failure)
 {
-    failure.kind = reader.GetEnum(eFailure::kLoader, eFailure::kPlugIn);
+    failure.kind = reader.GetEnum(eFailure::kLoader, eFailure::kSandbox);
     failure.loaderCode = static_cast<int32_t>(reader.GetNumber());
     failure.element = reader.GetNumber();
     failure.message = reader.GetText();
@@ -243,6 +283,9 @@ std::string Encode(const tAnswer& answer)
     }
     if (answer.verb != eVerb::kImport && answer.verb != eVerb::kIndex) {
         writer.Put(std::string_view(answer.report));
+        if (answer.verb == eVerb::kRender) {
+            writer.Put(std::string_view(answer.picture));
+        }
         return writer.Take();
     }
     if (answer.verb == eVerb::kIndex) {
@@ -272,6 +315,9 @@ bool Decode(std::string_view message, tAnswer& answer)
     }
     if (answer.verb != eVerb::kImport && answer.verb != eVerb::kIndex) {
         answer.report = reader.GetText();
+        if (answer.verb == eVerb::kRender) {
+            answer.picture = reader.GetBytes();
+        }
         return reader.IsWhole();
     }
     if (answer.verb == eVerb::kIndex) {

@@ -1,6 +1,7 @@
 // What the frames say. Numbers are little-endian; a text is its length (4 bytes) and that many bytes of UTF-8, a list
-// its count (4 bytes) and the entries. Decoding accepts exactly what encoding makes: every length is checked against
-// the bytes that are there, texts must be valid UTF-8, and nothing may follow.
+// its count (4 bytes) and the entries; a picture is its length and bytes of any kind. Decoding accepts exactly what
+// encoding makes: every length is checked against the bytes that are there, texts must be valid UTF-8, and nothing may
+// follow.
 #pragma once
 
 #include <cstdint>
@@ -11,25 +12,43 @@
 /// What the lists of a message may count together. An entry costs the receiver more than its 4 bytes in the message.
 inline constexpr uint32_t kMaxListEntries = 4000000;
 
-/// The worker's first message.
-struct tHello {
-    bool ready = false;
-    std::string message; ///< why not ready, one line
+/// One thing that a worker has given up, or could not.
+struct tSandboxLayer {
+    std::string name; ///< a word: "seccomp"
+    bool isOn = false;
+    std::string detail; ///< how far it reaches, or why it is not on; for people
 };
 
 enum class eVerb : uint8_t {
     kImport = 1,  ///< with the document's descriptor: the attributes the plug-in gives
     kSchema = 2,  ///< what the plug-in says about itself
-    kCheck = 3,   ///< with a document's descriptor: what is wrong with it. This and the rest are answered with a report
+    kCheck = 3,   ///< with a document's descriptor: what is wrong with it. This and the next are answered with a report
     kParts = 4,   ///< with a layout's: its parts
     kLibrary = 5, ///< with a track library's: its articles
     kStock = 6,   ///< with a stock file's: its entries
-    kIndex = 7    ///< with a layout's: the attributes the plug-in gives, and the names of its libraries and articles
+    kExamine = 7, ///< what the worker finds of its surroundings, or whether it can do what a sandbox should refuse
+    kRender = 8,  ///< with a layout's: its picture, and a report about it
+    kIndex = 9    ///< with a layout's: the attributes the plug-in gives, and the names of its libraries and articles
+};
+
+enum class ePictureKind : uint8_t { kPNG = 1, kSVG = 2, kPDF = 3 };
+
+/// What a picture is to be.
+struct tPictureWish {
+    ePictureKind kind = ePictureKind::kPNG;
+    uint32_t width = 0; ///< pixels it may have; 0 for the usual size
+    uint32_t height = 0;
+    bool isThumbnail = false; ///< exactly this size, transparent
+    bool hasLabels = false;
+    bool hasGrid = false;
+    std::string style;               ///< name of a track style; empty for the layout's own
+    std::vector<std::string> layers; ///< names of the layers to draw; empty for the visible ones
 };
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string contentType; ///< uniform type identifier, for kImport and kIndex
+    std::string contentType;   ///< uniform type identifier, for kImport and kIndex; for kExamine the act to be tried, or empty
+    tPictureWish picture = {}; ///< for kRender
 };
 
 /// One attribute of a document: a text, or a list of texts.
@@ -46,7 +65,17 @@ enum class eFailure : uint8_t {
     kTimeout = 2, ///< no answer in time
     kMemory = 3,  ///< the memory granted did not suffice
     kPath = 4,    ///< no file that could be a document
-    kPlugIn = 5   ///< no plug-in, or it refuses what the loader accepts
+    kPlugIn = 5,  ///< no plug-in, or it refuses what the loader accepts
+    kSandbox = 6  ///< the sandbox that was required cannot be had
+};
+
+/// The worker's first message.
+struct tHello {
+    bool ready = false;
+    std::string message;                     ///< why not ready, one line
+    eFailure reason = eFailure::kPlugIn;     ///< when not ready: kPlugIn or kSandbox
+    std::vector<tSandboxLayer> sandbox = {}; ///< the layers it was to put on
+    std::string sandboxNote = {};            ///< why there is no sandbox; empty where there is one
 };
 
 struct tFailure {
@@ -87,6 +116,7 @@ struct tAnswer {
     std::vector<std::string> articles;  ///< kIndex: each name once
     tSchema schema;                     ///< kSchema
     std::string report;                 ///< the other verbs: a JSON object in UTF-8
+    std::string picture;                ///< kRender: a file's bytes
 };
 
 /// An answer that says no.

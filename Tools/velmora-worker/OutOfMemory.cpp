@@ -2,6 +2,7 @@
 // abort or read through a null pointer. So the worker sees every allocation of the C library that fails, by standing in
 // front of it.
 #include "Limits.h"
+#include "Sanitizer.h"
 
 #include <cstddef>
 

@@ -28,5 +28,13 @@ tAnswer AnswerLibrary(const std::string& path);
 /// The entries of a stock file.
 tAnswer AnswerStock(const std::string& path);
 
+/// The picture of a layout.
+tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& wish);
+/// Loads what drawing needs, fonts included, before the first document is seen.
+void PrepareDrawing();
+/// What the worker finds of plug-in, fonts and what can be tried; not in a jail. With the name of an act (Jail::tAct):
+/// whether the worker can do it, and the system's words when it cannot.
+tAnswer AnswerExamine(const CPlugIn& plugIn, const std::string& act);
+
 /// The path under which a descriptor is opened once more.
 std::string PathOfDescriptor(int document);

@@ -4,6 +4,8 @@
 #include "Limits.h"
 #include "Reports.h"
 #include "Requests.h"
+#include "Sandbox.h"
+#include "WarmUp.h"
 #include "protocol/CFrameReader.h"
 
 #include <charconv>
@@ -16,6 +18,8 @@ struct tArguments {
     int socket = -1;
     size_t megabytes = 0;
     std::string plugIn;
+    Sandbox::tMode sandbox;
+    Jail::eProfile profile = Jail::eProfile::kRead;
 };
 } // namespace
 
@@ -27,17 +31,37 @@ static bool ParseNumber(const char* text, tNumber& number)
     return result.ec == std::errc() && result.ptr == end;
 }
 
+static bool ParseSandbox(const char* text, Sandbox::tMode& mode)
+{
+    const std::optional<Sandbox::tMode> parsed = Sandbox::ParseMode(text);
+    mode = parsed.value_or(mode);
+    return parsed.has_value();
+}
+
+static bool ParseProfile(std::string_view text, Jail::eProfile& profile)
+{
+    profile = text == "draw" ? Jail::eProfile::kDraw : Jail::eProfile::kRead;
+    return text == "draw" || text == "read";
+}
+
+static bool ParseArgument(std::string_view name, const char* value, tArguments& arguments)
+{
+    if (name == "--plugin") {
+        arguments.plugIn = value;
+        return true;
+    }
+    return name == "--socket"    ? ParseNumber(value, arguments.socket)
+           : name == "--memory"  ? ParseNumber(value, arguments.megabytes)
+           : name == "--sandbox" ? ParseSandbox(value, arguments.sandbox)
+           : name == "--profile" ? ParseProfile(value, arguments.profile)
+                                 : false;
+}
+
 static bool ParseArguments(int argc, char** argv, tArguments& arguments)
 {
     for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string_view name = argv[i];
-        if (name == "--socket"   ? !ParseNumber(argv[i + 1], arguments.socket)
-            : name == "--memory" ? !ParseNumber(argv[i + 1], arguments.megabytes)
-                                 : name != "--plugin") {
+        if (!ParseArgument(argv[i], argv[i + 1], arguments)) {
             return false;
-        }
-        if (name == "--plugin") {
-            arguments.plugIn = argv[i + 1];
         }
     }
     return argc % 2 == 1 && arguments.socket >= 0 && arguments.megabytes > 0 && !arguments.plugIn.empty();
@@ -58,6 +82,9 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
     if (request.verb == eVerb::kSchema) {
         return AnswerSchema(plugIn);
     }
+    if (request.verb == eVerb::kExamine) {
+        return AnswerExamine(plugIn, request.contentType);
+    }
     if (document < 0) {
         return MakeFailure(eFailure::kCrash, "the request came without its document");
     }
@@ -73,8 +100,11 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
         return AnswerStock(path);
     case eVerb::kIndex:
         return AnswerIndex(plugIn, request.contentType, document);
+    case eVerb::kRender:
+        return AnswerRender(path, document, request.picture);
     case eVerb::kImport:
     case eVerb::kSchema:
+    case eVerb::kExamine:
         break;
     }
     return AnswerImport(plugIn, request.contentType, document);
@@ -130,7 +160,10 @@ int main(int argc, char** argv)
     tHello hello;
     hello.ready = plugIn.Load(arguments.plugIn, hello.message);
     if (hello.ready) {
-        Limits::GrantMemory(arguments.megabytes);
+        CWarmUp warmUp(plugIn);
+        warmUp.Run(arguments.profile);
+        Sandbox::Close(arguments.sandbox, arguments.profile, arguments.megabytes, hello);
+        warmUp.Rehearse();
     }
     if (!SendFrame(arguments.socket, eFrameKind::kHello, 0, Encode(hello)) || !hello.ready) {
         return 1;

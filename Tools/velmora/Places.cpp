@@ -110,6 +110,17 @@ void Places::MakeFolderOf(const std::string& path)
     }
 }
 
+std::string Places::FindPreferencesFile()
+{
+#if defined(__APPLE__)
+    const std::string home = FolderFromEnvironment("HOME");
+    return home.empty() ? home : home + "/Library/Preferences/com.velmora.Velmora.plist";
+#else
+    const std::string configuration = UserFolder("XDG_CONFIG_HOME", "/.config");
+    return configuration.empty() ? configuration : configuration + "/velmora/com.velmora.Velmora.plist";
+#endif
+}
+
 void Places::MakeLogFolder()
 {
 #if !defined(__APPLE__)

@@ -24,6 +24,10 @@ std::string FindIndex();
 /// Makes the folder a file is to lie in, and those above it, for this user alone. Who needs it sees when it is missing.
 void MakeFolderOf(const std::string& path);
 
+/// The file in which the core keeps the user's preferences, which need not exist. @return empty when there is no place
+/// for it
+std::string FindPreferencesFile();
+
 /// Makes the folder of the error log, ${XDG_STATE_HOME:-~/.local/state}/velmora with mode 0700. Workers append to a log
 /// there but do not make folders. A failure has no consequence but that nothing is logged.
 void MakeLogFolder();

@@ -6,6 +6,7 @@ target_sources(velmora-platform PRIVATE
   ${core_foundation}/Bundle.mm
   ${core_foundation}/Collections.mm
   ${core_foundation}/CoreServices.mm
+  ${core_foundation}/LookUps.mm
   ${core_foundation}/PlugIn.mm
   ${core_foundation}/Preferences.mm
   ${core_foundation}/PropertyList.mm

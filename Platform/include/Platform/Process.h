@@ -9,6 +9,11 @@ namespace Platform {
 PLATFORM_EXPORT void EndWithParent();
 
 /// Keeps memory that was given back for the next use instead of returning it to the system: a process that handles one
-/// document after another would fault the same pages in again for each.
+/// document after another would fault the same pages in again for each. Where the allocator would keep areas for
+/// threads, one has to do: each counts as 64 MB of address space. To be called before there are threads.
 PLATFORM_EXPORT void KeepFreedMemory();
+
+/// Has the system's libraries look up now what they would look up in files when they first need it: the time zone, the
+/// main bundle. Afterwards they do without files, and times stay local times.
+PLATFORM_EXPORT void LookUpSettings();
 } // namespace Platform

@@ -7,6 +7,7 @@
 #include "KVUByteOrdering/KVUByteOrdering.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UPointVec.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <cstdint>
 #include <cstring>
@@ -59,14 +60,14 @@ CBasicGeometry::CBasicGeometry(CBasicGeometry* source)
 CBasicGeometry::CBasicGeometry(void* raw)
 {
     const void* cursor = raw;
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mItemXOffset);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mItemYOffset);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mGauge);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mAngle);
+    cursor = UReach::Fetch(cursor, mItemXOffset);
+    cursor = UReach::Fetch(cursor, mItemYOffset);
+    cursor = UReach::Fetch(cursor, mGauge);
+    cursor = UReach::Fetch(cursor, mAngle);
     cursor = KVURawMem::FetchDataFromRawMem(cursor, mJointAllowed[0]);
     cursor = KVURawMem::FetchDataFromRawMem(cursor, mJointAllowed[1]);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mTrackbedWidth);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mRailWidth);
+    cursor = UReach::Fetch(cursor, mTrackbedWidth);
+    cursor = UReach::Fetch(cursor, mRailWidth);
     cursor = KVURawMem::FetchDataFromRawMem(cursor, mMidRailFlag);
     KVURawMem::FetchDataFromRawMem(cursor, mFixedColor);
     mTrackLength = 0.0; // not in the record; the concrete component knows how to measure itself
@@ -95,6 +96,21 @@ void CBasicGeometry::AllowJoints(bool joint0, bool joint1)
     mJointAllowed[1] = joint1;
     mJoints[0].SetActiveTo(joint0);
     mJoints[1].SetActiveTo(joint1);
+}
+
+bool CBasicGeometry::IsScale(double factor)
+{
+    return factor >= 1.0 / UReach::kFarthest && factor <= UReach::kFarthest;
+}
+
+void CBasicGeometry::ScaleTrack(double factor, bool scaleOffset)
+{
+    mGauge = UReach::Clamp(mGauge * factor);
+    mTrackbedWidth = UReach::Clamp(mTrackbedWidth * factor);
+    if (scaleOffset) {
+        mItemXOffset = UReach::Clamp(mItemXOffset * factor);
+        mItemYOffset = UReach::Clamp(mItemYOffset * factor);
+    }
 }
 
 void CBasicGeometry::SetJointOwner(CCompositeGeometry* owner)

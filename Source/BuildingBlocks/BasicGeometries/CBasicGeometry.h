@@ -3,6 +3,7 @@
 
 #include "BuildingBlocks/CGradeVector.h"
 #include "BuildingBlocks/CJoint.h"
+#include "CBlockPool/CBlockPool.h"
 #include "CColor/RGBColor.h"
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
@@ -57,6 +58,13 @@ public:
     explicit CBasicGeometry(void* raw);
     CBasicGeometry(const CBasicGeometry&) = delete;
     virtual ~CBasicGeometry() = default;
+
+    static void* operator new(size_t size) { return CBlockPool::Allocate(size); }
+    static void* operator new(size_t size, const std::nothrow_t& tag) noexcept
+    {
+        return CBlockPool::Allocate(size, tag);
+    }
+    static void operator delete(void* block, size_t size) noexcept { CBlockPool::Release(block, size); }
     /// Copies as the copying constructor does, from the fields themselves.
     CBasicGeometry& operator=(const CBasicGeometry& source);
 
@@ -136,6 +144,8 @@ public:
     virtual bool Load(FILE* file, int version);
     virtual void Save(FILE* file);
 
+    /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document reaches.
+    static bool IsScale(double factor);
     /// Makes an element the owner of both joints.
     void SetJointOwner(CCompositeGeometry* owner);
 
@@ -146,6 +156,8 @@ protected:
     static bool IsKnownVersion(int version) { return version == 3 || version == 4; }
     /// Reports a record version that `function` does not know.
     static void WarnUnsupported(const char* function, int version);
+    /// Multiplies gauge and trackbed width, and the item offset if the flag is set.
+    void ScaleTrack(double factor, bool scaleOffset);
     /// Allows or disallows both joints, active as allowed.
     void AllowJoints(bool joint0, bool joint1);
     /// Last step of placing: heights of the local points, and for kPlaceForConnection their absolute positions.

@@ -5,16 +5,13 @@
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 constexpr double kPi = 3.141592653589793;
-/// How far the chords of an outline may lie from its arc, mm.
-constexpr double kChordError = 0.05;
-/// Steps of an outline at the most, however large the radius.
-constexpr int kMostSteps = 720;
 
 CPoint PointOnArc(const CPoint& centre, double radius, double heading)
 {
@@ -35,20 +32,20 @@ CCurveBIG::CCurveBIG(CCurveBIG* source) : CBasicGeometry(source), mRadius(source
 
 CCurveBIG::CCurveBIG(void* raw) : CBasicGeometry(raw)
 {
-    KVURawMem::FetchDataFromRawMem(KVURawMem::FetchDataFromRawMem(BehindCommonRecord(raw), mRadius), mArcAngle);
+    UReach::Fetch(UReach::Fetch(BehindCommonRecord(raw), mRadius), mArcAngle);
     UpdateCurvedRailLength();
 }
 
 void CCurveBIG::SpecifyCurveGeometry(double xOffset, double yOffset, double radius, double arcAngle, double angle,
                                      double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed)
 {
-    mItemXOffset = xOffset;
-    mItemYOffset = yOffset;
-    mRadius = radius;
-    mArcAngle = arcAngle;
-    mAngle = angle;
-    mGauge = gauge;
-    mTrackbedWidth = trackbedWidth;
+    mItemXOffset = UReach::Clamp(xOffset);
+    mItemYOffset = UReach::Clamp(yOffset);
+    mRadius = UReach::Clamp(radius);
+    mArcAngle = UReach::Clamp(arcAngle);
+    mAngle = UReach::Clamp(angle);
+    mGauge = UReach::Clamp(gauge);
+    mTrackbedWidth = UReach::Clamp(trackbedWidth);
     AllowJoints(joint0Allowed, joint1Allowed);
     UpdateCurvedRailLength();
 }
@@ -117,13 +114,15 @@ void CCurveBIG::CalcBoundingBox(DRect& box, double angle)
 
 void CCurveBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
 {
+    if (!std::isfinite(angle) || !std::isfinite(distance)) {
+        return;
+    }
     const CPoint centre = GetOffsetForLeftTopAlignedCurve(angle);
     const tTravelledArc arc = JointArc(angle);
     const double outer = std::fabs(arc.radius) + std::fabs(distance);
-    // A chord over angle a leaves its arc by radius × (1 - cos(a / 2)).
-    const double widest = outer > kChordError ? 2.0 * std::acos(1.0 - kChordError / outer) : kPi;
-    const double needed = std::fabs(arc.sweep) * kPi / 180.0 / widest;
-    const int steps = static_cast<int>(std::clamp(std::ceil(needed), 1.0, static_cast<double>(kMostSteps)));
+    const double needed = std::fabs(arc.sweep) * kPi / 180.0 / UTrackCourse::WidestStep(outer);
+    const double most = UTrackCourse::kMostArcSteps;
+    const int steps = static_cast<int>(std::clamp(std::ceil(needed), 1.0, most));
     points.reserve(points.size() + 2 * static_cast<size_t>(steps) + 2);
     for (int i = 0; i <= steps; ++i) {
         points.push_back(PointOnArc(centre, arc.radius + distance, arc.start + arc.sweep * i / steps));
@@ -131,6 +130,22 @@ void CCurveBIG::DefineTrackItemOutline(double angle, double distance, std::vecto
     for (int i = steps; i >= 0; --i) {
         points.push_back(PointOnArc(centre, arc.radius - distance, arc.start + arc.sweep * i / steps));
     }
+}
+
+void CCurveBIG::Scale(double factor, bool scaleOffset)
+{
+    if (!IsScale(factor)) {
+        return;
+    }
+    ScaleTrack(factor, scaleOffset);
+    mRadius = UReach::Clamp(mRadius * factor);
+    UpdateCurvedRailLength();
+}
+
+void CCurveBIG::DefineCourse(double angle, double reach, tCourse& course)
+{
+    const CPoint centre = GetOffsetForLeftTopAlignedCurve(angle);
+    UTrackCourse::AppendArc(JointArc(angle), {centre.x, centre.y}, reach, course);
 }
 
 void CCurveBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)

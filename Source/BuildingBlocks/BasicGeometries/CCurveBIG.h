@@ -2,8 +2,7 @@
 #pragma once
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
-
-struct tTravelledArc;
+#include "Utilities/Geometry/UTrackCourse.h"
 
 /// A curved track. Its joints lie on the arc of its radius plus its gauge, which is laid so that the box of the
 /// trackbed begins at the item offset at its left and top, whatever the angle. From joint 0 the track turns towards
@@ -21,12 +20,17 @@ public:
                               double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetItemRadius() const { return mRadius; }
     double GetItemArcAngle() const { return mArcAngle; }
+    /// Multiplies radius, gauge and trackbed width, and the item offset if the flag is set.
+    void Scale(double factor, bool scaleOffset);
+    /// Appends the centre line in the element's coordinates, for lines up to `reach` (mm) beside it; nothing for an arc
+    /// without length.
+    void DefineCourse(double angle, double reach, tCourse& course);
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 16; }
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
     /// Appends the right edge from joint 0 to joint 1 (the outer one of a positive arc) and the left edge back, in
-    /// steps whose chords stay within 0.05 mm of the arc, but 720 of them at the most.
+    /// steps whose chords stay within 0.05 mm of the arc (UTrackCourse::kFlatness), but 720 of them at the most.
     void DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points) override;
     std::string ToString(int unit) override;
     /// The box of the arc at half the trackbed width on either side.

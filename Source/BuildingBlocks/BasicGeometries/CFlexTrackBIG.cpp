@@ -6,8 +6,19 @@
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UArcGeometry.h"
 #include "Utilities/Geometry/UBezier.h"
+#include "Utilities/Geometry/UPointVec.h"
+#include "Utilities/Geometry/UReach.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
+
+namespace {
+/// By how much of itself a length may exceed its limit: what measuring and rounding may add.
+constexpr double kLengthSlack = 1e-6;
+/// Bisections when a track is drawn back: to a millionth of any length.
+constexpr int kDrawBackSteps = 40;
+} // namespace
 
 CFlexTrackBIG::CFlexTrackBIG()
 {
@@ -22,7 +33,7 @@ CFlexTrackBIG::CFlexTrackBIG(CFlexTrackBIG* source)
 CFlexTrackBIG::CFlexTrackBIG(void* raw) : CPolyBIG(static_cast<void*>(static_cast<char*>(raw) + kTypeCodeSize))
 {
     const char* behindPolygon = static_cast<const char*>(raw) + CPolyBIG::GetParameterRawSize();
-    KVURawMem::FetchDataFromRawMem(static_cast<const void*>(behindPolygon), mMaxLength);
+    UReach::Fetch(static_cast<const void*>(behindPolygon), mMaxLength);
     CFlexTrackBIG::CalcBezierCurve();
 }
 
@@ -36,22 +47,100 @@ void CFlexTrackBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CP
 void CFlexTrackBIG::SpecifyFlexGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
                                         double trackbedWidth, double maxLength)
 {
-    mTrackbedWidth = trackbedWidth;
-    mMaxLength = maxLength;
+    mTrackbedWidth = UReach::Clamp(trackbedWidth);
+    mMaxLength = UReach::Clamp(maxLength);
     SpecifyPolyGeometry(x, y, points, angle, mLineThickness, mLegacySubType);
     AllowJoints(true, true);
 }
 
-void CFlexTrackBIG::SetPoints(const std::vector<CPoint>& points)
+double CFlexTrackBIG::GetLengthLimit() const
 {
-    CPolyBIG::SetPoints(points);
-    CalcBezierCurve();
+    if (!(mMaxLength > 0.0)) {
+        return std::numeric_limits<double>::infinity();
+    }
+    return std::max(mMaxLength, UBezier::Length(mPoints)) * (1.0 + kLengthSlack);
 }
 
-void CFlexTrackBIG::AddPoint(const CPoint& point)
+bool CFlexTrackBIG::MayBecome(const std::vector<CPoint>& points) const
 {
-    CPolyBIG::AddPoint(point);
-    CalcBezierCurve();
+    return UBezier::Length(points) <= GetLengthLimit();
+}
+
+bool CFlexTrackBIG::SetPoints(const std::vector<CPoint>& points)
+{
+    std::vector<CPoint> wanted = points;
+    UPointVec::ClampToReach(wanted);
+    const double limit = GetLengthLimit();
+    if (UBezier::Length(wanted) > limit) {
+        const auto isSame = [](const CPoint& a, const CPoint& b) { return a.x == b.x && a.y == b.y; };
+        const bool pullsFirst =
+            !mPoints.empty() && isSame(mPoints.back(), wanted.back()) && !isSame(mPoints.front(), wanted.front());
+        if (pullsFirst) {
+            std::reverse(wanted.begin(), wanted.end());
+        }
+        DrawBack(wanted, limit);
+        if (pullsFirst) {
+            std::reverse(wanted.begin(), wanted.end());
+        }
+    }
+    return CPolyBIG::SetPoints(wanted);
+}
+
+void CFlexTrackBIG::DrawBack(std::vector<CPoint>& points, double limit)
+{
+    const tTurn unturned = {{1.0, 0.0}, {0.0, 0.0}, {0.0, 0.0}};
+    tCourse course;
+    UBezier::Flatten(points, unturned, 0.0, course);
+    const std::vector<double> lengths = UBezier::PointLengths(points);
+    // The curve through the points kept and a new end is not quite the old one, so the place of that end is searched.
+    const auto cut = [&](double length) {
+        const auto behind = std::lower_bound(lengths.begin(), lengths.end(), length * (1.0 - kLengthSlack));
+        std::vector<CPoint> kept(points.begin(), points.begin() + (behind - lengths.begin()));
+        const tCoursePoint end = UTrackCourse::AtLength(course, length);
+        kept.emplace_back(end.point.x, end.point.y, 0.0);
+        return kept;
+    };
+    double fits = 0.0;
+    double tooLong = course.back().length;
+    for (int i = 0; i < kDrawBackSteps; ++i) {
+        const double middle = (fits + tooLong) / 2.0;
+        (UBezier::Length(cut(middle)) <= limit ? fits : tooLong) = middle;
+    }
+    points = cut(fits);
+}
+
+CPoint CFlexTrackBIG::Halfway(size_t from, size_t to) const
+{
+    // Points that repeat their predecessor have no piece of their own.
+    size_t piece = 0;
+    for (size_t i = 0; i < from; ++i) {
+        piece += mPoints[i].x != mPoints[i + 1].x || mPoints[i].y != mPoints[i + 1].y ? 1 : 0;
+    }
+    CPoint halfway = CPolyBIG::Halfway(from, to);
+    size_t index = 0;
+    const bool isPiece = mPoints[from].x != mPoints[to].x || mPoints[from].y != mPoints[to].y;
+    UBezier::ForEachSegment(mPoints, [&](const tBezierSegment& segment) {
+        if (index++ == piece && isPiece) {
+            const tVector2D middle = UBezier::PointAt(segment, 0.5);
+            halfway.SetPos(middle.x, middle.y);
+        }
+    });
+    return halfway;
+}
+
+int CFlexTrackBIG::PointIsCloseToHandle(const CPoint& point, Point32& handle) const
+{
+    const int first = mJoints[0].GetPartner() != nullptr ? 1 : 0;
+    const int last = GetNumberOfPoints() - (mJoints[1].GetPartner() != nullptr ? 1 : 0);
+    return FindHandle(point, first, last, handle);
+}
+
+void CFlexTrackBIG::Scale(double factor, bool scaleOffset)
+{
+    if (IsScale(factor)) {
+        mMaxLength = UReach::Clamp(mMaxLength * factor);
+        CPolyBIG::Scale(factor, scaleOffset);
+    }
 }
 
 void CFlexTrackBIG::SetAngle(double angle)
@@ -113,9 +202,27 @@ void CFlexTrackBIG::CalcBoundingBox(DRect& box, double angle)
         CPolyBIG::CalcBoundingBox(box, angle);
         return;
     }
-    const CPoint middle = GetMiddle();
-    const tTurn turn = {UArcGeometry::Direction(mAngle + angle), {middle.x, middle.y}, {mItemXOffset, mItemYOffset}};
-    UBezier::CalcBox(mPoints, turn, CalcTrackMarkerWidth(), box);
+    UBezier::CalcBox(mPoints, Placing(angle), CalcTrackMarkerWidth(), box);
+}
+
+void CFlexTrackBIG::DefineCourse(double angle, double reach, tCourse& course) const
+{
+    UBezier::Flatten(mPoints, Placing(angle), reach, course);
+}
+
+void CFlexTrackBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
+{
+    tCourse course;
+    DefineCourse(angle, distance, course);
+    UTrackCourse::CalcOffset(course, -distance, points);
+    std::vector<CPoint> left;
+    UTrackCourse::CalcOffset(course, distance, left);
+    points.insert(points.end(), left.rbegin(), left.rend());
+}
+
+void CFlexTrackBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)
+{
+    DefineTrackItemOutline(angle, CalcTrackMarkerWidth() + distance, points);
 }
 
 bool CFlexTrackBIG::Load(FILE* file, int version)

@@ -4,6 +4,7 @@
 #include "CTaggedFile/CTaggedFile.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
+#include "Utilities/Geometry/UReach.h"
 
 COvalBIG::COvalBIG(COvalBIG* source)
     : CBasicGeometry(source), mLineThickness(source->GetLineThickness()), mRadiusX(source->GetRadX()),
@@ -13,16 +14,16 @@ COvalBIG::COvalBIG(COvalBIG* source)
 COvalBIG::COvalBIG(void* raw) : CBasicGeometry(raw)
 {
     const void* cursor = BehindCommonRecord(raw);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mRadiusX);
-    cursor = KVURawMem::FetchDataFromRawMem(cursor, mRadiusY);
+    cursor = UReach::Fetch(cursor, mRadiusX);
+    cursor = UReach::Fetch(cursor, mRadiusY);
     KVURawMem::FetchDataFromRawMem(cursor, mLineThickness);
 }
 
 void COvalBIG::SpecifyOvalGeometry(double xOffset, double yOffset, double radius, int lineThickness)
 {
-    mItemXOffset = xOffset;
-    mItemYOffset = yOffset;
-    mRadiusX = mRadiusY = radius;
+    mItemXOffset = UReach::Clamp(xOffset);
+    mItemYOffset = UReach::Clamp(yOffset);
+    mRadiusX = mRadiusY = UReach::Clamp(radius);
     mGauge = 0.0;
     mLineThickness = lineThickness;
     AllowJoints(false, false);

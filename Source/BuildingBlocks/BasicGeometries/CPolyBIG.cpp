@@ -5,9 +5,13 @@
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UBezier.h"
 #include "Utilities/Geometry/UPointVec.h"
+#include "Utilities/Geometry/UReach.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 CPolyBIG::CPolyBIG(CPolyBIG* source)
     : CBasicGeometry(source), mPoints(source->mPoints), mRotatedPoints(source->mRotatedPoints),
@@ -22,8 +26,8 @@ CPolyBIG::CPolyBIG(void* raw) : CBasicGeometry(raw)
     const void* cursor = KVURawMem::FetchDataFromRawMem(BehindCommonRecord(raw), count);
     for (int i = 0; i < count; ++i) {
         CPoint point;
-        cursor = KVURawMem::FetchDataFromRawMem(cursor, point.x);
-        cursor = KVURawMem::FetchDataFromRawMem(cursor, point.y);
+        cursor = UReach::Fetch(cursor, point.x);
+        cursor = UReach::Fetch(cursor, point.y);
         mPoints.push_back(point);
     }
     cursor = KVURawMem::FetchDataFromRawMem(cursor, mCloseFlag);
@@ -35,12 +39,13 @@ CPolyBIG::CPolyBIG(void* raw) : CBasicGeometry(raw)
 void CPolyBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
                                    int lineThickness, tPolyLegacySubType legacySubType)
 {
-    mItemXOffset = x;
-    mItemYOffset = y;
-    mAngle = angle;
+    mItemXOffset = UReach::Clamp(x);
+    mItemYOffset = UReach::Clamp(y);
+    mAngle = UReach::Clamp(angle);
     mGauge = 0.0;
     mLegacySubType = legacySubType;
     mPoints = points;
+    UPointVec::ClampToReach(mPoints);
     mLineThickness = lineThickness;
     AllowJoints(false, false);
 }
@@ -72,7 +77,7 @@ std::string CPolyBIG::ToString(int)
 
 CPoint CPolyBIG::GetPoint(int index) const
 {
-    return index >= 0 && index < GetNumberOfPoints() ? mPoints[static_cast<size_t>(index)] : CPoint::ZeroPos;
+    return IsIndex(index) ? mPoints[static_cast<size_t>(index)] : CPoint::ZeroPos;
 }
 
 CPoint CPolyBIG::GetMiddle() const
@@ -90,6 +95,25 @@ void CPolyBIG::CalculateRotatedPointPositions(std::vector<CPoint>& points, doubl
     points = mPoints;
     if (angle != 0.0) {
         UPointVec::RotatePointVecZ(points, GetMiddle(), angle);
+    }
+}
+
+tTurn CPolyBIG::Placing(double angle) const
+{
+    const CPoint middle = GetMiddle();
+    return {UArcGeometry::Direction(mAngle + angle), {middle.x, middle.y}, {mItemXOffset, mItemYOffset}};
+}
+
+void CPolyBIG::AppendPlacedPoints(double angle, std::vector<CPoint>& points) const
+{
+    if (!std::isfinite(angle)) {
+        return;
+    }
+    const tTurn placing = Placing(angle);
+    points.reserve(points.size() + mPoints.size());
+    for (const CPoint& point : mPoints) {
+        const tVector2D placed = placing.Apply({point.x, point.y});
+        points.emplace_back(placed.x, placed.y, 0.0);
     }
 }
 
@@ -137,6 +161,51 @@ void CPolyBIG::CalcBoundingBox(DRect& box, double angle)
         }
         previous = point;
     }
+}
+
+void CPolyBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
+{
+    std::vector<CPoint> placed;
+    AppendPlacedPoints(angle, placed);
+    const auto isHere = [&placed](const CPoint& point) { return point.x == placed[0].x && point.y == placed[0].y; };
+    if (placed.empty() || std::all_of(placed.begin(), placed.end(), isHere) || !std::isfinite(distance)) {
+        points.insert(points.end(), placed.begin(), placed.begin() + (placed.empty() ? 0 : 1));
+        return;
+    }
+    tCourse course;
+    if (!IsClosed()) {
+        UTrackCourse::AppendChain(placed, course);
+        UTrackCourse::CalcOffset(course, -distance, points);
+        std::vector<CPoint> left;
+        UTrackCourse::CalcOffset(course, distance, left);
+        points.insert(points.end(), left.rbegin(), left.rend());
+        return;
+    }
+    // The way around begins in the middle of the longest edge, where no bend cuts the ends of the line.
+    double area = 0.0;
+    double longest = -1.0;
+    size_t start = 0;
+    for (size_t i = 0; i < placed.size(); ++i) {
+        const CPoint& from = placed[i];
+        const CPoint& to = placed[(i + 1) % placed.size()];
+        area += (from.x - placed[0].x) * (to.y - placed[0].y) - (to.x - placed[0].x) * (from.y - placed[0].y);
+        if (from.CalcDistance2D(to) > longest) {
+            longest = from.CalcDistance2D(to);
+            start = i;
+        }
+    }
+    std::rotate(placed.begin(), placed.begin() + static_cast<std::ptrdiff_t>(start + 1), placed.end());
+    const CPoint middle = (placed.back() + placed.front()) * 0.5;
+    placed.insert(placed.begin(), middle);
+    placed.push_back(middle);
+    UTrackCourse::AppendChain(placed, course);
+    UTrackCourse::CalcOffset(course, area >= 0.0 ? -distance : distance, points);
+    points.pop_back(); // the middle again
+}
+
+void CPolyBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)
+{
+    DefineTrackItemOutline(angle, CalcTrackMarkerWidth() + distance, points);
 }
 
 bool CPolyBIG::Load(FILE* file, int version)

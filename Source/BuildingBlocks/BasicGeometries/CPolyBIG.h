@@ -2,14 +2,22 @@
 #pragma once
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
+#include "Utilities/Geometry/Point32.h"
 
 #include <vector>
+
+struct tTurn;
 
 /// What a polygon once was drawn as; only carried. 1 is a free polygon.
 using tPolyLegacySubType = int;
 
 /// A polygon or polyline through points in component coordinates: relative to the item offset, before it is turned
 /// about the middle of its points' box. Its joints are never used.
+///
+/// Editing one point leaves all others where they lie in the layout, however the polygon and its element are turned:
+/// the item offset takes up what the middle moves. The element's box moves with its points; aligning it again is the
+/// caller's business, as is placing its joints. Coordinates that no document can hold are brought to the nearest that
+/// can. An edit that cannot be done (an index outside the list, too few points left) answers false and changes nothing.
 class CPolyBIG : public CBasicGeometry {
 public:
     CPolyBIG() = default;
@@ -18,8 +26,21 @@ public:
     /// (doubles), close flag, second flag (bytes), legacy sub type, line thickness (ints). Heights are 0.
     explicit CPolyBIG(void* raw);
 
+    /// Points that every edit leaves.
+    static constexpr int kFewestPoints = 2;
+    /// How near to a point a click takes hold of it, mm.
+    static constexpr double kHandleReach = 5.0;
+    /// Ends closer than this meet, mm.
+    static constexpr double kSamePlace = 0.01;
+
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override;
+
+    /// The outline at half the trackbed width and `distance` more.
+    void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
+    /// Appends the edge of an open line on its right and back on its left, with bevelled corners, or a closed polygon
+    /// grown by `distance` all around. A single point is its own outline.
+    void DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points) override;
     std::string ToString(int unit) override;
     /// The box of all edges at half the trackbed width on either side; without points the item offset alone.
     void CalcBoundingBox(DRect& box, double angle) override;
@@ -41,27 +62,85 @@ public:
     virtual void CalculateRotatedPointPositions(std::vector<CPoint>& points, double angle);
     virtual void GetPoints(std::vector<CPoint>& points) const { points = mPoints; }
     virtual const std::vector<CPoint>& GetPoints() const { return mPoints; }
-    virtual void SetPoints(const std::vector<CPoint>& points) { mPoints = points; }
+    /// Takes over a list of points as it is, so that the polygon turns about the middle of the new box.
+    virtual bool SetPoints(const std::vector<CPoint>& points);
     /// @return the point, or the origin for an index outside the list
     virtual CPoint GetPoint(int index) const;
+    /// Where a point lies in the element, times `scale`: where a drawing of that scale has its handle.
+    /// @return false for an index outside the list; `point` stays then
+    virtual bool GetScaledRotatedPoint(CPoint& point, int index, double scale) const;
     virtual int GetNumberOfPoints() const { return static_cast<int>(mPoints.size()); }
-    virtual void AddPoint(const CPoint& point) { mPoints.push_back(point); }
+    /// Appends a point, given in component coordinates.
+    virtual bool AddPoint(const CPoint& point);
+    /// Inserts a point halfway to the neighbour in front of a point or behind it. At the end of an open line the line
+    /// is drawn out straight by half of its last edge.
+    virtual bool InsertPointBefore(int index);
+    virtual bool InsertPointAfter(int index);
+    /// Inserts a point, given in component coordinates, so that it has that index.
+    virtual bool InsertPointAtIdx(int index, const CPoint& point);
+    /// Takes out a point, unless fewer than kFewestPoints would stay.
+    virtual bool DelPoint(int index);
+    /// Moves the point added or inserted last into a direction seen from its neighbour in front (from the one behind
+    /// for the first point): "h" level with it, "v" straight above or below it, "d" the nearest multiple of 45°.
+    /// @return false for another word, or when there is no such point any more
+    virtual bool RestrictPolyPoint(const char* restriction);
+    /// The handle that a click takes hold of: the nearest point within kHandleReach.
+    /// @param point   in the element's coordinates
+    /// @param handle  receives the place of that point in them, rounded
+    /// @return the point's index, or -1
+    virtual int PointIsCloseToHandle(const CPoint& point, Point32& handle) const;
+    /// The rotation reference point as last asked for.
+    virtual const CPoint& GetLastCenterPoint() const { return mSecondWorkPoint; }
+    /// Mirror the unturned polygon about the middle of its box: left to right, or top to bottom.
+    virtual void MirrorPointsHorizontally();
+    virtual void MirrorPointsVertically();
+    /// Multiplies the points and the trackbed width, and the item offset if the flag is set. A factor that is not
+    /// positive changes nothing.
+    virtual void Scale(double factor, bool scaleOffset);
+    /// Takes over the points of another open line of the same kind, joined where two of their ends are nearest; ends
+    /// that meet become one point, a gap becomes an edge. A line whose ends then meet is closed. The direction of this
+    /// line stays, the other line is left as it is. @return false when either is closed or empty
+    virtual bool Merge(CPolyBIG* other);
+    /// Turns the points by the component's own angle, which becomes 0, drops those that repeat their predecessor and
+    /// lets their box begin at (0, 0). Nothing moves in the element.
+    virtual void Normalize();
+    /// Rounds the points to whole millimetres, halves upwards.
+    virtual void RoundPointPositions();
     virtual void SetPolyCloseFlag(bool close) { mCloseFlag = close; }
     bool GetPolyCloseFlag() const { return mCloseFlag; }
     tPolyLegacySubType GetLegacySubType() const { return mLegacySubType; }
+    /// Appends the points as they lie in an element of that angle.
+    void AppendPlacedPoints(double angle, std::vector<CPoint>& points) const;
 
 protected:
     static constexpr int kRawSizePerPoint = 16;
     /// Middle of the points' box in component coordinates; the origin without points.
     CPoint GetMiddle() const;
+    /// Whether the last point joins the first.
+    virtual bool IsClosed() const { return mCloseFlag; }
+    /// Brings what depends on the points up to date.
+    virtual void PointsChanged() {}
+    /// Whether a merged line may become that.
+    virtual bool MayBecome(const std::vector<CPoint>&) const { return true; }
+    /// The point halfway between two neighbours.
+    virtual CPoint Halfway(size_t from, size_t to) const;
+    /// From component coordinates into those of an element with that angle.
+    tTurn Placing(double angle) const;
+    /// The angle of the element that this component is part of; 0 without one.
+    double GetElementAngle() const;
+    /// Nearest handle among the points from `first` to before `last`.
+    int FindHandle(const CPoint& point, int first, int last, Point32& handle) const;
+    /// Replaces the points so that those that stay keep their place.
+    bool Edit(const std::vector<CPoint>& points);
+    bool IsIndex(int index) const { return index >= 0 && index < GetNumberOfPoints(); }
 
     std::vector<CPoint> mPoints;
     std::vector<CPoint>
         mRotatedPoints;     ///< the points turned by the component's own angle, where a component needs them
-    CPoint mFirstWorkPoint; ///< for point editing
+    CPoint mFirstWorkPoint; ///< the point added or inserted last
     bool mCloseFlag = true;
     bool mSecondFlag = true; ///< not stored in files
     int mLineThickness = 1;
     tPolyLegacySubType mLegacySubType = 1;
-    CPoint mSecondWorkPoint; ///< for point editing; the rotation reference point as last asked for
+    CPoint mSecondWorkPoint; ///< the rotation reference point as last asked for
 };

@@ -6,6 +6,7 @@
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <cmath>
 
@@ -16,19 +17,19 @@ CStraightBIG::CStraightBIG(CStraightBIG* source) : CBasicGeometry(source), mLeng
 
 CStraightBIG::CStraightBIG(void* raw) : CBasicGeometry(raw)
 {
-    KVURawMem::FetchDataFromRawMem(BehindCommonRecord(raw), mLength);
+    UReach::Fetch(BehindCommonRecord(raw), mLength);
     mTrackLength = mLength;
 }
 
 void CStraightBIG::SpecifyStraightGeometry(double xOffset, double yOffset, double length, double angle, double gauge,
                                            double trackbedWidth, bool joint0Allowed, bool joint1Allowed)
 {
-    mItemXOffset = xOffset;
-    mItemYOffset = yOffset;
-    mLength = mTrackLength = length;
-    mAngle = angle;
-    mGauge = gauge;
-    mTrackbedWidth = trackbedWidth;
+    mItemXOffset = UReach::Clamp(xOffset);
+    mItemYOffset = UReach::Clamp(yOffset);
+    mLength = mTrackLength = UReach::Clamp(length);
+    mAngle = UReach::Clamp(angle);
+    mGauge = UReach::Clamp(gauge);
+    mTrackbedWidth = UReach::Clamp(trackbedWidth);
     AllowJoints(joint0Allowed, joint1Allowed);
 }
 
@@ -83,6 +84,9 @@ void CStraightBIG::CalcBoundingBox(DRect& box, double angle)
 
 void CStraightBIG::DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points)
 {
+    if (!std::isfinite(angle) || !std::isfinite(distance)) {
+        return;
+    }
     DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, kPlaceForTrackMarks);
     const tDirection along = UArcGeometry::Direction(mAngle + angle);
     const double acrossX = -distance * along.sine;
@@ -93,6 +97,23 @@ void CStraightBIG::DefineTrackItemOutline(double angle, double distance, std::ve
     points.emplace_back(second.x - acrossX, second.y - acrossY, 0.0);
     points.emplace_back(second.x + acrossX, second.y + acrossY, 0.0);
     points.emplace_back(first.x + acrossX, first.y + acrossY, 0.0);
+}
+
+void CStraightBIG::Scale(double factor, bool scaleOffset)
+{
+    if (!IsScale(factor)) {
+        return;
+    }
+    ScaleTrack(factor, scaleOffset);
+    mLength = mTrackLength = UReach::Clamp(mLength * factor);
+}
+
+void CStraightBIG::DefineCourse(double angle, tCourse& course)
+{
+    DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, kPlaceForTrackMarks);
+    const CPoint& first = mJoints[0].GetLocalPoint();
+    const CPoint& second = mJoints[1].GetLocalPoint();
+    UTrackCourse::AppendStraight({first.x, first.y}, {second.x, second.y}, course);
 }
 
 void CStraightBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)

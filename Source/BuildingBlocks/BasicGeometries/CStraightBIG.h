@@ -2,6 +2,7 @@
 #pragma once
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
+#include "Utilities/Geometry/UTrackCourse.h"
 
 /// A straight track. Its joints lie on a line that runs the gauge beside the item offset; it turns about the middle of
 /// that line.
@@ -16,6 +17,10 @@ public:
     void SpecifyStraightGeometry(double xOffset, double yOffset, double length, double angle, double gauge,
                                  double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetLength() const { return mLength; }
+    /// Multiplies length, gauge and trackbed width, and the item offset if the flag is set.
+    void Scale(double factor, bool scaleOffset);
+    /// Appends the centre line in the element's coordinates; nothing for a length of 0.
+    void DefineCourse(double angle, tCourse& course);
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 8; }

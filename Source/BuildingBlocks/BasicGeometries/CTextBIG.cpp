@@ -6,8 +6,10 @@
 #include "CheckError/ULog.h"
 #include "Drawing/UTextComponentBoundsCalculator.h"
 #include "KVURawMem/KVURawMem.h"
+#include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -53,6 +55,15 @@ void CTextBIG::SpecifyTextGeometry(const char* text, const char* fontName, int s
     mText = text;
     mTextSize = size;
     AllowJoints(false, false);
+}
+
+void CTextBIG::Scale(double factor, bool scaleOffset)
+{
+    if (!IsScale(factor)) {
+        return;
+    }
+    ScaleTrack(factor, scaleOffset);
+    mTextSize = static_cast<int>(std::clamp(std::round(mTextSize * factor), 1.0, UReach::kFarthest));
 }
 
 void CTextBIG::SetText(const char* text)

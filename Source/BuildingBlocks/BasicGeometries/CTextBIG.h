@@ -24,6 +24,8 @@ public:
     const std::string& GetFontName() const { return mFontName; }
     /// Points.
     int GetTextSize() const { return mTextSize; }
+    /// Multiplies the size, rounded but never below 1, and the item offset if the flag is set.
+    void Scale(double factor, bool scaleOffset);
     /// Only carried.
     int GetTextStyle() const { return mTextStyle; }
 

@@ -15,6 +15,15 @@ constexpr int kDeepestHalving = 16;
 constexpr int kCurvatureSteps = 8;
 /// Bisections that narrow a turning point down to the last bits.
 constexpr int kBisections = 60;
+/// Halvings of a piece for its course: no fewer, so that an S is not taken for a line, and no more.
+constexpr int kLeastCourseDepth = 2;
+constexpr int kDeepestCourse = 8;
+/// The smallest turn worth a step of its own, in radians; bounds what a piece of curve can come to.
+constexpr double kSmallestStep = 3.141592653589793 / 64.0;
+/// More points than one piece can come to: 512 for its halvings, 64 for each half turn that a cubic can make.
+constexpr size_t kMostPerPiece = 1024;
+/// Coordinates beyond this would overflow when they are squared and multiplied.
+constexpr double kFarthest = 1e100;
 
 double Dot(tVector2D a, tVector2D b)
 {
@@ -212,6 +221,104 @@ private:
     double mHalfWidth;
     bool mStarted = false;
 };
+
+double TurnBetween(tVector2D from, tVector2D to)
+{
+    return std::atan2(Cross(from, to), Dot(from, to));
+}
+
+/// Divides the pieces of a curve until the chords of the course, and of lines up to `reach` beside it, are flat.
+class CFlattener {
+public:
+    CFlattener(double reach, tCourse& course) : mReach(reach), mCourse(course), mFirst(course.size()) {}
+
+    void Add(const tBezierSegment& segment)
+    {
+        for (const tVector2D p : {segment.p0, segment.p1, segment.p2, segment.p3}) {
+            if (!(std::fabs(p.x) <= kFarthest && std::fabs(p.y) <= kFarthest)) {
+                return;
+            }
+        }
+        const tVector2D chord = Difference(segment.p3, segment.p0);
+        const tKnot start = {0.0, segment.p0, HeadingAt(segment, 0.0, chord)};
+        const tKnot end = {1.0, segment.p3, HeadingAt(segment, 1.0, chord)};
+        if (mCourse.size() == mFirst) {
+            mCourse.push_back({start.point, start.heading, 0.0});
+        }
+        const bool isStraight = Cross(start.heading, chord) == 0.0 && Cross(end.heading, chord) == 0.0;
+        Divide(segment, start, end, isStraight ? kLeastCourseDepth : 0);
+    }
+
+private:
+    struct tKnot {
+        double t;
+        tVector2D point;
+        tVector2D heading;
+    };
+
+    /// Direction of the curve, of length 1; that of `other` where the curve stands still.
+    static tVector2D HeadingAt(const tBezierSegment& segment, double t, tVector2D other)
+    {
+        tVector2D along = UBezier::DerivativeAt(segment, t);
+        if (Norm(along) == 0.0) {
+            along = other;
+        }
+        const double length = std::hypot(along.x, along.y);
+        return length > 0.0 ? tVector2D{along.x / length, along.y / length} : tVector2D{1.0, 0.0};
+    }
+
+    void Divide(const tBezierSegment& segment, const tKnot& from, const tKnot& to, int depth)
+    {
+        const double t = (from.t + to.t) / 2.0;
+        const tKnot middle = {t, UBezier::PointAt(segment, t), HeadingAt(segment, t, from.heading)};
+        const double turn =
+            std::fabs(TurnBetween(from.heading, middle.heading)) + std::fabs(TurnBetween(middle.heading, to.heading));
+        // An arc over chord c that turns by a, and one beside it at distance d, are (c + d a) a / 8 high.
+        const double height = (Norm(Difference(to.point, from.point)) + mReach * turn) * turn / 8.0;
+        const bool isCoarse = depth < kLeastCourseDepth || (height > UTrackCourse::kFlatness && depth < kDeepestCourse);
+        if (isCoarse && HasRoom()) {
+            Divide(segment, from, middle, depth + 1);
+            Divide(segment, middle, to, depth + 1);
+            return;
+        }
+        const double length = GaussLength(segment, from.t, to.t);
+        if (depth == kDeepestCourse) {
+            Append(from, middle, length / 2.0);
+            Append(middle, to, length / 2.0);
+        } else {
+            Append(from, to, length);
+        }
+    }
+
+    /// Appends the end of a chord, and before it what a turn too sharp for one chord needs.
+    void Append(const tKnot& from, const tKnot& to, double length)
+    {
+        const double start = mCourse.back().length;
+        const double turn = TurnBetween(from.heading, to.heading);
+        const double step = std::max(UTrackCourse::WidestStep(mReach), kSmallestStep);
+        const double needed = std::ceil(std::fabs(turn) / step);
+        if (needed > 1.0 && HasRoom()) {
+            for (double i = 1.0; i < needed; ++i) {
+                const double share = i / needed;
+                const double cosine = std::cos(turn * share);
+                const double sine = std::sin(turn * share);
+                mCourse.push_back(
+                    {{from.point.x + (to.point.x - from.point.x) * share,
+                      from.point.y + (to.point.y - from.point.y) * share},
+                     {from.heading.x * cosine - from.heading.y * sine, from.heading.y * cosine + from.heading.x * sine},
+                     start + length * share});
+            }
+        }
+        mCourse.push_back({to.point, to.heading, start + length});
+    }
+
+    /// Whether pieces are still divided.
+    bool HasRoom() const { return mCourse.size() - mFirst < UBezier::kMostCoursePoints - kMostPerPiece; }
+
+    double mReach;
+    tCourse& mCourse;
+    size_t mFirst;
+};
 } // namespace
 
 template <bool kFromBehind, typename tIterator>
@@ -305,13 +412,39 @@ tVector2D UBezier::DerivativeAt(const tBezierSegment& segment, double t)
             a * (segment.p1.y - segment.p0.y) + b * (segment.p2.y - segment.p1.y) + c * (segment.p3.y - segment.p2.y)};
 }
 
+namespace {
+double SegmentLength(const tBezierSegment& segment)
+{
+    return AdaptiveLength(segment, 0.0, 1.0, GaussLength(segment, 0.0, 1.0), kDeepestHalving);
+}
+} // namespace
+
 double UBezier::Length(const std::vector<CPoint>& points)
 {
     double length = 0.0;
-    ForEachSegment(points, [&length](const tBezierSegment& segment) {
-        length += AdaptiveLength(segment, 0.0, 1.0, GaussLength(segment, 0.0, 1.0), kDeepestHalving);
-    });
+    ForEachSegment(points, [&length](const tBezierSegment& segment) { length += SegmentLength(segment); });
     return length;
+}
+
+std::vector<double> UBezier::PointLengths(const std::vector<CPoint>& points)
+{
+    std::vector<double> lengths;
+    lengths.reserve(points.size());
+    double length = 0.0;
+    const auto addRepeated = [&] {
+        do {
+            lengths.push_back(length);
+        } while (lengths.size() < points.size() && points[lengths.size()].x == points[lengths.size() - 1].x &&
+                 points[lengths.size()].y == points[lengths.size() - 1].y);
+    };
+    if (!points.empty()) {
+        addRepeated();
+    }
+    ForEachSegment(points, [&](const tBezierSegment& segment) {
+        length += SegmentLength(segment);
+        addRepeated();
+    });
+    return lengths;
 }
 
 void UBezier::CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end)
@@ -333,4 +466,23 @@ void UBezier::CalcBox(const std::vector<CPoint>& points, const tTurn& turn, doub
             grow.Update(placed.x, placed.y);
         }
     }
+}
+
+void UBezier::Flatten(const std::vector<CPoint>& points, const tTurn& turn, double reach, tCourse& course)
+{
+    CFlattener flattener(std::fabs(reach), course);
+    ForEachSegment(points, [&](const tBezierSegment& segment) {
+        flattener.Add({turn.Apply(segment.p0), turn.Apply(segment.p1), turn.Apply(segment.p2), turn.Apply(segment.p3)});
+    });
+}
+
+void UBezier::CalcOffset(const std::vector<CPoint>& points, const tTurn& turn, double distance,
+                         std::vector<CPoint>& line)
+{
+    if (!std::isfinite(distance)) {
+        return;
+    }
+    tCourse course;
+    Flatten(points, turn, distance, course);
+    UTrackCourse::CalcOffset(course, distance, line);
 }

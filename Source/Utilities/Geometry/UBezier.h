@@ -4,15 +4,10 @@
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UTrackCourse.h"
 
 #include <cstddef>
 #include <vector>
-
-/// A vector in the drawing plane; points of curves carry no height.
-struct tVector2D {
-    double x;
-    double y;
-};
 
 /// A turn about a centre, then a shift.
 struct tTurn {
@@ -54,13 +49,28 @@ public:
     static tVector2D PointAt(const tBezierSegment& segment, double t);
     /// Derivative by t.
     static tVector2D DerivativeAt(const tBezierSegment& segment, double t);
+    /// A curve is no shorter than the polygon through its points, and at most this many times as long: no handle is
+    /// longer than two thirds of its chord, so the controls of a piece are at most 1 + 2 × (2/3 + 2/3) chords long.
+    static constexpr double kLongestPerChord = 11.0 / 3.0;
     /// Length of the curve by adaptive quadrature, to 1e-6 of itself.
     static double Length(const std::vector<CPoint>& points);
+    /// Length of the curve from its start to each of the points.
+    static std::vector<double> PointLengths(const std::vector<CPoint>& points);
     /// Directions of travel in degrees at the start and the end of the curve; 0 when it has no piece.
     static void CalcEndAngles(const std::vector<CPoint>& points, double& start, double& end);
     /// Smallest box around the turned curve and its two offset curves at `halfWidth` on either side (0 for the curve
     /// alone), to 1e-9 of the size. Without a piece the box of the points; without a point `box` stays.
     static void CalcBox(const std::vector<CPoint>& points, const tTurn& turn, double halfWidth, DRect& box);
+
+    /// Points of a course made by Flatten at the most, besides one for each point of the curve.
+    static constexpr size_t kMostCoursePoints = 65536;
+    /// Appends the course of the turned curve, dense enough for lines beside it up to `reach` (mm) away, as far as
+    /// 1,024 points for each piece of the curve allow. Pieces with coordinates beyond 1e100 are left out; nothing is
+    /// appended when no piece is there.
+    static void Flatten(const std::vector<CPoint>& points, const tTurn& turn, double reach, tCourse& course);
+    /// Appends the line beside the turned curve: see UTrackCourse::CalcOffset, which also tells the side.
+    static void CalcOffset(const std::vector<CPoint>& points, const tTurn& turn, double distance,
+                           std::vector<CPoint>& line);
 
 private:
     /// Direction of travel in degrees at the point `at`, the first of the curve, or the last where the iterators run

@@ -1,6 +1,7 @@
 #include "Utilities/Geometry/UPointVec.h"
 
 #include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UReach.h"
 
 void UPointVec::RotatePointVecZ(std::vector<CPoint>& points, const CPoint& centre, double angle)
 {
@@ -21,5 +22,12 @@ void UPointVec::RotatePointVecY(std::vector<CPoint>& points, const CPoint& centr
         const double dz = point.z - centre.z;
         point.x = dx * turn.cosine - dz * turn.sine + centre.x;
         point.z = dz * turn.cosine + dx * turn.sine + centre.z;
+    }
+}
+
+void UPointVec::ClampToReach(std::vector<CPoint>& points)
+{
+    for (CPoint& point : points) {
+        point = CPoint(UReach::Clamp(point.x), UReach::Clamp(point.y), UReach::Clamp(point.z));
     }
 }

@@ -16,7 +16,7 @@
 
 void AddBatchOptions(CLI::App& app, tOptions& options, const std::string& pathHelp)
 {
-    app.add_option("PATH", options.paths, pathHelp);
+    app.add_option("PATH", options.paths, pathHelp)->type_name("");
     app.add_option("--files-from", options.filesFrom,
                    "Further documents from a list, a path a line; - is standard input")
         ->type_name("FILE");

@@ -8,13 +8,14 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand, &kIndexCommand,  &kSearchCommand,
-                                            &kCheckCommand,  &kPartsCommand,  &kLibraryCommand,
-                                            &kStockCommand,  &kSchemaCommand, &kServeCommand};
+static const tCommand* const kCommands[] = {&kImportCommand,    &kIndexCommand, &kSearchCommand,  &kRenderCommand,
+                                            &kCheckCommand,     &kPartsCommand, &kLibraryCommand, &kStockCommand,
+                                            &kThumbnailCommand, &kServeCommand, &kSchemaCommand,  &kDoctorCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;
@@ -70,13 +71,14 @@ static std::string GeneralHelp()
                        "  velmora import plan.velmora\n"
                        "  velmora import --format json ~/Layouts\n"
                        "  velmora index ~/Layouts\n"
-                       "  velmora search turntable author:meier\n\n"
+                       "  velmora search turntable author:meier\n"
+                       "  velmora render -o plan.svg plan.velmora\n\n"
                        "Usage: velmora COMMAND [OPTIONS] ...\n\nCommands:\n";
     for (const tCommand* command : kCommands) {
-        text += "  " + std::string(command->name) + std::string(10 - std::string_view(command->name).size(), ' ') +
+        text += "  " + std::string(command->name) + std::string(11 - std::string_view(command->name).size(), ' ') +
                 command->summary + "\n";
     }
-    return text + "  help      Show this, or the help of a command\n\n"
+    return text + "  help       Show this, or the help of a command\n\n"
                   "Options:\n  -h, --help     Show this\n  -V, --version  Show the version\n";
 }
 
@@ -139,6 +141,11 @@ static int RunCommand(const tCommand& command, int argc, char** argv)
     return command.run(options);
 }
 
+const char* GetVersion()
+{
+    return VELMORA_VERSION;
+}
+
 void AddWorkerOptions(CLI::App& app, tOptions& options)
 {
     app.add_option("--plugin", options.plugIn, "The importer plug-in, where it is not the one that came with velmora")
@@ -156,11 +163,21 @@ void AddWorkerOptions(CLI::App& app, tOptions& options)
     app.add_option("--memory", options.memoryMegabytes, "Memory for a worker process, in megabytes (default 1024)")
         ->check(CLI::Range(1U, 1U << 20))
         ->type_name("MB");
+    app.add_option("--sandbox", options.sandbox,
+                   "How workers are confined: auto (as far as the system can), require (or not at all), off")
+        ->check(CLI::IsMember({"auto", "require", "off"}))
+        ->type_name("MODE");
 }
 
 tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailure>& failure)
 {
-    tWorkerSettings settings = {Places::FindWorker(), Places::FindPlugIn(options.plugIn), options.memoryMegabytes};
+    tWorkerSettings settings;
+    settings.program = Places::FindWorker();
+    settings.plugIn = Places::FindPlugIn(options.plugIn);
+    settings.memoryMegabytes = options.memoryMegabytes;
+    settings.sandbox = options.sandbox;
+    settings.processorSeconds = static_cast<unsigned>(std::ceil(options.timeoutSeconds));
+    settings.draws = options.draws;
     if (settings.plugIn.empty()) {
         const std::string message = "there is no importer plug-in: " + Places::DescribePlugInPlaces();
         failure = MakeFailure(eFailure::kPlugIn, message).failure;

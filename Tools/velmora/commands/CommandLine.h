@@ -24,10 +24,19 @@ struct tOptions {
     std::string plugIn;                 ///< empty for the one that belongs to the executable
     std::string stock;                  ///< a stock file; empty for none
     std::vector<std::string> libraries; ///< track library files
+    std::string output;                 ///< the file a picture goes to; empty or "-" for standard output
+    bool force = false;                 ///< the file may be there already
+    std::string size;                   ///< of a picture: "WxH" or "N"; empty for the usual one
+    std::string style;                  ///< name of a track style; empty for the layout's own
+    std::vector<std::string> layers;    ///< names of the layers to draw; empty for the visible ones
+    bool labels = false;                ///< names of the elements are drawn
+    bool grid = false;                  ///< a grid is drawn
+    bool draws = false;                 ///< the workers are to draw
     std::vector<std::string> excludes;  ///< patterns of names that a walk passes over
     unsigned jobs = 0;                  ///< worker processes; 0 for one a core
     std::string progress = "auto";      ///< auto, always, never, plain
     bool quiet = false;                 ///< no summary
+    std::string sandbox = "auto";       ///< auto, require or off
     double timeoutSeconds = 5;          ///< for one document
     unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
     std::string database;               ///< the search index; empty for the user's own
@@ -62,7 +71,13 @@ extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
 extern const tCommand kIndexCommand;
 extern const tCommand kSearchCommand;
+extern const tCommand kRenderCommand;
+extern const tCommand kThumbnailCommand;
 extern const tCommand kServeCommand;
+extern const tCommand kDoctorCommand;
+
+/// The version of this program.
+const char* GetVersion();
 
 /// Options of every command that starts workers.
 void AddWorkerOptions(CLI::App& app, tOptions& options);

@@ -50,6 +50,19 @@ std::vector<CReport> CReport::GetList(const char* key) const
     return list;
 }
 
+std::vector<std::string> CReport::GetTexts(const char* key) const
+{
+    std::vector<std::string> texts;
+    if (Has(key) && mJSON[key].is_array()) {
+        for (const nlohmann::json& entry : mJSON[key]) {
+            if (entry.is_string()) {
+                texts.push_back(entry.get<std::string>());
+            }
+        }
+    }
+    return texts;
+}
+
 CReport CReport::GetObject(const char* key) const
 {
     return Has(key) ? CReport(mJSON[key]) : CReport();

@@ -28,6 +28,8 @@ public:
     /// The objects of a list.
     std::vector<CReport> GetList(const char* key) const;
     CReport GetObject(const char* key) const;
+    /// The texts of a list.
+    std::vector<std::string> GetTexts(const char* key) const;
 
 private:
     nlohmann::json mJSON;

@@ -2,6 +2,7 @@
 
 #include "Interrupt.h"
 #include "input/DocumentNames.h"
+#include "protocol/NamelessFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,18 +12,20 @@
 #include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
 
 static constexpr std::string_view kMagic = "WkSt";
 /// Most that is taken from a standard input that is no file; it is held in memory.
 static constexpr size_t kMaxPipedSize = size_t{1} << 30;
 
+/// Of a deep walk, the folders that are kept open.
+static constexpr size_t kMaxOpenFolders = 32;
+
 /// A folder being walked. The entries are opened relative to it, so no path gets too long.
 struct CDocumentSource::tFolder {
     std::string path;
-    CDescriptor descriptor;
+    CDescriptor descriptor; ///< may be closed while a folder far below is walked
+    uint64_t inode = 0;     ///< these two tell it when it is opened again
+    uint64_t device = 0;
     std::string names;           ///< of the entries, each with its zero: a large folder should not cost much memory
     std::vector<uint32_t> order; ///< where the names begin, sorted
     size_t next = 0;             ///< in the order
@@ -112,21 +115,6 @@ static bool OpenDocument(int folder, const std::string& name, tInput& input)
     }
     input.status = MakeStatus(status);
     return true;
-}
-
-/// A descriptor to a nameless file that can be written and then read from its beginning.
-static CDescriptor MakeNamelessFile()
-{
-#if defined(__linux__)
-    return CDescriptor(memfd_create("velmora-stdin", MFD_CLOEXEC));
-#else
-    CDescriptor file;
-    if (FILE* temporary = tmpfile()) {
-        file.Reset(fcntl(fileno(temporary), F_DUPFD_CLOEXEC, 0));
-        fclose(temporary);
-    }
-    return file;
-#endif
 }
 
 static bool OpenStandardInput(tInput& input)
@@ -291,7 +279,14 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
     }
     tFolder folder;
     folder.path = path;
+    struct stat status = {};
+    fstat(descriptor.Get(), &status);
+    folder.inode = MakeStatus(status).inode;
+    folder.device = MakeStatus(status).device;
     folder.descriptor = std::move(descriptor);
+    if (mFolders.size() >= kMaxOpenFolders) {
+        mFolders[mFolders.size() - kMaxOpenFolders].descriptor.Reset();
+    }
     errno = 0;
     while (const dirent* entry = readdir(entries)) {
         const std::string_view entryName = entry->d_name;
@@ -313,13 +308,32 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
     return false;
 }
 
+/// Goes back to the folder above. @return true when it is not there any more, which is then the input's failure
+bool CDocumentSource::LeaveFolder(tInput& input)
+{
+    const CDescriptor left = std::move(mFolders.back().descriptor);
+    mFolders.pop_back();
+    if (mFolders.empty() || mFolders.back().descriptor.IsOpen()) {
+        return false;
+    }
+    tFolder& above = mFolders.back();
+    above.descriptor.Reset(openat(left.Get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct stat status = {};
+    if (above.descriptor.IsOpen() && fstat(above.descriptor.Get(), &status) == 0 &&
+        MakeStatus(status).inode == above.inode && MakeStatus(status).device == above.device) {
+        return false;
+    }
+    above.next = above.order.size();
+    input.path = above.path;
+    return Fail(input, MakeFailure(eFailure::kLoader, "the folder was moved while it was read").failure);
+}
+
 /// @return false when the entry is none to take, or a folder was entered or left
 bool CDocumentSource::FindInFolder(tInput& input)
 {
     tFolder& folder = mFolders.back();
     if (folder.next == folder.order.size()) {
-        mFolders.pop_back();
-        return false;
+        return LeaveFolder(input);
     }
     std::string name = folder.names.c_str() + folder.order[folder.next++];
     const int descriptor = folder.descriptor.Get();

@@ -86,6 +86,7 @@ private:
     bool FindOperand(tInput& input);
     eResult FindInList(tInput& input);
     bool FindInFolder(tInput& input);
+    bool LeaveFolder(tInput& input);
     bool EnterFolder(int parent, const std::string& name, const std::string& path, tInput& input);
     bool IsWanted(const tInput& input) const { return !mFilter || mFilter(input); }
     bool TakeFile(int folder, std::string name, tInput& input);

@@ -13,6 +13,8 @@ const char* FailureWord(eFailure kind)
         return "path";
     case eFailure::kPlugIn:
         return "plugin";
+    case eFailure::kSandbox:
+        return "sandbox";
     case eFailure::kLoader: // has a number
     case eFailure::kCrash:
         break;

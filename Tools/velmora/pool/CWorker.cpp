@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -38,8 +39,18 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
 {
     const std::string number = std::to_string(kWorkerSocket);
     const std::string memory = std::to_string(settings.memoryMegabytes);
-    const char* arguments[] = {settings.program.c_str(), "--socket", number.c_str(), "--plugin",
-                               settings.plugIn.c_str(),  "--memory", memory.c_str(), nullptr};
+    const char* arguments[] = {settings.program.c_str(),
+                               "--socket",
+                               number.c_str(),
+                               "--plugin",
+                               settings.plugIn.c_str(),
+                               "--memory",
+                               memory.c_str(),
+                               "--sandbox",
+                               settings.sandbox.c_str(),
+                               "--profile",
+                               settings.draws ? "draw" : "read",
+                               nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     if (posix_spawn_file_actions_init(&actions) != 0) {
@@ -84,9 +95,39 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mAsked.clear();
     mFatalReport.clear();
     mOutOfMemory = false;
+    mProcessorSeconds = settings.processorSeconds;
+    mGrantedRequests = 0;
+    mGreeting = tHello();
     mFaultCertain = false;
     mState = eState::kStarting;
     return true;
+}
+
+/// Bounds the processor time of the requests under way. The owner's clock notices a slow worker earlier; this one also
+/// holds while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one
+/// could never be raised again.
+void CWorker::GrantProcessorTime()
+{
+#if defined(__linux__)
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    // Once a second and whenever more requests are under way than before: the process has one thread, so it has used
+    // no more than has passed.
+    if (mProcessorSeconds == 0 || (now.tv_sec == mGrantedAt && mAsked.size() <= mGrantedRequests)) {
+        return;
+    }
+    clockid_t clock = 0;
+    timespec used = {};
+    if (clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+        return;
+    }
+    mGrantedAt = now.tv_sec;
+    mGrantedRequests = mAsked.size();
+    // Two more, because seconds are counted whole, here and by the system.
+    const rlim_t seconds = static_cast<rlim_t>(used.tv_sec) + rlim_t{mGrantedRequests} * mProcessorSeconds + 2;
+    const rlimit limit = {seconds, RLIM_INFINITY};
+    prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+#endif
 }
 
 bool CWorker::Ask(const tRequest& request, int document)
@@ -96,6 +137,7 @@ bool CWorker::Ask(const tRequest& request, int document)
     }
     ++mSequence;
     mAsked.push_back(request.verb);
+    GrantProcessorTime();
     return true;
 }
 
@@ -122,14 +164,13 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
     const uint32_t expected = mState == eState::kStarting ? 0 : mSequence + 1 - static_cast<uint32_t>(mAsked.size());
     const bool asked = mState == eState::kReady && !mAsked.empty();
     if (frame.sequence == expected && !frame.descriptor.IsOpen()) {
-        tHello hello;
         switch (frame.kind) {
         case eFrameKind::kHello:
-            if (mState != eState::kStarting || !Decode(frame.payload, hello)) {
+            if (mState != eState::kStarting || !Decode(frame.payload, mGreeting)) {
                 break;
             }
-            if (!hello.ready) {
-                answer = MakeFailure(eFailure::kPlugIn, hello.message);
+            if (!mGreeting.ready) {
+                answer = MakeFailure(mGreeting.reason, mGreeting.message);
                 Dismiss();
                 return eEvent::kRefused;
             }
@@ -167,7 +208,8 @@ static std::string DescribeEnd(const std::optional<int>& status)
 {
     if (status && WIFSIGNALED(*status)) {
         const int number = WTERMSIG(*status);
-        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
+        return "the worker process was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")" +
+               (number == SIGSYS ? ": it did what the sandbox forbids" : "");
     }
     const std::string code =
         status && WIFEXITED(*status) ? " (status " + std::to_string(WEXITSTATUS(*status)) + ")" : "";
@@ -183,8 +225,13 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     } else if (mOutOfMemory) {
         answer = MakeFailure(eFailure::kMemory, "the memory granted to the worker process did not suffice");
     } else {
-        const std::string end = DescribeEnd(WaitForEnd(kEndMilliseconds));
+        const std::optional<int> status = WaitForEnd(kEndMilliseconds);
+        const std::string end = DescribeEnd(status);
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
+        if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
+            answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");
+            mFaultCertain = !mAsked.empty(); // those before it have left it more than its own share
+        }
     }
     Kill();
     return eEvent::kLost;

@@ -14,6 +14,9 @@ struct tWorkerSettings {
     std::string program;             ///< path of the worker's executable
     std::string plugIn;              ///< path of the plug-in bundle
     unsigned memoryMegabytes = 1024; ///< what it may map beyond what it maps at rest
+    std::string sandbox = "auto";    ///< "auto", "require" or "off"; or names of layers with plus signs between them
+    unsigned processorSeconds = 0;   ///< processor time for one request; 0 for no limit but the owner's clock
+    bool draws = false;              ///< it may start threads and read fonts
 };
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
@@ -63,6 +66,8 @@ public:
     /// @param answer  set for kAnswer; for kLost and kRefused it is the failure that says why
     eEvent Read(tAnswer& answer);
 
+    /// What the worker said at its start.
+    const tHello& GetGreeting() const { return mGreeting; }
     /// Whether the loss just reported can only be the fault of the oldest request: the process has said so.
     bool IsFaultCertain() const { return mFaultCertain; }
 
@@ -82,6 +87,7 @@ private:
     eEvent HandleFrame(const tFrame& frame, tAnswer& answer);
     eEvent Lose(tAnswer& answer, const char* misbehaviour);
     std::optional<int> WaitForEnd(int milliseconds);
+    void GrantProcessorTime();
 
     eState mState = eState::kNone;
     pid_t mProcess = 0;
@@ -92,5 +98,9 @@ private:
     std::deque<eVerb> mAsked; ///< of the requests under way, the oldest first
     std::string mFatalReport; ///< what it said before it ended itself
     bool mOutOfMemory = false;
+    unsigned mProcessorSeconds = 0;
+    time_t mGrantedAt = 0;       ///< when processor time was granted last
+    size_t mGrantedRequests = 0; ///< and for how many
+    tHello mGreeting;
     bool mFaultCertain = false;
 };

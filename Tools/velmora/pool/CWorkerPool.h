@@ -30,6 +30,9 @@ public:
     /// @return kDone, kFailed, or kInterrupted by the user
     eResult WaitUntilReady(tFailure& failure);
 
+    /// What the first worker said at its start; empty before that.
+    const tHello& GetGreeting() const { return mSlots.front()->worker->GetGreeting(); }
+
     /// Starts nothing: everything submitted will fail like this.
     void Refuse(tFailure failure) { mCannotServe = std::move(failure); }
 
@@ -105,7 +108,8 @@ private:
     std::vector<std::unique_ptr<tSlot>> mSlots;
     std::deque<tJob> mQueue; ///< not yet sent
     std::deque<std::pair<uint64_t, tAnswer>> mDone;
-    size_t mDepth = 1;                           ///< requests that a worker is sent at most, the one in work among them
+    size_t mDepth = 1; ///< requests that a worker is sent at most, the one in work among them
+    size_t mMaxDepth = 1;
     double mSecondsEach = 0.01;                  ///< for one request, about
     bool mHasLost = false;                       ///< a worker was lost or ended in this turn
     std::optional<tFailure> mCannotServe;        ///< no worker can be had

@@ -1,0 +1,184 @@
+#include "Platform/Jail.h"
+
+#include "Calls.h"
+#include "FileRules.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <thread>
+#include <time.h>
+#include <unistd.h>
+
+/// At rest a worker has 4 open and a request brings 2. Drawing opens fonts, of which the drawing library keeps ten.
+static constexpr rlim_t kDescriptors = 32;
+static constexpr rlim_t kDescriptorsForDrawing = 64;
+/// How long to wait between two looks at the threads: 200 microseconds.
+static constexpr long kPauseNanoseconds = 200000;
+
+/// A thread that was joined is gone for the kernel a little later.
+static constexpr int kThreadMilliseconds = 100;
+
+namespace {
+/// Whether a layer is on, and its state's detail.
+struct tOutcome {
+    bool isOn;
+    std::string detail;
+};
+} // namespace
+
+static tOutcome Refused()
+{
+    return {false, std::string("refused by the system: ") + strerror(errno)};
+}
+
+static bool Limit(__rlimit_resource resource, rlim_t most)
+{
+    // A limit that is lower already stays; raising it would be refused.
+    rlimit now = {};
+    if (getrlimit(resource, &now) != 0) {
+        return false;
+    }
+    const rlimit both = {std::min(most, now.rlim_max), std::min(most, now.rlim_max)};
+    return setrlimit(resource, &both) == 0;
+}
+
+/// What this process has mapped, in bytes; 0 when unknown.
+static rlim_t GetMappedBytes()
+{
+    const int file = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
+    char text[64];
+    const ssize_t length = file >= 0 ? read(file, text, sizeof text) : -1;
+    if (file >= 0) {
+        close(file);
+    }
+    unsigned long pages = 0;
+    if (length <= 0 || std::from_chars(text, text + length, pages).ec != std::errc()) {
+        return 0;
+    }
+    return rlim_t{pages} * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+static tOutcome LimitMemory(size_t megabytes)
+{
+    const rlim_t mapped = GetMappedBytes();
+    if (mapped == 0) {
+        return {false, "the system does not say what is mapped"};
+    }
+    if (!Limit(RLIMIT_AS, mapped + (rlim_t{megabytes} << 20))) {
+        return Refused();
+    }
+    return {true, std::to_string(megabytes) + " MB beyond " + std::to_string(mapped >> 20) + " MB at rest"};
+}
+
+static tOutcome LimitResources(Jail::eProfile profile)
+{
+    const rlim_t descriptors = profile == Jail::eProfile::kDraw ? kDescriptorsForDrawing : kDescriptors;
+    if (!Limit(RLIMIT_FSIZE, 0) || !Limit(RLIMIT_CORE, 0) || !Limit(RLIMIT_NOFILE, descriptors)) {
+        return Refused();
+    }
+    return {true, "no file grows, no core file, " + std::to_string(descriptors) + " descriptors"};
+}
+
+static tOutcome GiveUpPrivileges()
+{
+    const bool done = prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0;
+    if (!done) {
+        return Refused();
+    }
+    return {prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1 && prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) == 0,
+            "no new ones, closed to other processes"};
+}
+
+static tOutcome ApplyFileRules(const Jail::tOrder& order)
+{
+    tOutcome outcome = {};
+    if (!Jail::WaitForOneThread(0)) {
+        return {false, "several threads are running: only one of them would be bound"};
+    }
+    const bool draws = order.profile == Jail::eProfile::kDraw;
+    outcome.isOn = Jail::RestrictFiles(draws ? order.readableFolders : std::vector<std::string>(), outcome.detail);
+    return outcome;
+}
+
+static tOutcome FilterCalls(Jail::eProfile profile)
+{
+    if (!Jail::KnowsThisProcessor()) {
+        return {false, "there is no list of calls for this processor"};
+    }
+    tOutcome outcome = {};
+    outcome.isOn = Jail::MakeCallFilter(profile).Install(outcome.detail);
+    return outcome;
+}
+
+const char* Jail::GetName(eLayer layer)
+{
+    switch (layer) {
+    case kMemory:
+        return "memory";
+    case kLimits:
+        return "limits";
+    case kPrivileges:
+        return "privileges";
+    case kFileRules:
+        return "landlock";
+    case kCallFilter:
+        break;
+    }
+    return "seccomp";
+}
+
+std::vector<Jail::tState> Jail::Close(const tOrder& order)
+{
+    std::vector<tState> states;
+    const auto close = [&states, &order](eLayer layer, auto action) {
+        if ((order.layers & layer) != 0) {
+            tOutcome outcome = action();
+            states.push_back({layer, outcome.isOn, std::move(outcome.detail)});
+        }
+    };
+    if (order.profile == eProfile::kDraw) {
+        // For the first thread of a process the C library sets up a signal handler, which the jail refuses.
+        std::thread([] {}).join();
+        WaitForOneThread(kThreadMilliseconds);
+    }
+    // The order matters: later layers refuse what earlier ones need.
+    close(kMemory, [&] { return LimitMemory(order.memoryMegabytes); });
+    close(kLimits, [&] { return LimitResources(order.profile); });
+    if ((order.layers & (kFileRules | kCallFilter)) != 0) {
+        prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0); // without which these two are for the system's administrator only
+    }
+    close(kPrivileges, [] { return GiveUpPrivileges(); });
+    close(kFileRules, [&] { return ApplyFileRules(order); });
+    close(kCallFilter, [&] { return FilterCalls(order.profile); });
+    return states;
+}
+
+static size_t CountThreads()
+{
+    size_t count = 0;
+    if (DIR* const folder = opendir("/proc/self/task")) {
+        while (const dirent* const entry = readdir(folder)) {
+            count += entry->d_name[0] != '.' ? 1 : 0;
+        }
+        closedir(folder);
+    }
+    return count;
+}
+
+bool Jail::WaitForOneThread(int milliseconds)
+{
+    const timespec pause = {0, kPauseNanoseconds};
+    for (long waited = 0; CountThreads() > 1; waited += kPauseNanoseconds) {
+        if (waited >= milliseconds * 1000000L) {
+            return false;
+        }
+        nanosleep(&pause, nullptr);
+    }
+    return true;
+}

@@ -1,0 +1,451 @@
+#include "Elements/Rendering/CLayoutRenderer.h"
+
+#include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "Elements/Rendering/CTrackRun.h"
+#include "Elements/Utilities/UElementNameGenerator.h"
+#include "Elements/Utilities/UElementNameUtils.h"
+#include "Layers/CLayer.h"
+#include "Layers/CLayerManager.h"
+#include "Layouts/CLayout.h"
+#include "Platform/MacRoman.h"
+#include "Utilities/Geometry/CCalcBoundingBox.h"
+
+#include <boost/foreach.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <unordered_map>
+
+namespace {
+/// An element any edge of whose box lies farther out is beyond drawing, mm: a kilometre of model.
+constexpr double kFarthest = 1e6;
+/// An element is a stray when its box leaves the range of most elements by more than this many ranges.
+constexpr double kStrayReach = 2.5;
+/// Share of the elements, at either end of an axis, that the range of most leaves out.
+constexpr double kOutermost = 0.05;
+/// The range of most is at least this large, mm, so that the few parts of a beginner's circle are no strays.
+constexpr double kSmallestRange = 1000.0;
+/// Smallest part of a layout that is shown, mm.
+constexpr double kSmallestFrame = 50.0;
+/// A picture's sides differ at most by this factor.
+constexpr double kMostAspect = 12.0;
+constexpr double kMargin = 0.025; ///< of the longer side
+/// A workspace many times larger than what lies on it is not shown whole.
+constexpr double kMostWorkspace = 3.0;
+/// Coordinates beyond this, in device units, are outside what drawing libraries count with.
+constexpr double kFarthestPixel = 4e6;
+
+/// In pictures that can be enlarged, details are drawn down to this part of a pixel.
+constexpr double kFinerDetail = 0.3;
+
+constexpr double kFinestGrid = 9.0; ///< pixels between two lines
+constexpr int kGridLinesToMajor = 5;
+constexpr double kUsualGrid = 100.0;
+
+constexpr double kSmallestLabel = 7.0; ///< pixels
+constexpr double kLargestLabel = 15.0;
+constexpr double kLabelCell = 4.0; ///< pixels; how finely the room that labels take is known
+
+bool IsDrawable(const DRect& box)
+{
+    const auto isNear = [](double edge) { return std::fabs(edge) <= kFarthest; }; // false for what is no number
+    return isNear(box.left) && isNear(box.top) && isNear(box.right) && isNear(box.bottom) && box.left <= box.right &&
+           box.top <= box.bottom;
+}
+
+/// The box of an element in the layout. A text's own box takes no account of where it stands in its element.
+DRect BoxOf(CCompositeGeometry& element)
+{
+    const CPoint& position = element.GetPosition();
+    DRect box = {position.y, position.x, position.y, position.x};
+    CCalcBoundingBox grow(box);
+    BOOST_FOREACH(CBasicGeometry* component, element.GetComponents()) {
+        DRect part = {};
+        double x = position.x;
+        double y = position.y;
+        if (component->GetType() == kTextType) {
+            component->CalcBoundingBox(part, component->GetAngle() + element.GetAngle());
+            x += component->GetItemXOffset();
+            y += component->GetItemYOffset();
+        } else {
+            component->CalcBoundingBox(part, element.GetAngle());
+        }
+        grow.Update(DRect{part.top + y, part.left + x, part.bottom + y, part.right + x});
+    }
+    return box;
+}
+
+/// Where most values lie: the values may be reordered.
+void RangeOfMost(std::vector<double>& values, double& low, double& high)
+{
+    const auto outermost = static_cast<size_t>(kOutermost * static_cast<double>(values.size()));
+    const auto at = [&](size_t index) {
+        const auto place = values.begin() + static_cast<std::ptrdiff_t>(index);
+        std::nth_element(values.begin(), place, values.end());
+        return *place;
+    };
+    low = at(outermost);
+    high = at(values.size() - 1 - outermost);
+    const double missing = kSmallestRange - (high - low);
+    if (missing > 0.0) {
+        low -= missing / 2.0;
+        high += missing / 2.0;
+    }
+}
+
+/// The smallest of 1, 2, 5, 10, 20, 50, ... times `unit` that is at least `least`.
+double RoundUp(double unit, double least)
+{
+    double decade = unit;
+    for (int i = 0; i < 12; ++i, decade *= 10.0) {
+        for (const double factor : {1.0, 2.0, 5.0}) {
+            if (decade * factor >= least) {
+                return decade * factor;
+            }
+        }
+    }
+    return decade;
+}
+
+/// Which parts of a picture labels have taken.
+class CLabelRoom {
+public:
+    CLabelRoom(int width, int height)
+        : mColumns(static_cast<size_t>(width / kLabelCell) + 1), mRows(static_cast<size_t>(height / kLabelCell) + 1),
+          mTaken(mColumns * mRows)
+    {}
+
+    /// Takes a rectangle. @return false when some of it is taken, or outside
+    bool Take(double x, double y, double width, double height)
+    {
+        if (x < 0.0 || y < 0.0) {
+            return false;
+        }
+        const auto left = static_cast<size_t>(x / kLabelCell);
+        const auto top = static_cast<size_t>(y / kLabelCell);
+        const auto right = static_cast<size_t>((x + width) / kLabelCell);
+        const auto bottom = static_cast<size_t>((y + height) / kLabelCell);
+        if (right >= mColumns || bottom >= mRows) {
+            return false;
+        }
+        for (size_t row = top; row <= bottom; ++row) {
+            for (size_t column = left; column <= right; ++column) {
+                if (mTaken[row * mColumns + column]) {
+                    return false;
+                }
+            }
+        }
+        for (size_t row = top; row <= bottom; ++row) {
+            std::fill_n(mTaken.begin() + static_cast<std::ptrdiff_t>(row * mColumns + left), right - left + 1, true);
+        }
+        return true;
+    }
+
+private:
+    size_t mColumns;
+    size_t mRows;
+    std::vector<bool> mTaken;
+};
+} // namespace
+
+CLayoutRenderer::CLayoutRenderer(CLayout& layout, const tPictureOptions& options)
+    : mLayout(layout), mOptions(options),
+      mTrackStyle(options.trackStyle != 0 ? options.trackStyle : layout.GetTrackStyle())
+{
+    ChooseElements();
+    DropStrays();
+    ChooseFrame();
+    ChooseSize();
+}
+
+/// `known` are the layers of the list.
+bool CLayoutRenderer::IsWanted(const CCompositeGeometry& element, const std::unordered_set<const CLayer*>& known) const
+{
+    const CLayer* layer = element.GetLayer();
+    if (mOptions.hasLayers) {
+        return layer != nullptr && mOptions.layers.count(layer) > 0;
+    }
+    return layer == nullptr || known.count(layer) == 0 || layer->GetIsVisible();
+}
+
+void CLayoutRenderer::ChooseElements()
+{
+    std::unordered_map<const CLayer*, int> places;
+    std::unordered_set<const CLayer*> known;
+    CLayerManager* const layers = mLayout.GetLayerList();
+    for (int i = 0; i < layers->GetNumberOfLayers(); ++i) {
+        places.emplace(layers->GetLayerAtIndex(i), i);
+        known.insert(layers->GetLayerAtIndex(i));
+    }
+    BOOST_FOREACH(CCompositeGeometry* element, mLayout.GetElements()) {
+        if (element->GetNumberOfComponents() == 0 || !IsWanted(*element, known)) {
+            continue;
+        }
+        const DRect box = BoxOf(*element);
+        if (!IsDrawable(box)) {
+            ++mNumberOfStrays;
+            continue;
+        }
+        const auto place = places.find(element->GetLayer());
+        mElements.push_back({element, box, place == places.end() ? -1 : place->second});
+    }
+    std::stable_sort(mElements.begin(), mElements.end(), [](const tItem& one, const tItem& other) {
+        return one.layer != other.layer ? one.layer < other.layer
+                                        : one.element->GetZOrder() < other.element->GetZOrder();
+    });
+}
+
+void CLayoutRenderer::DropStrays()
+{
+    if (mElements.empty()) {
+        return;
+    }
+    std::vector<double> xs;
+    std::vector<double> ys;
+    for (const tItem& item : mElements) {
+        const CPoint centre = UDRect::Center(item.box);
+        xs.push_back(centre.x);
+        ys.push_back(centre.y);
+    }
+    double left = 0.0;
+    double right = 0.0;
+    double top = 0.0;
+    double bottom = 0.0;
+    RangeOfMost(xs, left, right);
+    RangeOfMost(ys, top, bottom);
+    const double reach = kStrayReach * std::max(right - left, bottom - top);
+    const auto isStray = [=](const tItem& item) {
+        return item.box.left < left - reach || item.box.right > right + reach || item.box.top < top - reach ||
+               item.box.bottom > bottom + reach;
+    };
+    const auto strays =
+        std::stable_partition(mElements.begin(), mElements.end(), [&](const tItem& item) { return !isStray(item); });
+    if (strays == mElements.begin()) {
+        return; // each is as good as the others
+    }
+    mNumberOfStrays += static_cast<size_t>(mElements.end() - strays);
+    mElements.erase(strays, mElements.end());
+}
+
+bool CLayoutRenderer::ShowsWorkspace(const DRect& content) const
+{
+    const DRect& workspace = mLayout.GetWorkspaceBounds();
+    const double width = workspace.right - workspace.left;
+    const double height = workspace.bottom - workspace.top;
+    if (!IsDrawable(workspace) || width < kSmallestFrame || height < kSmallestFrame) {
+        return false;
+    }
+    if (mElements.empty()) {
+        return true;
+    }
+    const double longest = std::max({content.right - content.left, content.bottom - content.top, kSmallestFrame});
+    return std::max(width, height) <= kMostWorkspace * longest;
+}
+
+void CLayoutRenderer::ChooseFrame()
+{
+    CCalcBoundingBox grow(mFrame);
+    for (const tItem& item : mElements) {
+        grow.Update(item.box);
+    }
+    // A picture without ground shows the layout alone.
+    if (ShowsWorkspace(mFrame) && !(mOptions.isTransparent && !mElements.empty())) {
+        grow.Update(mLayout.GetWorkspaceBounds());
+    }
+    const CPoint centre = UDRect::Center(mFrame);
+    double width = std::max(mFrame.right - mFrame.left, kSmallestFrame);
+    double height = std::max(mFrame.bottom - mFrame.top, kSmallestFrame);
+    const double margin = 2.0 * kMargin * std::max(width, height);
+    width = std::max(width + margin, height / kMostAspect);
+    height = std::max(height + margin, width / kMostAspect);
+    UDRect::SetDRect(mFrame, centre.x - width / 2.0, centre.y - height / 2.0, centre.x + width / 2.0,
+                     centre.y + height / 2.0);
+}
+
+void CLayoutRenderer::ChooseSize()
+{
+    const double width = mFrame.right - mFrame.left;
+    const double height = mFrame.bottom - mFrame.top;
+    const int mostWidth = mOptions.width > 0 ? mOptions.width : kUsualSide;
+    const int mostHeight = mOptions.height > 0 ? mOptions.height : kUsualSide;
+    mScale = std::min(mostWidth / width, mostHeight / height);
+    mWidth = mOptions.isExact ? mostWidth : std::clamp(static_cast<int>(std::lround(width * mScale)), 1, mostWidth);
+    mHeight = mOptions.isExact ? mostHeight : std::clamp(static_cast<int>(std::lround(height * mScale)), 1, mostHeight);
+    const CPoint centre = UDRect::Center(mFrame);
+    mOriginX = mWidth / 2.0 - centre.x * mScale;
+    mOriginY = mHeight / 2.0 - centre.y * mScale;
+}
+
+CPoint CLayoutRenderer::ToPicture(const CPoint& point) const
+{
+    return {mOriginX + point.x * mScale, mOriginY + point.y * mScale, 0.0};
+}
+
+void CLayoutRenderer::Draw(CDrawing& drawing)
+{
+    const eTrackStyle style = UTrackStyles::StyleOf(mTrackStyle);
+    const tRenderContext context = {drawing, style, UTrackStyles::PaletteOf(style), 1.0 / mScale,
+                                    (mOptions.isScalable ? kFinerDetail : 1.0) / mScale};
+    drawing.Save();
+    drawing.Shift(mOriginX, mOriginY);
+    drawing.Scale(mScale);
+    if (!mOptions.isTransparent) {
+        DrawGround(context);
+    }
+    if (mOptions.hasGrid) {
+        DrawGrid(context);
+    }
+    DrawElements(context);
+    if (mOptions.hasLabels) {
+        DrawLabels(context);
+    }
+    drawing.Restore();
+    if (mOptions.hasGrid) {
+        DrawScaleBar(drawing, context.palette);
+    }
+}
+
+static void AddRectangle(CDrawing& drawing, const DRect& box)
+{
+    drawing.MoveTo(box.left, box.top);
+    drawing.LineTo(box.right, box.top);
+    drawing.LineTo(box.right, box.bottom);
+    drawing.LineTo(box.left, box.bottom);
+    drawing.ClosePath();
+}
+
+/// The part of the layout that the whole picture shows.
+static DRect PictureBox(double originX, double originY, double scale, int width, int height)
+{
+    return {-originY / scale, -originX / scale, (height - originY) / scale, (width - originX) / scale};
+}
+
+void CLayoutRenderer::DrawGround(const tRenderContext& context)
+{
+    AddRectangle(context.drawing, PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight));
+    context.drawing.Fill(PaintOf(context.palette.paper), false);
+    const DRect& workspace = mLayout.GetWorkspaceBounds();
+    if (!IsDrawable(workspace) || workspace.right - workspace.left < kSmallestFrame ||
+        workspace.bottom - workspace.top < kSmallestFrame) {
+        return;
+    }
+    AddRectangle(context.drawing, workspace);
+    context.drawing.Fill(PaintOf(context.palette.board), true);
+    context.drawing.Stroke({PaintOf(context.palette.edge), context.pixel});
+}
+
+void CLayoutRenderer::DrawGrid(const tRenderContext& context)
+{
+    const double unit = mLayout.GetGridSpacing() > 0 ? mLayout.GetGridSpacing() : kUsualGrid;
+    const double spacing = RoundUp(unit, kFinestGrid / mScale);
+    const DRect box = PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight);
+    for (const bool isMajor : {false, true}) {
+        const auto isDrawn = [=](double index) { return (std::fmod(index, kGridLinesToMajor) == 0.0) == isMajor; };
+        for (double i = std::ceil(box.left / spacing); i * spacing <= box.right; ++i) {
+            if (isDrawn(i)) {
+                context.drawing.MoveTo(i * spacing, box.top);
+                context.drawing.LineTo(i * spacing, box.bottom);
+            }
+        }
+        for (double i = std::ceil(box.top / spacing); i * spacing <= box.bottom; ++i) {
+            if (isDrawn(i)) {
+                context.drawing.MoveTo(box.left, i * spacing);
+                context.drawing.LineTo(box.right, i * spacing);
+            }
+        }
+        context.drawing.Stroke({PaintOf(context.palette.grid), (isMajor ? 1.2 : 0.6) * context.pixel});
+    }
+}
+
+void CLayoutRenderer::DrawElements(const tRenderContext& context)
+{
+    CTrackRun run(context);
+    int layer = -1;
+    for (const tItem& item : mElements) {
+        const CPoint leftTop = ToPicture({item.box.left, item.box.top, 0.0});
+        const CPoint rightBottom = ToPicture({item.box.right, item.box.bottom, 0.0});
+        if (std::max({std::fabs(leftTop.x), std::fabs(leftTop.y), std::fabs(rightBottom.x), std::fabs(rightBottom.y)}) >
+            kFarthestPixel) {
+            continue;
+        }
+        if (item.layer != layer) {
+            run.Draw();
+            layer = item.layer;
+        }
+        CCompositeGeometry& element = *item.element;
+        const CDrawingOptions options(&element, mTrackStyle);
+        const tPlacement place = {{element.GetPosition().x, element.GetPosition().y}, element.GetAngle()};
+        bool isFirstTrack = true;
+        BOOST_FOREACH(CBasicGeometry* component, element.GetComponents()) {
+            const CComponentRenderer* renderer = CComponentRenderer::Find(component->GetType());
+            if (renderer == nullptr) {
+                continue;
+            }
+            if (IsTrackType(component->GetType())) {
+                run.Add(element, *component, renderer->MakeCourse(*component, place), options, isFirstTrack);
+                isFirstTrack = false;
+            } else {
+                run.Draw();
+                renderer->Draw(*component, place, options, context);
+                isFirstTrack = true;
+            }
+        }
+    }
+    run.Draw();
+}
+
+void CLayoutRenderer::DrawLabels(const tRenderContext& context)
+{
+    CLabelRoom room(mWidth, mHeight);
+    const double pixels = std::clamp(std::max(mWidth, mHeight) / 130.0, kSmallestLabel, kLargestLabel);
+    const tTextLook look = {"", pixels * context.pixel, PaintOf(context.palette.label), 1.4 * context.pixel,
+                            PaintOf(context.palette.seam)};
+    std::string label;
+    for (const tItem& item : mElements) {
+        if (std::strcmp(item.element->GetName(), "-") == 0 || item.element->GetName()[0] == '\0') {
+            continue;
+        }
+        UElementNameGenerator::GetPrefixedElementName(item.element, &mLayout, label);
+        const std::string text = Platform::MacRomanToUtf8(label);
+        double width = 0.0;
+        double height = 0.0;
+        context.drawing.MeasureText(text, look, width, height);
+        const CPoint place = UElementNameUtils::GetElementNamePosition(item.element, &mLayout, {width, height});
+        CPoint corner = ToPicture(place);
+        corner.x = std::max(std::min(corner.x, mWidth - width * mScale), 0.0); // inside the picture
+        corner.y = std::max(std::min(corner.y, mHeight - height * mScale), 0.0);
+        if (!room.Take(corner.x, corner.y, width * mScale, height * mScale)) {
+            ++mNumberOfLeftOutLabels;
+            continue;
+        }
+        context.drawing.DrawText(text, (corner.x - mOriginX) / mScale, (corner.y - mOriginY) / mScale, look);
+    }
+}
+
+void CLayoutRenderer::DrawScaleBar(CDrawing& drawing, const tPalette& palette) const
+{
+    constexpr double kInset = 12.0;
+    constexpr double kTick = 4.0;
+    const double length = RoundUp(1.0, mWidth * 0.08 / mScale);
+    const double pixels = length * mScale;
+    if (pixels + 2.0 * kInset > mWidth || mHeight < 4.0 * kInset) {
+        return;
+    }
+    const double y = mHeight - kInset;
+    drawing.MoveTo(kInset, y - kTick);
+    drawing.LineTo(kInset, y);
+    drawing.LineTo(kInset + pixels, y);
+    drawing.LineTo(kInset + pixels, y - kTick);
+    drawing.Stroke({PaintOf(palette.label), 1.2});
+    const auto millimetres = std::llround(length);
+    const std::string text = millimetres % 1000 == 0 ? std::to_string(millimetres / 1000) + " m"
+                             : millimetres % 10 == 0 ? std::to_string(millimetres / 10) + " cm"
+                                                     : std::to_string(millimetres) + " mm";
+    const tTextLook look = {"", 11.0, PaintOf(palette.label), 1.5, PaintOf(palette.seam)};
+    double width = 0.0;
+    double height = 0.0;
+    drawing.MeasureText(text, look, width, height);
+    drawing.DrawText(text, kInset + (pixels - width) / 2.0, y - kTick - height, look);
+}

@@ -1,0 +1,133 @@
+#include "Elements/Rendering/GraphicRenderers.h"
+
+#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
+#include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
+#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
+#include "Drawing/UTextComponentBoundsCalculator.h"
+#include "Utilities/Geometry/UArcGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+/// Thinnest line, in device units.
+constexpr double kThinnestLine = 0.5;
+/// How much of the pen's colour is in the outline of a filled area.
+constexpr double kOutlineDarkness = 0.35;
+/// Seam of a selected element, in device units.
+constexpr double kSelectionSeam = 2.0;
+/// Texts smaller than this many device units are left out: nobody could read them.
+constexpr double kSmallestText = 3.5;
+/// Lines are at most this thick, mm.
+constexpr double kThickestLine = 1000.0;
+
+/// A component's own colour; black stands for none.
+CColor FillColorOf(CBasicGeometry& component, const CDrawingOptions& options)
+{
+    RGBColor own = {};
+    component.GetFixedColor(own);
+    if (own.red == 0 && own.green == 0 && own.blue == 0) {
+        return options.GetFirstColor();
+    }
+    CColor color;
+    color.SetFromRGBColorValues(own.red, own.green, own.blue);
+    return color;
+}
+
+/// Paints the area or line on the drawing's path.
+void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& options, const tRenderContext& context)
+{
+    const bool isPlan = context.style == eTrackStyle::kPlan;
+    const bool isFilled = isClosed && options.GetFill() && !isPlan;
+    const CColor fill = FillColorOf(component, options);
+    // A line that is not to be filled has lost its colour.
+    CColor line = isFilled                                    ? Mix(fill, options.GetSecondColor(), kOutlineDarkness)
+                  : !isClosed && options.GetFill() && !isPlan ? fill
+                                                              : options.GetSecondColor();
+    double width = std::clamp<double>(component.GetLineThickness(), kThinnestLine * context.pixel, kThickestLine);
+    if (isPlan) {
+        width = std::min(width, 1.5 * context.pixel);
+    }
+    if (options.IsSelected()) {
+        line = options.GetThirdColor();
+        width = std::max(width, kSelectionSeam * context.pixel);
+    }
+    if (isFilled) {
+        context.drawing.Fill(PaintOf(fill), true);
+    }
+    context.drawing.Stroke({PaintOf(line), width, Platform::eLineCap::kButt, Platform::eLineJoin::kRound, {}, 0.0});
+}
+} // namespace
+
+void CPolyRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
+                         const tRenderContext& context) const
+{
+    auto& polygon = static_cast<CPolyBIG&>(component);
+    const CPoint middle = polygon.GetRotationReferencePoint(place.angle);
+    const tDirection turn = UArcGeometry::Direction(polygon.GetAngle() + place.angle);
+    CPoint offset;
+    polygon.GetItemOffset(offset);
+    bool first = true;
+    for (const CPoint& point : polygon.GetPoints()) {
+        const double dx = point.x + offset.x - middle.x;
+        const double dy = point.y + offset.y - middle.y;
+        const double x = place.position.x + middle.x + dx * turn.cosine - dy * turn.sine;
+        const double y = place.position.y + middle.y + dy * turn.cosine + dx * turn.sine;
+        if (!std::isfinite(x) || !std::isfinite(y)) {
+            continue;
+        }
+        if (first) {
+            context.drawing.MoveTo(x, y);
+            first = false;
+        } else {
+            context.drawing.LineTo(x, y);
+        }
+    }
+    if (first) {
+        return;
+    }
+    if (polygon.GetPolyCloseFlag()) {
+        context.drawing.ClosePath();
+    }
+    Paint(component, polygon.GetPolyCloseFlag(), options, context);
+}
+
+void COvalRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
+                         const tRenderContext& context) const
+{
+    auto& oval = static_cast<COvalBIG&>(component);
+    const CPoint& centre = oval.GetRotationReferencePoint(place.angle);
+    const double radius = std::fabs(oval.GetRadX());
+    const double x = place.position.x + centre.x;
+    const double y = place.position.y + centre.y;
+    if (!std::isfinite(x) || !std::isfinite(y) || !(radius <= kMostRadius)) {
+        return;
+    }
+    context.drawing.MoveTo(x + radius, y);
+    context.drawing.ArcTo(x, y, radius, 0.0, 360.0);
+    context.drawing.ClosePath();
+    Paint(component, true, options, context);
+}
+
+void CTextRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
+                         const tRenderContext& context) const
+{
+    auto& text = static_cast<CTextBIG&>(component);
+    const double size = text.GetTextSize() > 0 ? text.GetTextSize() : UTextComponentBoundsCalculator::kDefaultSize;
+    const double x = place.position.x + text.GetItemXOffset();
+    const double y = place.position.y + text.GetItemYOffset();
+    const double angle = text.GetAngle() + place.angle;
+    std::string characters;
+    if (size < kSmallestText * context.detail || !std::isfinite(x) || !std::isfinite(y) || !std::isfinite(angle) ||
+        !UTextComponentBoundsCalculator::GetCharacters(&text, characters)) {
+        return;
+    }
+    const CColor color = options.IsSelected()                                        ? options.GetThirdColor()
+                         : context.style == eTrackStyle::kPlan || !options.GetFill() ? options.GetSecondColor()
+                                                                                     : FillColorOf(component, options);
+    context.drawing.Save();
+    context.drawing.Shift(x, y);
+    context.drawing.Turn(std::fmod(angle, 360.0));
+    context.drawing.DrawText(characters, 0.0, 0.0, {text.GetFontName(), size, PaintOf(color), 0.0, {}});
+    context.drawing.Restore();
+}

@@ -1,0 +1,51 @@
+#include "CBlockPool/CBlockPool.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace {
+struct tBlock {
+    unsigned char* bytes;
+    size_t size;
+    unsigned char mark;
+};
+
+void ExpectUntouched(const tBlock& block)
+{
+    EXPECT_TRUE(std::all_of(block.bytes, block.bytes + block.size,
+                            [&block](unsigned char byte) { return byte == block.mark; }));
+}
+} // namespace
+
+// Blocks of all sizes come and go in random order, now and then all of them; none may reach into another.
+TEST(BlockPool, BlocksAreAlignedAndDoNotOverlap)
+{
+    std::mt19937 random(7);
+    std::vector<tBlock> blocks;
+    for (int step = 0; step < 60000; ++step) {
+        const size_t most = step % 20000 < 12000 ? 4000 : 0; // grows, then empties
+        if (blocks.size() < most && random() % 4 != 0) {
+            const size_t size = 1 + random() % (CBlockPool::kLargestBlock + 40);
+            tBlock block = {static_cast<unsigned char*>(CBlockPool::Allocate(size)), size,
+                            static_cast<unsigned char>(random())};
+            ASSERT_EQ(reinterpret_cast<uintptr_t>(block.bytes) % alignof(std::max_align_t), 0u);
+            std::memset(block.bytes, block.mark, size);
+            blocks.push_back(block);
+        } else if (!blocks.empty()) {
+            std::swap(blocks[random() % blocks.size()], blocks.back());
+            ExpectUntouched(blocks.back());
+            CBlockPool::Release(blocks.back().bytes, blocks.back().size);
+            blocks.pop_back();
+        }
+    }
+    for (const tBlock& block : blocks) {
+        ExpectUntouched(block);
+        CBlockPool::Release(block.bytes, block.size);
+    }
+    CBlockPool::Release(nullptr, 16);
+}

@@ -1,0 +1,331 @@
+#include "Source/Geometry/Shapes.h"
+#include "Utilities/Geometry/UBezier.h"
+
+#include <algorithm>
+
+namespace {
+/// Adds a polygon to a new element that is turned and moved; the polygon is turned as well.
+std::unique_ptr<CCompositeGeometry> InTurnedElement(CPolyBIG* poly, CRandom& random)
+{
+    auto element = std::make_unique<CCompositeGeometry>();
+    element->AppendBIG(poly);
+    element->SetPosition(random.Between(-500, 500), random.Between(-500, 500));
+    element->RotateBy(random.Between(-360, 360));
+    return element;
+}
+
+/// Where all points lie in the layout.
+std::vector<CPoint> Places(const CCompositeGeometry& element, const CPolyBIG& poly)
+{
+    std::vector<CPoint> places;
+    for (int i = 0; i < poly.GetNumberOfPoints(); ++i) {
+        CPoint place;
+        EXPECT_TRUE(poly.GetScaledRotatedPoint(place, i, 1.0));
+        places.push_back(place + element.GetPosition());
+        places.back().z = 0.0;
+    }
+    return places;
+}
+
+void ExpectSamePlaces(const std::vector<CPoint>& actual, const std::vector<CPoint>& expected)
+{
+    ASSERT_EQ(actual.size(), expected.size());
+    for (size_t i = 0; i < actual.size(); ++i) {
+        SCOPED_TRACE(i);
+        ExpectSamePlace(actual[i], expected[i]);
+    }
+}
+
+CPolyBIG* Line(const std::vector<CPoint>& points)
+{
+    CPolyBIG* line = new CPolyBIG;
+    line->SpecifyPolyGeometry(0, 0, points, 0, 1, 1);
+    line->SetPolyCloseFlag(false);
+    return line;
+}
+} // namespace
+
+TEST(Editing, OnePointIsEditedAndTheOthersStay)
+{
+    CRandom random(51);
+    for (int i = 0; i < 120; ++i) {
+        SCOPED_TRACE(i);
+        const bool isFlex = i % 3 == 0;
+        auto poly = std::make_unique<CPolyBIG>();
+        const auto points = random.Points(2 + random.Below(6), 200);
+        if (isFlex) {
+            auto flex = std::make_unique<CFlexTrackBIG>();
+            flex->SpecifyFlexGeometry(30, 40, points, random.Between(-360, 360), 30, 1e6);
+            poly = std::move(flex);
+        } else {
+            poly->SpecifyPolyGeometry(30, 40, points, random.Between(-360, 360), 1, 1);
+            poly->SetPolyCloseFlag(i % 3 == 1);
+        }
+        CPolyBIG& line = *poly;
+        const auto element = InTurnedElement(poly.release(), random);
+        auto places = Places(*element, line);
+        const int last = line.GetNumberOfPoints() - 1;
+
+        const int at = random.Below(last + 1);
+        ASSERT_TRUE(line.InsertPointAfter(at));
+        auto after = Places(*element, line);
+        const CPoint inserted = after[static_cast<size_t>(at) + 1];
+        after.erase(after.begin() + at + 1);
+        ExpectSamePlaces(after, places);
+        const CPoint& from = places[static_cast<size_t>(at)];
+        if (at < last && !isFlex) {
+            ExpectSamePlace(inserted, (from + places[static_cast<size_t>(at) + 1]) * 0.5);
+        } else if (at == last && i % 3 == 1) {
+            ExpectSamePlace(inserted, (from + places[0]) * 0.5);
+        } else if (at == last) {
+            ExpectSamePlace(inserted, from + (from - places[static_cast<size_t>(at) - 1]) * 0.5);
+        } else {
+            double nearest = INFINITY; // on the curve that was there
+            UBezier::ForEachSegment(points, [&](const tBezierSegment& segment) {
+                const tVector2D middle = UBezier::PointAt(segment, 0.5);
+                nearest = std::min(nearest, CPoint(middle.x, middle.y, 0).CalcDistance2D(line.GetPoint(at + 1)));
+            });
+            EXPECT_LE(nearest, kTolerance);
+        }
+        ASSERT_TRUE(line.DelPoint(at + 1));
+        ExpectSamePlaces(Places(*element, line), places);
+        ASSERT_TRUE(line.InsertPointBefore(at));
+        ASSERT_TRUE(line.DelPoint(at));
+        ExpectSamePlaces(Places(*element, line), places);
+
+        const CPoint extra = random.Points(1, 900)[0];
+        ASSERT_TRUE(line.InsertPointAtIdx(at, extra));
+        ExpectSamePlace(line.GetPoint(at), extra);
+        ASSERT_TRUE(line.RestrictPolyPoint("d"));
+        const CPoint& neighbour = line.GetPoint(at > 0 ? at - 1 : 1);
+        const double direction = DirectionFrom(neighbour, line.GetPoint(at));
+        EXPECT_LE(AngleBetween(direction, std::round(direction / 45.0) * 45.0), kTolerance);
+        EXPECT_LE(AngleBetween(direction, DirectionFrom(neighbour, extra)), 22.5 + kTolerance);
+        ASSERT_TRUE(line.RestrictPolyPoint("h"));
+        EXPECT_EQ(line.GetPoint(at).y, neighbour.y);
+        ASSERT_TRUE(line.DelPoint(at));
+        ExpectSamePlaces(Places(*element, line), places);
+
+        // Neither of these moves anything, and the points are those of an unturned polygon afterwards.
+        line.Normalize();
+        ExpectSamePlaces(Places(*element, line), places);
+        EXPECT_EQ(line.GetAngle(), 0.0);
+        double left = INFINITY;
+        double top = INFINITY;
+        for (const CPoint& point : line.GetPoints()) {
+            left = std::min(left, point.x);
+            top = std::min(top, point.y);
+        }
+        EXPECT_EQ(left, 0.0);
+        EXPECT_EQ(top, 0.0);
+        line.RoundPointPositions();
+        for (size_t k = 0; k < places.size(); ++k) {
+            EXPECT_EQ(line.GetPoints()[k].x, std::round(line.GetPoints()[k].x));
+            EXPECT_LE(Places(*element, line)[k].CalcDistance2D(places[k]), std::sqrt(0.5) + kTolerance);
+        }
+        // Mirroring twice restores; mirroring once mirrors.
+        const std::vector<CPoint> unmirrored = line.GetPoints();
+        line.MirrorPointsHorizontally();
+        EXPECT_NEAR(line.GetPoint(0).x - line.GetPoint(1).x, unmirrored[1].x - unmirrored[0].x, kTolerance);
+        EXPECT_EQ(line.GetPoint(0).y, unmirrored[0].y);
+        line.MirrorPointsHorizontally();
+        line.MirrorPointsVertically();
+        EXPECT_NEAR(line.GetPoint(0).y - line.GetPoint(1).y, unmirrored[1].y - unmirrored[0].y, kTolerance);
+        line.MirrorPointsVertically();
+        ExpectSamePlaces(line.GetPoints(), unmirrored);
+
+        // What is not there cannot be edited.
+        CPoint place(1, 2, 3);
+        for (const int wrong : {-1, line.GetNumberOfPoints() + 1, 1 << 30}) {
+            EXPECT_FALSE(line.InsertPointBefore(wrong) || line.InsertPointAfter(wrong) ||
+                         line.InsertPointAtIdx(wrong, {}) || line.DelPoint(wrong) ||
+                         line.GetScaledRotatedPoint(place, wrong, 2.0));
+        }
+        EXPECT_FALSE(line.RestrictPolyPoint("x") || line.RestrictPolyPoint(nullptr));
+        while (line.GetNumberOfPoints() > 2) {
+            EXPECT_TRUE(line.DelPoint(0));
+        }
+        EXPECT_FALSE(line.DelPoint(0));
+    }
+}
+
+TEST(Editing, AClickTakesHoldOfTheNearestHandle)
+{
+    CRandom random(52);
+    auto flex = std::make_unique<CFlexTrackBIG>();
+    flex->SpecifyFlexGeometry(3, 4, {{0, 0, 0}, {200, 0, 0}, {400, 100, 0}}, 20, 30, 900);
+    CFlexTrackBIG& track = *flex;
+    const auto element = InTurnedElement(flex.release(), random);
+    Point32 handle = {};
+    for (int i = 0; i < 3; ++i) {
+        CPoint place;
+        ASSERT_TRUE(track.GetScaledRotatedPoint(place, i, 1.0));
+        CPoint doubled;
+        ASSERT_TRUE(track.GetScaledRotatedPoint(doubled, i, 2.0));
+        ExpectSamePlace(doubled, place * 2.0);
+        EXPECT_EQ(track.PointIsCloseToHandle(place + CPoint(3, -3.9, 0), handle), i);
+        EXPECT_NEAR(handle.x, place.x, 0.5);
+        EXPECT_NEAR(handle.y, place.y, 0.5);
+        EXPECT_EQ(track.PointIsCloseToHandle(place + CPoint(0, 5.1, 0), handle), -1);
+        // A neighbour holds a connected end; the middle is free.
+        CJoint neighbour;
+        track.GetJoint(i / 2)->ConnectToJoint(&neighbour);
+        EXPECT_EQ(track.PointIsCloseToHandle(place, handle), i == 1 ? 1 : -1);
+    }
+    EXPECT_EQ(track.PointIsCloseToHandle(track.GetRotationReferencePoint(0), handle), -1);
+    ExpectSamePlace(track.GetLastCenterPoint(), track.GetRotationReferencePoint(0));
+}
+
+TEST(Editing, NoEditMakesAFlexibleTrackLongerThanItsMaximum)
+{
+    CRandom random(53);
+    for (int i = 0; i < 100; ++i) {
+        SCOPED_TRACE(i);
+        const double most = random.Between(300, 900);
+        std::vector<CPoint> points = {{0, 0, 0}};
+        for (int k = 0; k < 4; ++k) {
+            points.push_back(points.back() + CPoint(most / 5, random.Between(-20, 20), 0));
+        }
+        CFlexTrackBIG flex;
+        flex.SpecifyFlexGeometry(0, 0, points, 0, 30, most);
+        ASSERT_LT(flex.GetTrackLength(), most);
+        // Pulling one end draws that end back, in the direction in which it was pulled; the rest stays.
+        const bool pullsFirst = random.Coin();
+        std::vector<CPoint> pulled = points;
+        (pullsFirst ? pulled.front() : pulled.back()).MoveBy(pullsFirst ? -most : most, random.Between(-99, 99), 0);
+        EXPECT_TRUE(flex.SetPoints(pulled));
+        EXPECT_NEAR(flex.GetTrackLength(), most, most * 1e-3);
+        EXPECT_LE(flex.GetTrackLength(), most * (1 + 2e-6));
+        ASSERT_EQ(flex.GetNumberOfPoints(), 5);
+        for (size_t k = pullsFirst ? 1 : 0; k < (pullsFirst ? 5u : 4u); ++k) {
+            ExpectSamePlace(flex.GetPoints()[k], points[k]);
+        }
+        const CPoint end = flex.GetPoint(pullsFirst ? 0 : 4);
+        EXPECT_LT(end.CalcDistance2D(pullsFirst ? points[0] : points[4]), most);
+        // Bending the middle draws the last end back, and so does whatever is added.
+        std::vector<CPoint> bent = flex.GetPoints();
+        bent[2].MoveBy(0, 80, 0);
+        EXPECT_TRUE(flex.SetPoints(bent));
+        ExpectSamePlace(flex.GetPoints()[0], bent[0]);
+        flex.AddPoint(flex.GetPoint(flex.GetNumberOfPoints() - 1) + CPoint(500, 0, 0));
+        flex.InsertPointBefore(0);
+        flex.InsertPointAtIdx(1, random.Point(300));
+        EXPECT_LE(flex.GetTrackLength(), most * (1 + 1e-5));
+        EXPECT_GE(flex.GetNumberOfPoints(), 2);
+        CFlexTrackBIG other;
+        other.SpecifyFlexGeometry(0, 0, {{900, 0, 0}, {900, 300, 0}}, 0, 30, most);
+        const std::vector<CPoint> before = flex.GetPoints();
+        EXPECT_FALSE(flex.Merge(&other));
+        ExpectSamePlaces(flex.GetPoints(), before);
+    }
+    // One that is already longer may be edited, but does not grow.
+    CFlexTrackBIG longer;
+    longer.SpecifyFlexGeometry(0, 0, {{0, 0, 0}, {500, 0, 0}, {1000, 0, 0}}, 0, 30, 400);
+    longer.AddPoint({1500, 0, 0});
+    EXPECT_NEAR(longer.GetTrackLength(), 1000, 0.01);
+    longer.SetPoints({{0, 0, 0}, {700, 0, 0}});
+    EXPECT_NEAR(longer.GetTrackLength(), 700, kTolerance);
+    longer.SetLineThickness(9);
+    EXPECT_EQ(longer.GetLineThickness(), 1);
+}
+
+TEST(Editing, LinesWhoseEndsMeetBecomeOne)
+{
+    CRandom random(54);
+    for (int i = 0; i < 60; ++i) {
+        SCOPED_TRACE(i);
+        // A way through points, cut into lines that run either way, in any order and each turned about itself.
+        const int count = 4 + random.Below(12);
+        std::vector<CPoint> way = random.Points(count, 400);
+        const bool ring = random.Coin();
+        if (ring) {
+            way.push_back(way.front());
+        }
+        std::vector<std::vector<CPoint>> parts;
+        for (size_t from = 0; from + 1 < way.size();) {
+            const size_t to = std::min(from + 1 + static_cast<size_t>(random.Below(3)), way.size() - 1);
+            parts.emplace_back(way.begin() + static_cast<std::ptrdiff_t>(from),
+                               way.begin() + static_cast<std::ptrdiff_t>(to) + 1);
+            if (random.Coin()) {
+                std::reverse(parts.back().begin(), parts.back().end());
+            }
+            from = to;
+        }
+        const auto element = std::make_unique<CCompositeGeometry>();
+        const size_t lines = parts.size();
+        while (!parts.empty()) {
+            const auto part = parts.begin() + random.Below(static_cast<int>(parts.size()));
+            CPolyBIG* line = Line(*part);
+            const double turn = random.Between(-180, 180); // stored turned, so that it lies as before
+            std::vector<CPoint> turned;
+            const CPoint middle = line->GetRotationReferencePoint(0);
+            for (const CPoint& point : *part) {
+                turned.push_back(Turned(point, middle, -turn));
+            }
+            line->SetPoints(turned);
+            const CPoint now = line->GetRotationReferencePoint(0);
+            static_cast<CBasicGeometry*>(line)->SetAngle(turn);
+            const CPoint there = Turned(middle, now, turn);
+            line->MoveItemBy(middle.x - there.x, middle.y - there.y);
+            element->AppendBIG(line);
+            parts.erase(part);
+        }
+        CPolyBIG* thick = Line({way[0], {900, 900, 0}});
+        thick->SetLineThickness(3);
+        element->AppendBIG(thick);
+        element->AppendBIG(Line({{5000, 0, 0}, {6000, 0, 0}}));
+        element->SetPosition(70, 80);
+        EXPECT_EQ(element->SimplifyJoinPolylines(), static_cast<int>(lines) - 1);
+        ASSERT_EQ(element->GetNumberOfComponents(), 3u);
+        const auto* whole = static_cast<CPolyBIG*>(element->GetBIGAtIndex(0));
+        EXPECT_EQ(whole->GetPolyCloseFlag(), ring && count > 2);
+        auto places = Places(*element, *whole);
+        ASSERT_EQ(places.size(), static_cast<size_t>(count));
+        for (CPoint& place : way) {
+            place = place + CPoint(70, 80, 0);
+        }
+        way.resize(static_cast<size_t>(count));
+        if (ring) {
+            const auto start = std::min_element(places.begin(), places.end(), [&](const CPoint& a, const CPoint& b) {
+                return a.CalcDistance2D(way[0]) < b.CalcDistance2D(way[0]);
+            });
+            std::rotate(places.begin(), start, places.end());
+            if (places[1].CalcDistance2D(way[1]) > 1.0) {
+                std::reverse(places.begin() + 1, places.end());
+            }
+        } else if (places[0].CalcDistance2D(way[0]) > 1.0) {
+            std::reverse(places.begin(), places.end());
+        }
+        for (size_t k = 0; k < places.size(); ++k) {
+            EXPECT_LE(places[k].CalcDistance2D(way[k]), kTolerance);
+        }
+        EXPECT_EQ(element->SimplifyJoinPolylines(), 0);
+    }
+    // A gap becomes an edge; closed, empty and other kinds of line are not merged, nor a line with itself.
+    const std::unique_ptr<CPolyBIG> a(Line({{0, 0, 0}, {100, 0, 0}}));
+    const std::unique_ptr<CPolyBIG> b(Line({{300, 50, 0}, {120, 0, 0}}));
+    ASSERT_TRUE(a->Merge(b.get()));
+    ExpectSamePlaces(a->GetPoints(), {{0, 0, 0}, {100, 0, 0}, {120, 0, 0}, {300, 50, 0}});
+    EXPECT_EQ(b->GetNumberOfPoints(), 2);
+    // Lines of two elements meet in the layout.
+    const auto first = InTurnedElement(Line({{0, 0, 0}, {100, 40, 0}}), random);
+    const auto second = InTurnedElement(Line({{7, 7, 0}, {60, 80, 0}, {9, 300, 0}}), random);
+    auto& mine = static_cast<CPolyBIG&>(*first->GetBIGAtIndex(0));
+    auto& theirs = static_cast<CPolyBIG&>(*second->GetBIGAtIndex(0));
+    const CPoint gap = Places(*first, mine).back() - Places(*second, theirs).back();
+    second->MoveBy(gap.x, gap.y);
+    const auto here = Places(*first, mine);
+    const auto there = Places(*second, theirs);
+    ASSERT_TRUE(mine.Merge(&theirs));
+    ExpectSamePlaces(Places(*first, mine), {here[0], here[1], there[1], there[0]});
+
+    CFlexTrackBIG flex;
+    CPolyBIG closed(b.get());
+    closed.SetPolyCloseFlag(true);
+    const std::unique_ptr<CPolyBIG> empty(Line({}));
+    for (CPolyBIG* wrong :
+         {static_cast<CPolyBIG*>(&flex), &closed, empty.get(), a.get(), static_cast<CPolyBIG*>(nullptr)}) {
+        EXPECT_FALSE(a->Merge(wrong));
+    }
+    EXPECT_EQ(a->GetNumberOfPoints(), 4);
+}

@@ -1,0 +1,212 @@
+#include "Source/Geometry/Shapes.h"
+#include "Utilities/Geometry/UBezier.h"
+
+#include <algorithm>
+
+namespace {
+/// Track that swings from side to side, each corner drawn as one point or as three close ones; nothing of it comes near
+/// another part of it, however wide the line beside it.
+std::vector<CPoint> Swinging(CRandom& random, int corners)
+{
+    std::vector<CPoint> points = {random.Point(1000)};
+    double heading = random.Between(-180, 180);
+    const auto go = [&](double length) { points.push_back(points.back() + Turned({length, 0, 0}, CPoint(), heading)); };
+    go(random.Between(400, 600));
+    for (int i = 0; i < corners; ++i) {
+        const bool close = random.Coin();
+        const double turn = random.Between(10, close ? 155 : 130) * (i % 2 == 0 ? 1 : -1);
+        for (int k = 0; close && k < 2; ++k) {
+            heading += turn / 3.0;
+            go(random.Between(3, 30));
+        }
+        heading += close ? turn / 3.0 : turn;
+        go(random.Between(400, 600));
+    }
+    return points;
+}
+
+std::vector<CPoint> Dense(const std::vector<CPoint>& points, const tTurn& turn, int steps)
+{
+    std::vector<CPoint> line;
+    UBezier::ForEachSegment(points, [&](const tBezierSegment& segment) {
+        for (int i = 0; i <= steps; ++i) {
+            const tVector2D at = turn.Apply(UBezier::PointAt(segment, double(i) / steps));
+            line.emplace_back(at.x, at.y, 0.0);
+        }
+    });
+    return line;
+}
+
+double DistanceToLine(const CPoint& point, const std::vector<CPoint>& line)
+{
+    double nearest = INFINITY;
+    for (size_t i = 0; i + 1 < line.size(); ++i) {
+        const CPoint along = line[i + 1] - line[i];
+        const CPoint to = point - line[i];
+        const double square = along.x * along.x + along.y * along.y;
+        const double t = square > 0.0 ? std::clamp((to.x * along.x + to.y * along.y) / square, 0.0, 1.0) : 0.0;
+        nearest = std::min(nearest, point.CalcDistance2D(line[i] + along * t));
+    }
+    return nearest;
+}
+
+bool Cross(const CPoint& a, const CPoint& b, const CPoint& c, const CPoint& d)
+{
+    const auto side = [](const CPoint& p, const CPoint& q, const CPoint& r) {
+        return (q.x - p.x) * (r.y - p.y) - (q.y - p.y) * (r.x - p.x);
+    };
+    return side(a, b, c) * side(a, b, d) < 0.0 && side(c, d, a) * side(c, d, b) < 0.0;
+}
+
+int CountCrossings(const std::vector<CPoint>& line)
+{
+    int count = 0;
+    for (size_t i = 0; i + 1 < line.size(); ++i) {
+        for (size_t k = i + 2; k + 1 < line.size(); ++k) {
+            count += Cross(line[i], line[i + 1], line[k], line[k + 1]) ? 1 : 0;
+        }
+    }
+    return count;
+}
+} // namespace
+
+TEST(Offset, KeepsItsDistanceAndNeverCrossesItself)
+{
+    CRandom random(31);
+    int cut = 0;
+    for (int i = 0; i < 60; ++i) {
+        SCOPED_TRACE(i);
+        const std::vector<CPoint> points = Swinging(random, random.Below(5));
+        const double angle = random.Between(-360, 360);
+        const tTurn turn = {UArcGeometry::Direction(angle), {random.Between(-99, 99), 7}, {5, -6}};
+        const double distance = random.Between(5, 60) * (random.Coin() ? 1 : -1);
+        const std::vector<CPoint> centre = Dense(points, turn, 400);
+        std::vector<CPoint> line;
+        UBezier::CalcOffset(points, turn, distance, line);
+        ASSERT_GE(line.size(), 2u);
+        for (size_t k = 0; k + 1 < line.size(); ++k) {
+            for (const CPoint& point : {line[k], (line[k] + line[k + 1]) * 0.5}) {
+                ASSERT_NEAR(DistanceToLine(point, centre), std::fabs(distance), 2.0 * UTrackCourse::kFlatness) << k;
+            }
+        }
+        EXPECT_EQ(CountCrossings(line), 0);
+        // It begins and ends square to the track, on the side of its sign.
+        const CPoint first = line.front() - centre.front();
+        const CPoint last = line.back() - centre.back();
+        double start = 0.0;
+        double end = 0.0;
+        UBezier::CalcEndAngles(points, start, end);
+        const double square = angle + (distance > 0 ? 90.0 : -90.0);
+        EXPECT_LE(AngleBetween(DirectionFrom({}, first), start + square), kTolerance);
+        EXPECT_LE(AngleBetween(DirectionFrom({}, last), end + square), kTolerance);
+        EXPECT_NEAR(last.CalcDistance2D({}), std::fabs(distance), kTolerance);
+        // The true line, uncut, to see that bends were tight enough.
+        double uncut = 0.0;
+        double length = 0.0;
+        for (size_t k = 0; k + 2 < centre.size(); ++k) {
+            const auto beside = [&](size_t at) {
+                const CPoint along = centre[at + 1] - centre[at];
+                const double norm = along.CalcDistance2D({});
+                return norm > 0 ? centre[at] + CPoint(-along.y, along.x, 0) * (distance / norm) : centre[at];
+            };
+            uncut += beside(k).CalcDistance2D(beside(k + 1));
+        }
+        for (size_t k = 0; k + 1 < line.size(); ++k) {
+            length += line[k].CalcDistance2D(line[k + 1]);
+        }
+        cut += length < uncut * 0.99 ? 1 : 0;
+    }
+    EXPECT_GT(cut, 12) << "the curves are not tight enough to test anything";
+}
+
+TEST(Offset, ACourseIsWalkedByItsLength)
+{
+    CRandom random(32);
+    for (int i = 0; i < 90; ++i) {
+        SCOPED_TRACE(i);
+        static constexpr int kTypes[] = {kStraightType, kCurveType, kFlexTrackType};
+        const auto track = RandomComponent(random, kTypes[i % 3]);
+        const double angle = random.Between(-360, 360);
+        tCourse course;
+        switch (track->GetType()) {
+        case kStraightType:
+            static_cast<CStraightBIG&>(*track).DefineCourse(angle, course);
+            break;
+        case kCurveType:
+            static_cast<CCurveBIG&>(*track).DefineCourse(angle, 20, course);
+            break;
+        default:
+            static_cast<CFlexTrackBIG&>(*track).DefineCourse(angle, 20, course);
+        }
+        ASSERT_GE(course.size(), 2u);
+        track->DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, CBasicGeometry::kPlaceForConnection);
+        for (int k = 0; k < 2; ++k) {
+            const tCoursePoint& end = k == 0 ? course.front() : course.back();
+            ExpectSamePlace(CPoint(end.point.x, end.point.y, 0), track->GetJoint(k)->GetPosition());
+            EXPECT_LE(AngleBetween(std::atan2(end.heading.y, end.heading.x) * 180.0 / M_PI + 180.0 * k,
+                                   track->GetJoint(k)->GetAngle()),
+                      kTolerance);
+        }
+        // The length on the rails is that of the centre line, which for a curve lies at radius plus gauge.
+        double length = std::fabs(track->GetTrackLength());
+        if (track->GetType() == kCurveType) {
+            length *= 1.0 + track->GetGauge() / static_cast<CCurveBIG&>(*track).GetItemRadius();
+        }
+        EXPECT_NEAR(course.back().length / length, 1.0, 1e-5);
+        // In equal steps along it, every chord is as long as the step, but for the bend.
+        const double step = length / 5000.0;
+        tCoursePoint last = UTrackCourse::AtLength(course, -1.0);
+        EXPECT_EQ(last.length, 0.0);
+        double walked = 0.0;
+        for (int k = 1; k <= 5000; ++k) {
+            const tCoursePoint at = UTrackCourse::AtLength(course, step * k);
+            const double chord = std::hypot(at.point.x - last.point.x, at.point.y - last.point.y);
+            EXPECT_LE(chord, step * 1.05 + 1e-3);
+            EXPECT_NEAR(std::hypot(at.heading.x, at.heading.y), 1.0, 1e-12);
+            walked += chord;
+            last = at;
+        }
+        EXPECT_NEAR(walked / length, 1.0, 1e-3);
+    }
+}
+
+TEST(Offset, HostileCurvesGiveFewAndFinitePoints)
+{
+    CRandom random(33);
+    std::vector<CPoint> circle;
+    for (int i = 0; i <= 12; ++i) {
+        circle.push_back(Turned({10, 0, 0}, CPoint(), 30.0 * i));
+    }
+    std::vector<CPoint> mixed = random.Points(50, 1e308);
+    mixed.insert(mixed.begin() + 20, {{NAN, 1, 0}, {INFINITY, -INFINITY, 0}, {1, 2, 0}, {1e200, 3, 0}});
+    const struct {
+        const char* what;
+        std::vector<CPoint> points;
+    } cases[] = {{"none", {}},
+                 {"one", {{1, 2, 0}}},
+                 {"one spot", std::vector<CPoint>(10000, CPoint(5, 5, 0))},
+                 {"nearly one spot", random.Points(10000, 1e-9)},
+                 {"a scribble", random.Points(10000, 30)},
+                 {"as far as documents reach", random.Points(10000, 2147483647.0)},
+                 {"there and back", {{0, 0, 0}, {100, 0, 0}, {0, 0, 0}, {100, 0, 0}}},
+                 {"a circle of the distance", circle},
+                 {"a hairpin", {{0, 0, 0}, {300, 0, 0}, {301, 1, 0}, {300, 2, 0}, {0, 2, 0}}},
+                 {"not finite", mixed},
+                 {"nothing finite", {{NAN, NAN, 0}, {0, INFINITY, 0}, {NAN, 0, 0}}}};
+    for (const auto& test : cases) {
+        for (const double distance : {0.0, 10.0, -10.0, 40.0, 1e9, 1e-300, double(INFINITY), double(NAN)}) {
+            SCOPED_TRACE(testing::Message() << test.what << " at " << distance);
+            std::vector<CPoint> line;
+            UBezier::CalcOffset(test.points, {{0.6, 0.8}, {5, 6}, {7, 8}}, distance, line);
+            EXPECT_LE(line.size(), 2 * (UBezier::kMostCoursePoints + test.points.size()));
+            for (const CPoint& point : line) {
+                ASSERT_TRUE(std::isfinite(point.x) && std::isfinite(point.y));
+            }
+            tCourse course;
+            UBezier::Flatten(test.points, {{0.6, 0.8}, {5, 6}, {7, 8}}, distance, course);
+            for (const tCoursePoint& at : course) {
+                ASSERT_TRUE(std::isfinite(at.point.x + at.point.y + at.heading.x + at.heading.y + at.length));
+            }
+        }
+    }
+}

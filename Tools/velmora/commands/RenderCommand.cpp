@@ -1,0 +1,250 @@
+// velmora render and velmora thumbnail: the picture of a layout.
+#include "ExitCodes.h"
+#include "commands/Inquiry.h"
+#include "input/CDocumentSource.h"
+#include "output/COutput.h"
+#include "output/CReplacedFile.h"
+#include "output/Escapes.h"
+#include "pool/CWorkerPool.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <unistd.h>
+
+namespace {
+/// Longest side of a picture, and its pixels altogether: what a worker draws.
+constexpr uint32_t kMostSide = 16384;
+constexpr uint64_t kMostPixels = 50000000;
+constexpr uint32_t kMostThumbnail = 2048;
+
+constexpr const char* kStyles[] = {"line", "filled", "plan", "bed", "sleepers"};
+
+const char* const kNoSize = "--size is WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
+
+bool ParseNumber(std::string_view text, uint32_t most, uint32_t& number)
+{
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size() && number >= 1 && number <= most;
+}
+
+bool ParseSize(const std::string& size, uint32_t& width, uint32_t& height)
+{
+    const std::string_view text = size;
+    const size_t cross = text.find_first_of("xX");
+    return cross != std::string_view::npos && ParseNumber(text.substr(0, cross), kMostSide, width) &&
+           ParseNumber(text.substr(cross + 1), kMostSide, height) && uint64_t{width} * height <= kMostPixels;
+}
+
+bool EndsWith(const std::string& path, std::string_view suffix)
+{
+    return path.size() >= suffix.size() &&
+           std::equal(suffix.begin(), suffix.end(), path.end() - static_cast<std::ptrdiff_t>(suffix.size()),
+                      [](char one, char other) { return one == (other >= 'A' && other <= 'Z' ? other + 32 : other); });
+}
+
+/// What the options, or the output's name, ask for; none when the name tells nothing.
+std::optional<ePictureKind> FindKind(const tOptions& options)
+{
+    const auto is = [&options](const std::string& name) {
+        return options.format.empty() ? EndsWith(options.output, "." + name) : options.format == name;
+    };
+    return is("svg")   ? std::optional(ePictureKind::kSVG)
+           : is("png") ? std::optional(ePictureKind::kPNG)
+           : is("pdf") ? std::optional(ePictureKind::kPDF)
+                       : std::nullopt;
+}
+
+bool GoesToStandardOutput(const tOptions& options)
+{
+    return options.output.empty() || options.output == "-";
+}
+
+/// Asks a worker for the picture of one document.
+/// @return an exit status; the picture and the report are set for kExitOK
+int AskForPicture(const tOptions& options, const tPictureWish& wish, tAnswer& answer)
+{
+    const auto fail = [](const std::string& message) {
+        COutput::PrintMessage(Escapes::ForTerminal(message));
+        return static_cast<int>(kExitFailed);
+    };
+    CDocumentSource source({options.paths[0]});
+    tInput input;
+    if (!source.Next(input) || input.path != options.paths[0]) {
+        return fail(options.paths[0] + ": is a folder, not a layout");
+    }
+    if (input.failure) {
+        return fail(input.path + ": " + input.failure->message);
+    }
+    std::optional<tFailure> cannotServe;
+    tOptions drawing = options;
+    drawing.draws = true;
+    CWorkerPool pool(GetWorkerSettings(drawing, cannotServe), options.timeoutSeconds, 1);
+    tFailure failure;
+    if (!cannotServe && pool.WaitUntilReady(failure) == CWorkerPool::eResult::kFailed) {
+        cannotServe = failure;
+    }
+    if (cannotServe) {
+        return fail(cannotServe->message);
+    }
+    uint64_t ticket = 0;
+    tRequest request;
+    request.verb = eVerb::kRender;
+    request.picture = wish;
+    pool.Submit(1, std::move(request), std::move(input.document));
+    if (pool.Collect(ticket, answer) == CWorkerPool::eResult::kInterrupted) {
+        return kExitInterrupted;
+    }
+    return answer.ok ? static_cast<int>(kExitOK) : fail(input.path + ": " + answer.failure.message);
+}
+
+/// Says what the picture does not show.
+void PrintLeftOut(const tOptions& options, const std::string& text)
+{
+    CReport report;
+    CReport::Parse(text, report);
+    const auto print = [&](long long count, const char* one, const char* many) {
+        if (count > 0) {
+            COutput::PrintMessage(Escapes::ForTerminal(options.paths[0]) + ": " + std::to_string(count) + " " +
+                                  (count == 1 ? one : many));
+        }
+    };
+    print(report.GetNumber("strays"), "element lies too far from the others to be shown",
+          "elements lie too far from the others to be shown");
+    print(report.GetNumber("labels_left_out"), "label has no room; a larger --size may show it",
+          "labels have no room; a larger --size shows more of them");
+}
+
+int WritePicture(const tOptions& options, const std::string& bytes, bool mayReplace)
+{
+    if (GoesToStandardOutput(options)) {
+        COutput output(STDOUT_FILENO);
+        output.Write(bytes);
+        return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
+    }
+    const std::string problem = CReplacedFile::Write(options.output, bytes, mayReplace);
+    if (!problem.empty()) {
+        COutput::PrintMessage(Escapes::ForTerminal(options.output + ": " + problem));
+        return kExitFailed;
+    }
+    return kExitOK;
+}
+
+void AddRenderOptions(CLI::App& app, tOptions& options)
+{
+    options.format.clear();
+    app.add_option("LAYOUT", options.paths, "The layout; - is standard input");
+    app.add_option("-o,--output", options.output, "The file to write; - is standard output, as without this option")
+        ->type_name("FILE");
+    app.add_flag("-f,--force", options.force, "Replace the file if it is there already");
+    app.add_option("--format", options.format, "svg, png or pdf; by the output's name if not given, else svg")
+        ->check(CLI::IsMember({"svg", "png", "pdf"}))
+        ->type_name("FORMAT");
+    app.add_option("--size", options.size,
+                   "The largest picture, in pixels (default 1600x1600; for pdf, whose pixels are points, a page of A4)")
+        ->type_name("WxH");
+    app.add_flag("--labels", options.labels, "Draw the names of the elements");
+    app.add_flag("--grid", options.grid, "Draw a grid and a scale");
+    app.add_option("--layer", options.layers,
+                   "Draw only the elements on this layer, visible or not; may be given several times")
+        ->allow_extra_args(false)
+        ->type_name("NAME");
+    app.add_option("--style", options.style, "line, filled, plan, bed or sleepers; the layout's own if not given")
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kStyles), std::end(kStyles))))
+        ->type_name("STYLE");
+    AddWorkerOptions(app, options);
+}
+
+std::string CheckRender(const tOptions& options)
+{
+    uint32_t width = 0;
+    uint32_t height = 0;
+    if (options.paths.size() != 1) {
+        return options.paths.empty() ? "name the layout to draw" : "name one layout: a picture shows one";
+    }
+    if (!options.size.empty() && !ParseSize(options.size, width, height)) {
+        return kNoSize;
+    }
+    if (!GoesToStandardOutput(options) && !FindKind(options)) {
+        return "the name of the output tells no format: end it in .svg, .png or .pdf, or give --format";
+    }
+    return {};
+}
+
+int RunRender(const tOptions& options)
+{
+    tPictureWish wish;
+    wish.kind = FindKind(options).value_or(ePictureKind::kSVG);
+    if (GoesToStandardOutput(options) && wish.kind != ePictureKind::kSVG && isatty(STDOUT_FILENO) != 0) {
+        COutput::PrintMessage("a picture of this format is nothing for a terminal; name a file with -o");
+        return kExitUsage;
+    }
+    if (!options.force && !GoesToStandardOutput(options) &&
+        CReplacedFile::IsRegular(options.output)) { // said before the work is done
+        COutput::PrintMessage(Escapes::ForTerminal(options.output) + ": exists already; --force replaces it");
+        return kExitFailed;
+    }
+    if (!options.size.empty()) {
+        ParseSize(options.size, wish.width, wish.height);
+    }
+    wish.hasLabels = options.labels;
+    wish.hasGrid = options.grid;
+    wish.style = options.style;
+    wish.layers = options.layers;
+    tAnswer answer;
+    const int status = AskForPicture(options, wish, answer);
+    if (status != kExitOK) {
+        return status;
+    }
+    PrintLeftOut(options, answer.report);
+    return WritePicture(options, answer.picture, options.force);
+}
+
+void AddThumbnailOptions(CLI::App& app, tOptions& options)
+{
+    options.size = "256";
+    app.add_option("INPUT OUTPUT", options.paths, "The layout, and the PNG file to write");
+    app.add_option("--size", options.size, "Pixels of a side, at most 2048 (default 256)")->type_name("N");
+    AddWorkerOptions(app, options);
+}
+
+std::string CheckThumbnail(const tOptions& options)
+{
+    uint32_t side = 0;
+    if (options.paths.size() != 2) {
+        return "name the layout and the file to write";
+    }
+    return ParseNumber(options.size, kMostThumbnail, side) ? "" : "--size is a number of pixels, at most 2048";
+}
+
+int RunThumbnail(const tOptions& options)
+{
+    tPictureWish wish;
+    ParseNumber(options.size, kMostThumbnail, wish.width);
+    wish.height = wish.width;
+    wish.isThumbnail = true;
+    tOptions split = options;
+    split.output = options.paths[1];
+    split.paths.resize(1);
+    tAnswer answer;
+    const int status = AskForPicture(split, wish, answer);
+    // A file manager has made the file already.
+    return status == kExitOK ? WritePicture(split, answer.picture, true) : status;
+}
+} // namespace
+
+const tCommand kRenderCommand = {"render",
+                                 "Draw a layout as SVG, PNG or PDF",
+                                 "  velmora render -o plan.png plan.velmora\n"
+                                 "  velmora render --labels --grid --layer Track -o plan.pdf plan.velmora\n",
+                                 AddRenderOptions,
+                                 CheckRender,
+                                 RunRender};
+const tCommand kThumbnailCommand = {"thumbnail",
+                                    "Draw a layout as a small square picture, for file managers",
+                                    "  velmora thumbnail --size 256 plan.velmora plan.png\n",
+                                    AddThumbnailOptions,
+                                    CheckThumbnail,
+                                    RunThumbnail};
