@@ -146,8 +146,7 @@ void CExamination::ExaminePreferences()
 
 void CExamination::ExamineIndex()
 {
-    const std::string folder = Places::FindDataFolder();
-    const std::string path = folder.empty() ? folder : folder + "/index.db";
+    const std::string path = Places::FindIndex();
     mIndex["path"] = UTF8::MakeValid(path);
     if (path.empty()) {
         Add("there is no place for an index: neither HOME nor XDG_DATA_HOME is an absolute path");
