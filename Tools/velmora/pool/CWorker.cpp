@@ -19,6 +19,8 @@ extern char** environ;
 
 /// How long a process that has closed its socket may take to end, before it is ended.
 static constexpr int kEndMilliseconds = 500;
+/// How often the limit of processor time is moved; each time costs two system calls.
+static constexpr std::chrono::milliseconds kGrantInterval(500);
 /// How long an idle process may take to leave by itself.
 static constexpr int kLeaveMilliseconds = 2000;
 
@@ -98,6 +100,8 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mFaultCertain = false;
     mProcessorSeconds = settings.processorSeconds;
     mGreeting = tHello();
+    mGranted = {};
+    mWasKilled = false;
     mState = eState::kStarting;
     return true;
 }
@@ -105,15 +109,21 @@ bool CWorker::Start(const tWorkerSettings& settings)
 /// Bounds the processor time of the next request. The owner's clock notices a slow worker earlier; this one also holds
 /// while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one could
 /// never be raised again.
-void CWorker::GrantProcessorTime() const
+void CWorker::GrantProcessorTime()
 {
 #if defined(__linux__)
+    const auto now = std::chrono::steady_clock::now();
+    if (now - mGranted < kGrantInterval) { // what it has used since is a part of the second on top
+        return;
+    }
+    mGranted = now;
     clockid_t clock = 0;
     timespec used = {};
     if (mProcessorSeconds == 0 || clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
         return;
     }
-    // Twice the time: the request before this one may still be in work. And one second, because it counts whole ones.
+    // Twice the time: the request before this one may still be in work; should more of them be slow, the one that meets
+    // the limit is tried again by the pool. And one second, because it counts whole ones.
     const rlimit limit = {static_cast<rlim_t>(used.tv_sec) + 2 * rlim_t{mProcessorSeconds} + 1, RLIM_INFINITY};
     prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
 #endif
@@ -216,6 +226,7 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     } else {
         const std::optional<int> status = WaitForEnd(kEndMilliseconds);
         const std::string end = DescribeEnd(status);
+        mWasKilled = status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL;
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
         if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
             answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");
