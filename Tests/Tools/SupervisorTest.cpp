@@ -201,7 +201,7 @@ TEST(DocumentRun, LosesNothingWhenWorkersAreKilled)
         EXPECT_EQ(answer.ok ? answer.attributes.at(0).texts.at(0) : "", texts[next]);
         if (++next % 50 == 0) {
             const std::vector<pid_t> workers = ListChildren();
-            killed += !workers.empty() && kill(workers[next / 50 % workers.size()], SIGKILL) == 0 ? 1 : 0;
+            killed += !workers.empty() && kill(workers.front(), SIGKILL) == 0 ? 1 : 0;
         }
         return true;
     };

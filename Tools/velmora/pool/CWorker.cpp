@@ -19,6 +19,7 @@ extern char** environ;
 
 /// How long a process that has closed its socket may take to end, before it is ended.
 static constexpr int kEndMilliseconds = 500;
+/// How often the limit of processor time is moved; each time costs two system calls.
 /// How long an idle process may take to leave by itself.
 static constexpr int kLeaveMilliseconds = 2000;
 
@@ -99,6 +100,7 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mProcessorSeconds = settings.processorSeconds;
     mGrantedRequests = 0;
     mGreeting = tHello();
+    mWasKilled = false;
     mState = eState::kStarting;
     return true;
 }
@@ -227,6 +229,7 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     } else {
         const std::optional<int> status = WaitForEnd(kEndMilliseconds);
         const std::string end = DescribeEnd(status);
+        mWasKilled = status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL;
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
         if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
             answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");

@@ -4,6 +4,7 @@
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 
+#include <chrono>
 #include <deque>
 #include <optional>
 #include <string>
@@ -69,6 +70,9 @@ public:
     /// Whether the loss just reported can only be the fault of the oldest request: the process has said so.
     bool IsFaultCertain() const { return mFaultCertain; }
 
+    /// Whether the loss just reported was somebody else's doing: a user's or the system's SIGKILL.
+    bool WasKilled() const { return mWasKilled; }
+
     /// Memory that the process holds at the moment, in bytes; 0 when unknown.
     size_t GetResidentMemory() const;
 
@@ -100,6 +104,7 @@ private:
     std::string mFatalReport; ///< what it said before it ended itself
     bool mOutOfMemory = false;
     bool mFaultCertain = false;
+    bool mWasKilled = false;
     unsigned mProcessorSeconds = 0;
     time_t mGrantedAt = 0;       ///< when processor time was granted last
     size_t mGrantedRequests = 0; ///< and for how many

@@ -15,6 +15,9 @@ static constexpr int kStartAttempts = 3;
 /// After an interrupt, what is in flight has this long to finish.
 static constexpr std::chrono::seconds kGrace(1);
 
+/// So often a request is tried whose processes are killed by somebody else, who may be the system, short of memory.
+static constexpr int kMaxLosses = 5;
+
 /// Requests are sent ahead for about this time, so that a worker does not run dry while the host is busy; what takes
 /// longer is sent one by one, since what waits behind it could be done by another worker.
 static constexpr double kSecondsAhead = 0.004;
@@ -90,7 +93,7 @@ CWorkerPool::eResult CWorkerPool::WaitUntilReady(tFailure& failure)
 
 void CWorkerPool::Submit(uint64_t ticket, tRequest request, CDescriptor document)
 {
-    mQueue.push_back({ticket, std::move(request), std::move(document)});
+    mQueue.push_back({ticket, std::move(request), std::move(document), 0});
     Dispatch();
 }
 
@@ -323,7 +326,9 @@ void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer
     }
     tJob job = std::move(slot.jobs.front());
     slot.jobs.pop_front();
-    const bool certain = slot.alone || slot.worker->IsFaultCertain();
+    ++job.losses;
+    const bool somebodyElse = slot.worker->WasKilled() && job.losses < kMaxLosses;
+    const bool certain = (slot.alone && !somebodyElse) || slot.worker->IsFaultCertain();
     GiveBack(slot);
     if (certain) {
         mDone.emplace_back(job.ticket, std::move(answer));

@@ -15,7 +15,8 @@
 /// A worker is sent a few requests ahead, as long as they are answered quickly, so that it need not wait for the host.
 /// When it is lost, those behind the one in work go to others. The one in work is tried once more, as the first and
 /// only request of a fresh process, unless the process has said what was wrong with it or has used up its time: so
-/// nothing is blamed for what another document has done to the process, or somebody else.
+/// nothing is blamed for what another document has done to the process. A process that somebody else has killed says
+/// nothing about its document: that is tried some more times.
 class CWorkerPool {
 public:
     enum class eResult { kDone, kFailed, kInterrupted };
@@ -66,6 +67,7 @@ private:
         uint64_t ticket = 0;
         tRequest request;
         CDescriptor document;
+        int losses = 0; ///< of workers that were at it
     };
 
     /// A worker and what it has to do.
