@@ -325,7 +325,7 @@ private:
                                {"opened", summary.opened},
                                {"documents", documents},
                                {"seconds", seconds}}));
-        } else {
+        } else if (!mOptions.quiet) {
             char text[512];
             snprintf(text, sizeof text,
                      "%lld added, %lld changed, %lld unchanged, %lld removed, %lld failed; %lld documents in the index"
@@ -368,7 +368,8 @@ int RunIndex(const tOptions& options)
     } catch (const CIndexError& error) {
         COutput::PrintMessage(error.what());
     } catch (const std::exception& error) { // SQLite's: no space, no rights, a damaged file
-        COutput::PrintMessage("the index " + Escapes::ForTerminal(path) + " cannot be used: " + error.what());
+        COutput::PrintMessage("the index " + Escapes::ForTerminal(path) + " cannot be used: " + error.what() +
+                              "\nIf it is damaged, remove it and index again.");
     }
     return kExitFailed;
 }

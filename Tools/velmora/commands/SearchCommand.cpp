@@ -167,7 +167,8 @@ static int RunSearch(const tOptions& options)
     } catch (const CIndexError& error) {
         COutput::PrintMessage(error.what());
     } catch (const std::exception& error) {
-        COutput::PrintMessage("the index " + Escapes::ForTerminal(path) + " cannot be searched: " + error.what());
+        COutput::PrintMessage("the index " + Escapes::ForTerminal(path) + " cannot be searched: " + error.what() +
+                              "\nIf it is damaged, remove it and index again.");
     }
     return kExitFailed;
 }
