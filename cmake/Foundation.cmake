@@ -1,4 +1,5 @@
 # objc_foundation: Foundation and Core Foundation, the platform's own on macOS and GNUstep's on Linux.
+# objc_appkit: AppKit over it; VELMORA_APPKIT says whether there is one.
 foreach(language OBJC OBJCXX)
   if(NOT CMAKE_${language}_COMPILER) # else CMake picks clang whatever the C++ compiler is
     if(language STREQUAL "OBJC")
@@ -31,4 +32,22 @@ else()
       "$<${objc_languages}:SHELL:-idirafter ${gcc_include}>") # objc/objc.h, after clang's own headers
   endif()
   target_link_libraries(objc_foundation INTERFACE ${GNUSTEP_BASE} ${gcc_libobjc.so})
+endif()
+
+set(VELMORA_APPKIT ON)
+add_library(objc_appkit INTERFACE)
+target_link_libraries(objc_appkit INTERFACE objc_foundation)
+if(APPLE)
+  target_link_libraries(objc_appkit INTERFACE "-framework AppKit")
+else()
+  find_path(GNUSTEP_GUI_INCLUDE AppKit/AppKit.h PATH_SUFFIXES GNUstep)
+  find_library(GNUSTEP_GUI gnustep-gui)
+  if(GNUSTEP_GUI_INCLUDE AND GNUSTEP_GUI)
+    target_include_directories(objc_appkit SYSTEM INTERFACE ${GNUSTEP_GUI_INCLUDE})
+    target_compile_definitions(objc_appkit INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:GNUSTEP_GUI_LIBRARY=1>)
+    target_link_libraries(objc_appkit INTERFACE ${GNUSTEP_GUI})
+  else()
+    set(VELMORA_APPKIT OFF)
+    message(STATUS "No AppKit here (Debian: libgnustep-gui-dev): the Cocoa drawing is not built")
+  endif()
 endif()

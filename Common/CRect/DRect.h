@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CPoint/CPoint.h"
+#include "Platform/Geometry.h"
 
 /// A rectangle in the drawing plane, in layout units. Vertical edge first, as in the platform's Rect.
 struct DRect {
@@ -34,4 +35,13 @@ public:
 
     /// Turns the rectangle about (0, 0) and replaces it by the smallest upright one around the result.
     static void RotateDRect(DRect& rect, double degrees);
+
+    /// The edges of a rectangle given by corner and size; a negative size gives turned edges.
+    static DRect CGRect2DRect(const CGRect& rect)
+    {
+        return {rect.origin.y, rect.origin.x, rect.origin.y + rect.size.height, rect.origin.x + rect.size.width};
+    }
+
+    /// Moves the rectangle so that left and top become 0.
+    static void ZeroAlignDRect(DRect& rect) { rect = {0.0, 0.0, rect.bottom - rect.top, rect.right - rect.left}; }
 };

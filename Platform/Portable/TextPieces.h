@@ -1,4 +1,4 @@
-// Cutting a text into what the systems' text libraries can measure. For the sources of Platform only.
+// Cutting a text into what the systems' text libraries can take. For the sources of Platform and the drawing over Cocoa.
 #pragma once
 
 #include "Utf8.h"

@@ -1,4 +1,4 @@
-// Reading UTF-8 strictly, one character at a time. For the sources of Platform only.
+// Reading UTF-8 strictly, one character at a time. For the sources of Platform and the drawing over Cocoa.
 #pragma once
 
 #include <cstddef>

@@ -91,6 +91,15 @@ TEST(CRect, EdgesFollowTheSize)
     EXPECT_EQ(fromEdges.GetHeight(), 6);
     EXPECT_EQ(fromEdges.GetWidth(), 3);
     ExpectAt(UDRect::Center(edges), 2.5, 5, 0);
+    edges = UDRect::CGRect2DRect(CGRectMake(1, 2, 3, 6));
+    UDRect::RotateDRect(edges, 90); // (1, 2) to (4, 8) comes to lie from (-8, 1) to (-2, 4)
+    EXPECT_NEAR(edges.left, -8, 1e-12);
+    EXPECT_NEAR(edges.top, 1, 1e-12);
+    UDRect::ZeroAlignDRect(edges);
+    EXPECT_EQ(edges.left, 0);
+    EXPECT_EQ(edges.top, 0);
+    EXPECT_NEAR(edges.right, 6, 1e-12);
+    EXPECT_NEAR(edges.bottom, 3, 1e-12);
 }
 
 TEST(CRect, Comparisons)

@@ -43,6 +43,8 @@ TEST(CommandLine, RefusesWrongUsage)
                  {{"import", "--null", "x"}, "--files-from"},
                  {{"import", "--files-from", "-", "-"}, "standard input"},
                  {{"import", "--files-from", "/nonexistent"}, "No such file"},
+                 {{"import", "--raw", "x"}, "--name"},
+                 {{"import", "-d4", "x"}, "--detail"},
                  {{"schema", "operand"}, "operand"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.message);
@@ -76,22 +78,22 @@ TEST(CommandLine, HelpsOnEveryLevel)
 
 TEST(Import, GivesEverySampleItsAttributesOrItsCode)
 {
-    std::vector<std::string> arguments = {"import", "--format", "json"};
+    std::vector<std::string> arguments = {"import", "--quiet", "--format", "json"};
     for (const auto& entry : std::filesystem::directory_iterator(TEST_DATA "/documents")) {
         if (entry.path().extension() == ".velmora") {
             arguments.push_back(entry.path().string());
         }
     }
     // Not the order of the folder walk, so that the order of the records shows.
-    std::sort(arguments.begin() + 3, arguments.end(), std::greater<>());
+    std::sort(arguments.begin() + 4, arguments.end(), std::greater<>());
     ASSERT_GT(arguments.size(), 90U);
     const tProgramResult result = RunVelmora(arguments);
     EXPECT_EQ(result.status, kExitFailed);
     EXPECT_EQ(result.err, "");
     const std::vector<tJSON> records = ParseLines(result.out);
-    ASSERT_EQ(records.size(), arguments.size() - 3);
+    ASSERT_EQ(records.size(), arguments.size() - 4);
     for (size_t i = 0; i < records.size(); ++i) {
-        const std::string path = arguments[i + 3];
+        const std::string path = arguments[i + 4];
         SCOPED_TRACE(path);
         const tJSON expected = tJSON::parse(ReadFile(std::filesystem::path(path).replace_extension(".expected.json")));
         const tJSON& record = records[i];
@@ -134,12 +136,14 @@ TEST(Import, SaysInPlainWordsWhatIsWrong)
     for (std::string line; std::getline(errors, line);) {
         lines.push_back(line);
     }
-    ASSERT_EQ(lines.size(), 4U) << result.err;
+    ASSERT_EQ(lines.size(), 5U) << result.err;
     const std::string start = "velmora: " + folder;
     EXPECT_EQ(lines[0], start + "/2 garbage.velmora: is not a layout document");
     EXPECT_EQ(lines[1], start + "/3 old.velmora: the format version 2 is not supported");
     EXPECT_EQ(lines[2].rfind(start + "/4 cut\\n.velmora: element 1 is damaged: ", 0), 0U) << lines[2];
     EXPECT_EQ(lines[3], start + "/5 broken.velmora: cannot be opened: No such file or directory");
+    EXPECT_EQ(lines[4].rfind("velmora: 1 imported, 4 failed (code 1: 1, code 2: 1, code 3: 1, code 4: 1) in ", 0), 0U)
+        << lines[4];
 
     const std::string documents = TEST_DATA "/documents/";
     const tProgramResult damaged =
@@ -194,6 +198,68 @@ TEST(Import, TakesEveryNameAndEverySource)
     const tProgramResult empty = RunVelmora({"import", MakeFolder("nothing")});
     EXPECT_EQ(empty.status, kExitOK);
     EXPECT_EQ(empty.out + empty.err, "");
+}
+
+TEST(Import, PrintsWhatIsAskedFor)
+{
+    const std::string folder = MakeFolder("chosen");
+    WriteFile(folder + "/a.velmora", MakeLayout("first", 2));
+    WriteFile(folder + "/b.velmora", "garbage");
+    WriteFile(folder + "/c.velmora", MakeLayout("third"));
+    std::filesystem::create_directory(folder + "/old");
+    WriteFile(folder + "/old/d.velmora", MakeLayout("excluded"));
+    WriteFile(folder + "/a~1.velmora", MakeLayout("excluded"));
+    const auto import = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), {"import", "-q", "--exclude", "*~*", "--exclude", "*/old"});
+        options.push_back(folder);
+        return RunVelmora(options);
+    };
+    const tProgramResult raw =
+        import({"-n", "kMDItemLayerNames", "-n", "absent", "--name=kMDItemDescription", "--raw", "--null-marker", "-"});
+    const std::string expected = "Layer 0\nLayer 1|-|first|-|-|-|Layer 0|-|third";
+    std::string out = raw.out;
+    std::replace(out.begin(), out.end(), '\0', '|');
+    EXPECT_EQ(out, expected);
+    EXPECT_EQ(raw.err, "velmora: " + folder + "/b.velmora: is not a layout document\n");
+    EXPECT_EQ(raw.status, kExitFailed);
+
+    const tJSON named =
+        ParseLines(import({"--format=json", "-n", "kMDItemDescription", "-n", "kMDItemAuthors"}).out).at(0);
+    EXPECT_EQ(named["attributes"].dump(), R"({"kMDItemDescription":"first","kMDItemAuthors":[""]})");
+    for (int level = 1; level <= 3; ++level) {
+        const tJSON record = ParseLines(import({"--format=json", "-d" + std::to_string(level)}).out).at(0);
+        EXPECT_EQ(record["type"], Importer::kContentType);
+        EXPECT_EQ(record["importer"], BUILD_FOLDER "/" + std::string(Importer::kBundleName));
+        EXPECT_EQ(record["attributes"].size(), level == 1 ? 0U : level == 2 ? 4U : 5U);
+    }
+}
+
+TEST(Serve, AnswersEachLine)
+{
+    const std::string folder = MakeFolder("served");
+    WriteFile(folder + "/a.velmora", MakeLayout("first"));
+    WriteFile(folder + "/\xFF", MakeLayout("bytes"));
+    tProgramRun run;
+    run.arguments = {BUILD_FOLDER "/velmora", "serve"};
+    run.folder = folder;
+    run.input = "{\"path\":\"a.velmora\"}\n\nnonsense\n{\"id\":[],\"path\":\"a\"}\n{\"id\":7}\n"
+                "{\"id\":\"x\",\"path_base64\":\"/w==\"}\n{\"path_base64\":\"/w=\"}\n{\"path\":\".\"}\n"
+                "{\"path\":\"a\\u0000\"}\n{\"path\":\"a.velmora\"}"; // the last line without its end
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, kExitOK) << result.err;
+    std::vector<std::string> inOrder;
+    for (const tJSON& record : ParseLines(result.out)) {
+        if (record.contains("id")) {
+            EXPECT_EQ(record["id"] == 7 ? record["error"]["code"] : record["attributes"]["kMDItemDescription"],
+                      record["id"] == 7 ? "request" : "bytes");
+            EXPECT_EQ(record.contains("path_base64"), record["id"] == "x");
+        } else {
+            inOrder.push_back(record["ok"] ? record["path"] : record["error"]["code"]);
+        }
+    }
+    EXPECT_EQ(inOrder,
+              (std::vector<std::string>{"a.velmora", "request", "request", "request", "path", "path", "a.velmora"}));
+    EXPECT_EQ(ParseLines(result.out).size(), inOrder.size() + 2);
 }
 
 TEST(Import, ReportsADocumentThatNeedsMoreMemoryThanGranted)

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -58,6 +59,29 @@ TEST(DocumentSource, WalksFoldersInOrderOfBytes)
     CDocumentSource again({folder + "/a/", folder + "/empty", folder + "/loop.velmora/a"});
     EXPECT_EQ(Collect(again, folder),
               (tNames{"a/magic", "a/z.velmora", "loop.velmora/a/magic", "loop.velmora/a/z.velmora"}));
+}
+
+TEST(DocumentSource, WalksDeeperThanDescriptorsReach)
+{
+    const std::string folder = MakeFolder("deep");
+    std::filesystem::current_path(folder);
+    constexpr int kDepth = 300;
+    for (int i = 0; i < kDepth; ++i) {
+        std::filesystem::create_directory("d");
+        WriteFile("z.velmora", "?"); // behind the folder, so that the walk comes back to it
+        std::filesystem::current_path("d");
+    }
+    std::filesystem::current_path(folder);
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit few = {100, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    CDocumentSource source({"."});
+    const tNames found = Collect(source, folder);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    ASSERT_EQ(found.size(), size_t{kDepth}) << found.back();
+    EXPECT_EQ(found.back(), "./z.velmora");
+    EXPECT_EQ(found.front().size(), 2 * kDepth - 2 + found.back().size());
 }
 
 TEST(DocumentSource, TakesWhatIsNamed)

@@ -31,7 +31,11 @@ static std::vector<tAnswer> SampleAnswers()
     tAnswer picture = report;
     picture.verb = eVerb::kRender;
     picture.picture = std::string("\x89PNG\r\n\0\xFF", 8); // bytes of any kind, unlike texts
-    return {attributes, schema, report, picture, loader, MakeFailure(eFailure::kPlugIn, "none")};
+    tAnswer index = attributes;
+    index.verb = eVerb::kIndex;
+    index.libraries = {"Library"};
+    index.articles = {"3601", "Q 1"};
+    return {attributes, schema, report, picture, index, loader, MakeFailure(eFailure::kPlugIn, "none")};
 }
 
 TEST(Messages, ComeBackAsTheyWere)

@@ -60,6 +60,10 @@ static bool Misbehave(const std::string& command, const tFrame& request)
         _exit(3);
     } else if (command == "hang") {
         Hang();
+    } else if (command == "spin") {
+        const pid_t host = getppid();
+        while (getppid() == host) {
+        }
     } else if (command == "close and hang") {
         close(sSocket);
         Hang();

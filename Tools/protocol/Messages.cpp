@@ -196,7 +196,7 @@ std::string Encode(const tRequest& request)
 bool Decode(std::string_view message, tRequest& request)
 {
     CMessageReader reader(message);
-    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kRender);
+    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
     request.contentType = reader.GetText();
     if (request.verb == eVerb::kRender) {
         tPictureWish& wish = request.picture;
@@ -281,12 +281,16 @@ std::string Encode(const tAnswer& answer)
         EncodeSchema(writer, answer.schema);
         return writer.Take();
     }
-    if (answer.verb != eVerb::kImport) {
+    if (answer.verb != eVerb::kImport && answer.verb != eVerb::kIndex) {
         writer.Put(std::string_view(answer.report));
         if (answer.verb == eVerb::kRender) {
             writer.Put(std::string_view(answer.picture));
         }
         return writer.Take();
+    }
+    if (answer.verb == eVerb::kIndex) {
+        writer.PutTexts(answer.libraries);
+        writer.PutTexts(answer.articles);
     }
     writer.PutList(answer.attributes, [&](const tAttribute& attribute) {
         writer.Put(std::string_view(attribute.key));
@@ -304,17 +308,21 @@ bool Decode(std::string_view message, tAnswer& answer)
         DecodeFailure(reader, answer.failure);
         return reader.IsWhole();
     }
-    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kRender);
+    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
     if (answer.verb == eVerb::kSchema) {
         DecodeSchema(reader, answer.schema);
         return reader.IsWhole();
     }
-    if (answer.verb != eVerb::kImport) {
+    if (answer.verb != eVerb::kImport && answer.verb != eVerb::kIndex) {
         answer.report = reader.GetText();
         if (answer.verb == eVerb::kRender) {
             answer.picture = reader.GetBytes();
         }
         return reader.IsWhole();
+    }
+    if (answer.verb == eVerb::kIndex) {
+        reader.GetTexts(answer.libraries);
+        reader.GetTexts(answer.articles);
     }
     reader.GetList(answer.attributes, [&] {
         tAttribute attribute;

@@ -27,7 +27,8 @@ enum class eVerb : uint8_t {
     kLibrary = 5, ///< with a track library's: its articles
     kStock = 6,   ///< with a stock file's: its entries
     kExamine = 7, ///< what the worker finds of its surroundings, or whether it can do what a sandbox should refuse
-    kRender = 8   ///< with a layout's: its picture, and a report about it
+    kRender = 8,  ///< with a layout's: its picture, and a report about it
+    kIndex = 9    ///< with a layout's: the attributes the plug-in gives, and the names of its libraries and articles
 };
 
 enum class ePictureKind : uint8_t { kPNG = 1, kSVG = 2, kPDF = 3 };
@@ -46,7 +47,7 @@ struct tPictureWish {
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string contentType;   ///< uniform type identifier, for kImport; for kExamine the act to be tried, or empty
+    std::string contentType;   ///< uniform type identifier, for kImport and kIndex; for kExamine the act to be tried, or empty
     tPictureWish picture = {}; ///< for kRender
 };
 
@@ -109,8 +110,10 @@ struct tSchema {
 struct tAnswer {
     bool ok = false;
     tFailure failure;                   ///< when not ok
-    eVerb verb = eVerb::kImport;        ///< when ok: which of the two following is meant
-    std::vector<tAttribute> attributes; ///< kImport
+    eVerb verb = eVerb::kImport;        ///< when ok: which of the following are meant
+    std::vector<tAttribute> attributes; ///< kImport and kIndex
+    std::vector<std::string> libraries; ///< kIndex: each name once
+    std::vector<std::string> articles;  ///< kIndex: each name once
     tSchema schema;                     ///< kSchema
     std::string report;                 ///< the other verbs: a JSON object in UTF-8
     std::string picture;                ///< kRender: a file's bytes

@@ -1,5 +1,8 @@
 #include "protocol/UTF8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace UTF8 {
 char32_t DecodeNext(std::string_view text, size_t& position)
 {
@@ -47,6 +50,14 @@ char32_t DecodeNext(std::string_view text, size_t& position)
 bool IsValid(std::string_view text)
 {
     for (size_t position = 0; position < text.size();) {
+        uint64_t eight = 0;
+        if (text.size() - position >= sizeof eight) { // most texts are plain: many bytes at once
+            memcpy(&eight, text.data() + position, sizeof eight);
+            if ((eight & 0x8080808080808080) == 0) {
+                position += sizeof eight;
+                continue;
+            }
+        }
         if (DecodeNext(text, position) == kInvalid) {
             return false;
         }

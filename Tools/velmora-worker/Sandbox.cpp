@@ -44,6 +44,9 @@ std::optional<Sandbox::tMode> Sandbox::ParseMode(std::string_view text)
 #if defined(VELMORA_ADDRESS_SANITIZER)
     mode.layers = 0;
     mode.note = "the worker is built with AddressSanitizer, which works in none";
+#elif defined(VELMORA_COVERAGE)
+    mode.layers = 0;
+    mode.note = "the worker counts what it runs, and writes that into files";
 #elif !defined(__linux__)
     mode.layers = 0;
     mode.note = "this system has none that a program can put on";

@@ -70,7 +70,7 @@ static bool ParseArguments(int argc, char** argv, tArguments& arguments)
 /// Whether an answer keeps to what the host accepts.
 static bool FitsProtocol(const tAnswer& answer, const std::string& encoded)
 {
-    size_t entries = answer.attributes.size();
+    size_t entries = answer.attributes.size() + answer.libraries.size() + answer.articles.size();
     for (const tAttribute& attribute : answer.attributes) {
         entries += attribute.texts.size();
     }
@@ -98,6 +98,8 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
         return AnswerLibrary(path);
     case eVerb::kStock:
         return AnswerStock(path);
+    case eVerb::kIndex:
+        return AnswerIndex(plugIn, request.contentType, document);
     case eVerb::kRender:
         return AnswerRender(path, document, request.picture);
     case eVerb::kImport:

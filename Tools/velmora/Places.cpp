@@ -97,6 +97,19 @@ std::string Places::FindDataFolder()
 #endif
 }
 
+std::string Places::FindIndex()
+{
+    const std::string folder = FindDataFolder();
+    return folder.empty() ? folder : folder + "/index.db";
+}
+
+void Places::MakeFolderOf(const std::string& path)
+{
+    for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        mkdir(path.substr(0, end).c_str(), 0700);
+    }
+}
+
 std::string Places::FindPreferencesFile()
 {
 #if defined(__APPLE__)
@@ -112,15 +125,8 @@ void Places::MakeLogFolder()
 {
 #if !defined(__APPLE__)
     const std::string state = UserFolder("XDG_STATE_HOME", "/.local/state");
-    if (state.empty()) {
-        return;
-    }
-    const std::string folder = state + "/velmora";
-    for (size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {
-        mkdir(folder.substr(0, end).c_str(), 0700);
-        if (end == std::string::npos) {
-            return;
-        }
+    if (!state.empty()) {
+        MakeFolderOf(state + "/velmora/");
     }
 #endif
 }

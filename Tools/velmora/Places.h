@@ -18,6 +18,12 @@ std::string DescribePlugInPlaces();
 /// Library/ Application Support/Velmora. @return empty when there is no place for it
 std::string FindDataFolder();
 
+/// The user's search index, in the data folder, which need not exist. @return empty when there is no place for it
+std::string FindIndex();
+
+/// Makes the folder a file is to lie in, and those above it, for this user alone. Who needs it sees when it is missing.
+void MakeFolderOf(const std::string& path);
+
 /// The file in which the core keeps the user's preferences, which need not exist. @return empty when there is no place
 /// for it
 std::string FindPreferencesFile();

@@ -17,7 +17,7 @@
 extern char** environ;
 
 /// More than any worker is granted by default, and address space only.
-static constexpr size_t kMuchMemory = size_t{64} << 30;
+static constexpr size_t kMuchMemory = size_t{512} << 30;
 
 static bool OpenFile()
 {
@@ -137,7 +137,7 @@ static const tKnownAct kActs[] = {
     {{"network", "listen to the network", Jail::kCallFilter}, Jail::kTCPVersion, ListenToNetwork},
     {{"signal", "signal the parent process", Jail::kCallFilter}, Jail::kScopesVersion, SignalParent},
     {{"code", "map executable memory", Jail::kCallFilter}, 0, [] { return Map(4096, PROT_READ | PROT_EXEC); }},
-    {{"memory", "map 64 GB of memory", Jail::kMemory}, 0, [] { return Map(kMuchMemory, PROT_NONE); }}};
+    {{"memory", "map 512 GB of memory", Jail::kMemory}, 0, [] { return Map(kMuchMemory, PROT_NONE); }}};
 
 const std::vector<Jail::tAct>& Jail::GetActs()
 {

@@ -24,6 +24,9 @@ static constexpr uint16_t kJumpIfEqual = BPF_JMP | BPF_JEQ | BPF_K;
 static constexpr uint16_t kJumpIfAnyBit = BPF_JMP | BPF_JSET | BPF_K;
 static constexpr uint16_t kReturn = BPF_RET | BPF_K;
 
+/// Arguments are 64 bits wide, their low word first on both processors.
+static constexpr size_t kArgumentSize = sizeof(uint64_t);
+
 bool Jail::KnowsThisProcessor()
 {
     return kArchitecture != 0;
@@ -67,8 +70,7 @@ void Jail::CCallFilter::AnswerIf(int call, std::initializer_list<tCondition> con
     for (const tCondition& condition : conditions) {
         left = static_cast<uint8_t>(left - 2);
         const uint8_t toNo = static_cast<uint8_t>(left + 1);
-        // Arguments are 64 bits wide, their low word first on both processors.
-        Add(kLoad, static_cast<uint32_t>(offsetof(seccomp_data, args) + 8 * condition.argument));
+        Add(kLoad, static_cast<uint32_t>(offsetof(seccomp_data, args) + kArgumentSize * condition.argument));
         if (condition.test == tCondition::eTest::kEquals) {
             Add(kJumpIfEqual, condition.value, 0, toNo);
         } else {
@@ -84,7 +86,7 @@ void Jail::CCallFilter::AnswerIfOneOf(int call, unsigned argument, std::initiali
 {
     uint8_t left = static_cast<uint8_t>(values.size());
     Add(kJumpIfEqual, static_cast<uint32_t>(call), 0, static_cast<uint8_t>(left + 3));
-    Add(kLoad, static_cast<uint32_t>(offsetof(seccomp_data, args) + 8 * argument));
+    Add(kLoad, static_cast<uint32_t>(offsetof(seccomp_data, args) + kArgumentSize * argument));
     for (const uint32_t value : values) {
         Add(kJumpIfEqual, value, left, 0); // over the values left and the first answer
         --left;

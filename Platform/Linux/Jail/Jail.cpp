@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <thread>
 #include <time.h>
 #include <unistd.h>
 
@@ -19,6 +20,9 @@ static constexpr rlim_t kDescriptors = 32;
 static constexpr rlim_t kDescriptorsForDrawing = 64;
 /// How long to wait between two looks at the threads: 200 microseconds.
 static constexpr long kPauseNanoseconds = 200000;
+
+/// A thread that was joined is gone for the kernel a little later.
+static constexpr int kThreadMilliseconds = 100;
 
 namespace {
 /// Whether a layer is on, and its state's detail.
@@ -138,6 +142,11 @@ std::vector<Jail::tState> Jail::Close(const tOrder& order)
             states.push_back({layer, outcome.isOn, std::move(outcome.detail)});
         }
     };
+    if (order.profile == eProfile::kDraw) {
+        // For the first thread of a process the C library sets up a signal handler, which the jail refuses.
+        std::thread([] {}).join();
+        WaitForOneThread(kThreadMilliseconds);
+    }
     // The order matters: later layers refuse what earlier ones need.
     close(kMemory, [&] { return LimitMemory(order.memoryMegabytes); });
     close(kLimits, [&] { return LimitResources(order.profile); });

@@ -1,4 +1,4 @@
-// Sizes on the screen, under the name that Core Graphics gives them.
+// Points, sizes and rectangles on the screen, under the names that Core Graphics gives them.
 #pragma once
 
 #if defined(__APPLE__)
@@ -11,4 +11,17 @@ struct CGSize {
     CGFloat width;
     CGFloat height;
 };
+
+struct CGPoint {
+    CGFloat x;
+    CGFloat y;
+};
+
+/// The corner with the smallest coordinates, and the way from there to the opposite one.
+struct CGRect {
+    CGPoint origin;
+    CGSize size;
+};
+
+inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height) { return {{x, y}, {width, height}}; }
 #endif

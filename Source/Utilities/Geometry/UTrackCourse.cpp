@@ -8,11 +8,14 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 /// How far from a tight bend the crossing of a line with itself is looked for, in distances of the line.
 constexpr double kSearchReach = 12.0;
-/// Pairs of chords tried in one line at the most. A bend takes some hundreds; only a scribble takes more, and its line
-/// is then bridged instead of cut.
-constexpr int kMostTests = 4000000;
+/// Pairs of chords tried in one line at the most: these, and so many for each of its points. A bend takes some
+/// thousands; only a scribble takes more, and its line is then bridged instead of cut.
+constexpr size_t kMostTests = 200000;
+constexpr size_t kMostTestsPerPoint = 100;
 /// A step that rounding has not yet made 0, in radians.
 constexpr double kSmallestStep = 1e-7;
+/// Cosine of the angle within which two chords go the same way.
+constexpr double kSameWay = 0.9;
 /// Points closer than this are one, mm: what remains of a line that has shrunk to the centre of its bend.
 constexpr double kSamePoint = 1e-7;
 
@@ -49,6 +52,7 @@ public:
 
     void Follow(const tCourse& course)
     {
+        mTestsLeft = kMostTests + kMostTestsPerPoint * course.size();
         tVector2D last = Beside(course.front());
         mLine.push_back(last);
         mRun.push_back(last);
@@ -91,49 +95,83 @@ private:
         return {at.point.x - mDistance * at.heading.y, at.point.y + mDistance * at.heading.x};
     }
 
-    /// Appends the run to the line, cutting both where they cross.
+    /// Appends the run to the line, cutting both where they cross. A bend in several steps may let them cross more than
+    /// once, the nearest crossing being that of a step only; so what is left is tried again.
     void JoinRun()
     {
+        size_t start = 0;
+        bool isCut = false;
         tCrossing crossing = {};
-        if (mRun.size() > 1 && FindCrossing(crossing)) {
+        while (FindCrossing(start, isCut, crossing)) {
             mLine.resize(mLine.size() - 1 - crossing.behind);
             mLine.push_back(crossing.point);
-            mLine.insert(mLine.end(), mRun.begin() + static_cast<std::ptrdiff_t>(crossing.ahead) + 1, mRun.end());
-        } else {
-            const bool goesOn = !mRun.empty() && Distance(mLine.back(), mRun.front()) <= kSamePoint;
-            mLine.insert(mLine.end(), mRun.begin() + (goesOn ? 1 : 0), mRun.end());
+            start += crossing.ahead;
+            mRun[start] = crossing.point;
+            isCut = true;
         }
+        if (!isCut) {
+            start = SkipStepBack();
+        }
+        const bool goesOn = isCut || (!mRun.empty() && Distance(mLine.back(), mRun[start]) <= kSamePoint);
+        mLine.insert(mLine.end(), mRun.begin() + static_cast<std::ptrdiff_t>(start + (goesOn ? 1 : 0)), mRun.end());
         mRun.clear();
     }
 
-    /// Looks for the crossing nearest to the bend: one chord more on either side in each round, tried with all of the
-    /// other side that is already near enough.
-    bool FindCrossing(tCrossing& crossing)
+    /// A bend hardly tighter than the distance makes a step back so small that the chords around it do not cross, or
+    /// cross the other way round. @return where the run passes the end of the line in its direction
+    size_t SkipStepBack() const
     {
+        if (mLine.size() < 2 || mRun.size() < 2) {
+            return 0;
+        }
+        const tVector2D tail = Difference(mLine.back(), Behind(1));
+        const tVector2D head = Difference(mRun[1], mRun[0]);
+        if (Dot(tail, head) < kSameWay * std::sqrt(Dot(tail, tail) * Dot(head, head))) {
+            return 0;
+        }
+        size_t start = 0;
+        while (start + 1 < mRun.size() && Dot(Difference(mRun[start], mLine.back()), tail) < 0.0) {
+            ++start;
+        }
+        return start;
+    }
+
+    /// Looks for the crossing nearest to the bend between the line and the run from `start` on: one chord more on
+    /// either side in each round, tried with all of the other side that is already near enough.
+    /// @param isCut  the two were cut already and meet where they do: that is no crossing
+    bool FindCrossing(size_t start, bool isCut, tCrossing& crossing)
+    {
+        if (mRun.size() <= start + 1) {
+            return false;
+        }
+        const size_t last = mRun.size() - 1 - start;
         size_t behind = 0;
         size_t ahead = 0;
         double behindLength = 0.0;
         double aheadLength = 0.0;
+        const auto crosses = [&](size_t i, size_t k) {
+            return !(isCut && i == 0 && k == 0) && Crosses(i, start, k, crossing);
+        };
         for (;;) {
             const bool growsBehind = behind + 1 < mLine.size() && behindLength <= mSearchLength;
-            const bool growsAhead = ahead + 1 < mRun.size() && aheadLength <= mSearchLength;
-            if ((!growsBehind && !growsAhead) || mTests > kMostTests) {
+            const bool growsAhead = ahead < last && aheadLength <= mSearchLength;
+            if ((!growsBehind && !growsAhead) || mTestsLeft == 0) {
                 return false;
             }
             if (growsBehind) {
                 behindLength += Distance(Behind(behind), Behind(behind + 1));
                 ++behind;
                 for (size_t i = 0; i < ahead; ++i) {
-                    if (Crosses(behind - 1, i, crossing)) {
+                    if (crosses(behind - 1, i)) {
                         return true;
                     }
                 }
             }
             if (growsAhead) {
-                aheadLength += Distance(mRun[ahead], mRun[ahead + 1]);
+                aheadLength += Distance(mRun[start + ahead], mRun[start + ahead + 1]);
                 ++ahead;
                 for (size_t i = 0; i < behind; ++i) {
-                    if (Crosses(i, ahead - 1, crossing)) {
+                    if (crosses(i, ahead - 1)) {
                         return true;
                     }
                 }
@@ -146,17 +184,18 @@ private:
 
     /// Whether a chord of the line, counted from its end, and one of the run cross the way a cut bend does: turning to
     /// the side on which the line lies.
-    bool Crosses(size_t behind, size_t ahead, tCrossing& crossing)
+    bool Crosses(size_t behind, size_t start, size_t ahead, tCrossing& crossing)
     {
-        ++mTests;
+        mTestsLeft -= mTestsLeft > 0 ? 1 : 0;
         const tVector2D from = Behind(behind + 1);
+        const tVector2D at = mRun[start + ahead];
         const tVector2D u = Difference(Behind(behind), from);
-        const tVector2D v = Difference(mRun[ahead + 1], mRun[ahead]);
+        const tVector2D v = Difference(mRun[start + ahead + 1], at);
         const double turn = Cross(u, v);
         if (!(turn * mDistance > 0.0)) {
             return false;
         }
-        const tVector2D between = Difference(mRun[ahead], from);
+        const tVector2D between = Difference(at, from);
         const double s = Cross(between, v) / turn;
         const double t = Cross(between, u) / turn;
         if (!(s >= 0.0 && s <= 1.0 && t >= 0.0 && t <= 1.0)) {
@@ -168,7 +207,7 @@ private:
 
     double mDistance;
     double mSearchLength;
-    int mTests = 0;
+    size_t mTestsLeft = 0;
     std::vector<tVector2D> mLine;
     std::vector<tVector2D> mRun;
 };

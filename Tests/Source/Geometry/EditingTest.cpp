@@ -307,6 +307,18 @@ TEST(Editing, LinesWhoseEndsMeetBecomeOne)
     ASSERT_TRUE(a->Merge(b.get()));
     ExpectSamePlaces(a->GetPoints(), {{0, 0, 0}, {100, 0, 0}, {120, 0, 0}, {300, 50, 0}});
     EXPECT_EQ(b->GetNumberOfPoints(), 2);
+    // Lines of two elements meet in the layout.
+    const auto first = InTurnedElement(Line({{0, 0, 0}, {100, 40, 0}}), random);
+    const auto second = InTurnedElement(Line({{7, 7, 0}, {60, 80, 0}, {9, 300, 0}}), random);
+    auto& mine = static_cast<CPolyBIG&>(*first->GetBIGAtIndex(0));
+    auto& theirs = static_cast<CPolyBIG&>(*second->GetBIGAtIndex(0));
+    const CPoint gap = Places(*first, mine).back() - Places(*second, theirs).back();
+    second->MoveBy(gap.x, gap.y);
+    const auto here = Places(*first, mine);
+    const auto there = Places(*second, theirs);
+    ASSERT_TRUE(mine.Merge(&theirs));
+    ExpectSamePlaces(Places(*first, mine), {here[0], here[1], there[1], there[0]});
+
     CFlexTrackBIG flex;
     CPolyBIG closed(b.get());
     closed.SetPolyCloseFlag(true);

@@ -2,17 +2,21 @@
 
 #include "ExitCodes.h"
 #include "Interrupt.h"
+#include "input/CDocumentCounter.h"
+#include "output/CProgress.h"
 #include "output/Escapes.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <thread>
 
 void AddBatchOptions(CLI::App& app, tOptions& options, const std::string& pathHelp)
 {
-    app.add_option("PATH", options.paths, pathHelp);
+    app.add_option("PATH", options.paths, pathHelp)->type_name("");
     app.add_option("--files-from", options.filesFrom,
                    "Further documents from a list, a path a line; - is standard input")
         ->type_name("FILE");
@@ -21,6 +25,11 @@ void AddBatchOptions(CLI::App& app, tOptions& options, const std::string& pathHe
                    "Pass over files and folders whose name matches, or whose path if there is a slash in it")
         ->type_name("PATTERN")
         ->allow_extra_args(false);
+    app.add_option("--progress", options.progress,
+                   "On standard error: auto (a bar, on a terminal), always, never, plain (lines for a log)")
+        ->check(CLI::IsMember({"auto", "always", "never", "plain"}))
+        ->type_name("WHEN");
+    app.add_flag("-q,--quiet", options.quiet, "No summary at the end");
     app.add_option("-j,--jobs", options.jobs, "Worker processes (default: one for each core)")
         ->check(CLI::Range(1U, 1024U))
         ->type_name("N");
@@ -75,17 +84,69 @@ std::optional<int> CBatch::Begin()
     return std::nullopt;
 }
 
-int CBatch::Run(tRequest request, tRunHandlers handlers, COutput& output, const char*)
+/// What has become of the documents, in a line. @param done  "imported"
+static std::string Summarize(const tRunCounts& counts, const char* done, double seconds)
 {
+    std::string text = std::to_string(counts.good) + " " + done;
+    if (!counts.failed.empty()) {
+        text += ", " + std::to_string(counts.CountFailed()) + " failed (";
+        const char* separator = "";
+        for (const auto& [code, count] : counts.failed) {
+            text += separator + (std::isdigit(static_cast<unsigned char>(code[0])) ? "code " + code : code) + ": " +
+                    std::to_string(count);
+            separator = ", ";
+        }
+        text += ")";
+    }
+    if (counts.skipped > 0) {
+        text += ", " + std::to_string(counts.skipped) + " skipped";
+    }
+    char time[64];
+    const auto all = static_cast<double>(counts.good + counts.CountFailed() + counts.skipped);
+    snprintf(time, sizeof time, " in %.2f s (%.0f documents/s)", seconds, all / std::max(seconds, 0.001));
+    return text + time;
+}
+
+/// Waits are milliseconds; negative ones have no end.
+static int ShorterWait(int one, int other)
+{
+    return one < 0 ? other : other < 0 ? one : std::min(one, other);
+}
+
+int CBatch::Run(tRequest request, tRunHandlers handlers, COutput& output, const char* done)
+{
+    const CProgress::eMode mode = CProgress::Choose(mOptions.progress);
+    CProgress progress(CannotServe() ? CProgress::eMode::kNever : mode);
+    std::unique_ptr<CDocumentCounter> counter; // started when there is something to show
+    std::string lastName;
     const std::function<int()> idle = handlers.idle;
     handlers.idle = [&] {
-        output.Flush();
-        return idle ? idle() : -1;
+        const int untilProgress = progress.Update([&] {
+            if (counter == nullptr && mOptions.filesFrom.empty()) {
+                counter = std::make_unique<CDocumentCounter>(mOptions.paths, mOptions.excludes);
+            }
+            const tRunCounts& counts = mRun->GetCounts();
+            return tProgress{counts.good + counts.CountFailed() + counts.skipped, counts.CountFailed(),
+                             counter != nullptr ? counter->GetTotal() : std::nullopt, lastName};
+        });
+        return ShorterWait(ShorterWait(untilProgress, output.FlushIfDue()), idle ? idle() : -1);
     };
+    if (mode != CProgress::eMode::kNever) {
+        handlers.take = [&lastName, take = handlers.take](const tInput& input, tAnswer& answer) {
+            lastName = input.path;
+            return take(input, answer);
+        };
+    }
     mRun = std::make_unique<CDocumentRun>(*mSource, *mPool, std::move(request));
-    mRun->Run(std::move(handlers));
+    const bool stopped = mRun->Run(std::move(handlers)) == CDocumentRun::eResult::kStopped;
+    progress.End();
+    const tRunCounts& counts = mRun->GetCounts();
+    if (!mOptions.quiet && !stopped && !CannotServe() && counts.good + counts.CountFailed() + counts.skipped > 1) {
+        output.Flush();
+        COutput::PrintMessage(Summarize(counts, done, mRun->GetSeconds()));
+    }
     if (Interrupt::IsRequested()) {
         return kExitInterrupted;
     }
-    return CannotServe() || mRun->GetCounts().CountFailed() > 0 ? kExitFailed : kExitOK; // also without any input
+    return CannotServe() || counts.CountFailed() > 0 ? kExitFailed : kExitOK; // also without any input
 }

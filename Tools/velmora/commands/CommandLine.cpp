@@ -13,9 +13,9 @@
 #include <numeric>
 #include <string_view>
 
-static const tCommand* const kCommands[] = {&kImportCommand,    &kRenderCommand,  &kCheckCommand,
-                                            &kPartsCommand,     &kLibraryCommand, &kStockCommand,
-                                            &kThumbnailCommand, &kSchemaCommand,  &kDoctorCommand};
+static const tCommand* const kCommands[] = {&kImportCommand,    &kIndexCommand, &kSearchCommand,  &kRenderCommand,
+                                            &kCheckCommand,     &kPartsCommand, &kLibraryCommand, &kStockCommand,
+                                            &kThumbnailCommand, &kServeCommand, &kSchemaCommand,  &kDoctorCommand};
 
 /// A word that differs from a command by more edits than this is no typing error.
 static constexpr size_t kMostEdits = 2;
@@ -70,6 +70,8 @@ static std::string GeneralHelp()
     std::string text = "velmora " VELMORA_VERSION ": search attributes of model-railway layouts\n\nExamples:\n"
                        "  velmora import plan.velmora\n"
                        "  velmora import --format json ~/Layouts\n"
+                       "  velmora index ~/Layouts\n"
+                       "  velmora search turntable author:meier\n"
                        "  velmora render -o plan.svg plan.velmora\n\n"
                        "Usage: velmora COMMAND [OPTIONS] ...\n\nCommands:\n";
     for (const tCommand* command : kCommands) {
@@ -103,13 +105,27 @@ static int RefuseUsage(const std::string& message, const std::string& helpComman
     return kExitUsage;
 }
 
+/// The arguments behind the command's name, as the parser wants them: last one first.
+static std::vector<std::string> CollectArguments(const tCommand& command, const CLI::App& app, int argc, char** argv)
+{
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::string& argument : arguments) {
+        const bool isDashed = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
+        if (command.takesDashedWords && isDashed && app.get_option_no_throw(argument) == nullptr) {
+            argument.insert(0, 1, ' ');
+        }
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
 static int RunCommand(const tCommand& command, int argc, char** argv)
 {
     tOptions options;
     const std::unique_ptr<CLI::App> app = MakeParser(command, options);
     const std::string helpCommand = std::string("velmora help ") + command.name;
     try {
-        app->parse(argc, argv);
+        app->parse(CollectArguments(command, *app, argc, argv));
     } catch (const CLI::CallForHelp&) {
         return PrintOut(app->help());
     } catch (const CLI::CallForVersion&) {

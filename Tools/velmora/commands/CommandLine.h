@@ -17,6 +17,10 @@ struct tOptions {
     std::string filesFrom;      ///< a list of further paths; empty for none
     bool nullSeparated = false; ///< the list has zeros between paths, not line breaks
     std::string format = "text";
+    std::vector<std::string> names;     ///< of the attributes to print, in this order; empty for all
+    bool raw = false;                   ///< values alone
+    std::string nullMarker = "(null)";  ///< stands for a value that is not there
+    unsigned detail = 0;                ///< 1 to 3; 0 for the usual record
     std::string plugIn;                 ///< empty for the one that belongs to the executable
     std::string stock;                  ///< a stock file; empty for none
     std::vector<std::string> libraries; ///< track library files
@@ -35,6 +39,15 @@ struct tOptions {
     std::string sandbox = "auto";       ///< auto, require or off
     double timeoutSeconds = 5;          ///< for one document
     unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
+    std::string database;               ///< the search index; empty for the user's own
+    bool showStatus = false;            ///< index: what is in it
+    bool listFailed = false;            ///< index: the documents that failed
+    bool rebuild = false;               ///< index: read everything again
+    bool retryFailed = false;           ///< index: also what failed and has not changed
+    bool verify = false;                ///< index: compare contents, not times
+    long long limit = -1;               ///< search: at most so many; 0 for all, below for the default
+    bool countOnly = false;             ///< search: how many
+    std::string onlyIn;                 ///< search: a folder; empty for everywhere
 };
 
 /// One command: feeds the parser and the help.
@@ -46,6 +59,8 @@ struct tCommand {
     /// What the parser cannot check by itself. @return empty, or what is wrong
     std::string (*check)(const tOptions& options);
     int (*run)(const tOptions& options); ///< answers an eExitCode
+    /// Words such as -word are operands, where they are no option: they reach the command with a blank in front.
+    bool takesDashedWords = false;
 };
 
 extern const tCommand kImportCommand;
@@ -54,8 +69,11 @@ extern const tCommand kPartsCommand;
 extern const tCommand kLibraryCommand;
 extern const tCommand kStockCommand;
 extern const tCommand kSchemaCommand;
+extern const tCommand kIndexCommand;
+extern const tCommand kSearchCommand;
 extern const tCommand kRenderCommand;
 extern const tCommand kThumbnailCommand;
+extern const tCommand kServeCommand;
 extern const tCommand kDoctorCommand;
 
 /// The version of this program.

@@ -146,8 +146,7 @@ void CExamination::ExaminePreferences()
 
 void CExamination::ExamineIndex()
 {
-    const std::string folder = Places::FindDataFolder();
-    const std::string path = folder.empty() ? folder : folder + "/index.db";
+    const std::string path = Places::FindIndex();
     mIndex["path"] = UTF8::MakeValid(path);
     if (path.empty()) {
         Add("there is no place for an index: neither HOME nor XDG_DATA_HOME is an absolute path");
@@ -246,6 +245,13 @@ ordered_json CExamination::GetFindings() const
     return findings;
 }
 
+/// A file's place, and whether it is there.
+static std::string DescribePlace(const ordered_json& file, const char* whenAbsent)
+{
+    const std::string path = file.value("path", "");
+    return path.empty() ? "no place for it" : path + (file.value("exists", false) ? "" : whenAbsent);
+}
+
 static std::string Line(std::string label, const std::string& value)
 {
     label.resize(std::max<size_t>(label.size() + 1, 14), ' ');
@@ -291,11 +297,11 @@ std::string CExamination::GetText() const
         text += Line("Fonts", std::to_string(mFonts.value("names", 0LL)) + " names; texts can " +
                                   (mFonts.value("measures_texts", false) ? "" : "not ") + "be measured");
     }
-    text += Line("Preferences", mPreferences.value("path", "") +
-                                    (mPreferences.value("exists", false) ? "" : " (not there: defaults)"));
-    text += Line("Index", mIndex.value("path", "") + (mIndex.value("exists", false) ? "" : " (not there yet)"));
-    if (const std::string note = mSandbox.value("note", ""); !note.empty()) {
-        text += Line("Sandbox", "none: " + note);
+    text += Line("Preferences", DescribePlace(mPreferences, " (not there: defaults)"));
+    text += Line("Index", DescribePlace(mIndex, " (not there yet)"));
+    if (mSandbox.contains("mode")) {
+        const std::string note = mSandbox.value("note", "");
+        text += Line("Sandbox", note.empty() ? mSandbox.value("mode", "") : "none: " + note);
     }
     for (const ordered_json& layer : mSandbox.value("layers", ordered_json::array())) {
         const std::string on = layer.value("on", false) ? "on   " : "OFF  ";

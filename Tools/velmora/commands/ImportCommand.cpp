@@ -1,10 +1,13 @@
 // velmora import: the attributes of documents, one record per input, in the order of the inputs.
 #include "ExitCodes.h"
 #include "Importer/Names.h"
+#include "Places.h"
 #include "commands/Batch.h"
 #include "output/CRecordWriter.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string_view>
 #include <unistd.h>
 
 static void AddImportOptions(CLI::App& app, tOptions& options)
@@ -13,14 +16,33 @@ static void AddImportOptions(CLI::App& app, tOptions& options)
     app.add_option("--format", options.format, "text (for people), json (an object a line) or plist")
         ->check(CLI::IsMember({"text", "json", "plist"}))
         ->type_name("FORMAT");
+    app.add_option("-n,--name", options.names, "Only this attribute; several are printed in the order asked for")
+        ->type_name("ATTRIBUTE")
+        ->allow_extra_args(false);
+    app.add_flag("--raw", options.raw, "Only the values of the attributes named, with zero bytes between");
+    app.add_option("--null-marker", options.nullMarker, "With --raw, stands for a value that is missing (\"(null)\")")
+        ->type_name("TEXT");
+    app.add_option("-d,--detail", options.detail,
+                   "For a test: 1 type and importer, 2 also the attributes but the text content, 3 that as well")
+        ->check(CLI::Range(1U, 3U))
+        ->type_name("LEVEL");
 }
 
 static std::string CheckImport(const tOptions& options)
 {
+    if (options.raw && options.names.empty()) {
+        return "--raw needs the attributes to print: name them with --name";
+    }
+    if (options.raw && (options.detail > 0 || options.format != "text")) {
+        return "--raw is a format of its own: it goes with neither --format nor --detail";
+    }
     return CheckBatchOptions(options, "import");
 }
 
 namespace {
+/// What takes most room in a record.
+constexpr std::string_view kTextContent = "kMDItemTextContent";
+
 /// Where everything fails for one reason, which has been said: people need not read it once a document.
 class CSilentWriter : public CRecordWriter {
 public:
@@ -31,6 +53,9 @@ public:
 
 static std::unique_ptr<CRecordWriter> MakeWriter(const tOptions& options, bool cannotServe, COutput& output)
 {
+    if (options.raw) {
+        return MakeRawWriter(output, options.names, options.nullMarker);
+    }
     if (options.format == "json") {
         return MakeJSONWriter(output);
     }
@@ -38,6 +63,30 @@ static std::unique_ptr<CRecordWriter> MakeWriter(const tOptions& options, bool c
         return MakePropertyListWriter(output);
     }
     return cannotServe ? std::make_unique<CSilentWriter>(output) : MakeTextWriter(output);
+}
+
+/// Leaves what the user wants to see of a document's attributes, in the order asked for.
+static void SelectAttributes(const tOptions& options, std::vector<tAttribute>& attributes)
+{
+    if (options.detail == 1) {
+        attributes.clear();
+    } else if (options.detail == 2) {
+        attributes.erase(std::remove_if(attributes.begin(), attributes.end(),
+                                        [](const tAttribute& attribute) { return attribute.key == kTextContent; }),
+                         attributes.end());
+    }
+    if (!options.names.empty()) {
+        std::vector<tAttribute> selected;
+        for (const std::string& name : options.names) {
+            const auto found = std::find_if(attributes.begin(), attributes.end(),
+                                            [&](const tAttribute& attribute) { return attribute.key == name; });
+            if (found != attributes.end()) {
+                selected.push_back(std::move(*found));
+                attributes.erase(found); // a name given twice is printed once
+            }
+        }
+        attributes = std::move(selected);
+    }
 }
 
 static int RunImport(const tOptions& options)
@@ -48,9 +97,13 @@ static int RunImport(const tOptions& options)
     }
     COutput output(STDOUT_FILENO);
     const std::unique_ptr<CRecordWriter> writer = MakeWriter(options, batch.CannotServe(), output);
+    if (options.detail > 0) {
+        writer->SetDetails({Importer::kContentType, Places::FindPlugIn(options.plugIn)});
+    }
     writer->Begin();
     tRunHandlers handlers;
-    handlers.take = [&](const tInput& input, const tAnswer& answer) {
+    handlers.take = [&](const tInput& input, tAnswer& answer) {
+        SelectAttributes(options, answer.attributes);
         writer->Write(input.path, answer);
         return !output.HasFailed();
     };
@@ -64,6 +117,7 @@ const tCommand kImportCommand = {"import",
                                  "Print the search attributes of layouts",
                                  "  velmora import plan.velmora\n"
                                  "  velmora import --format json ~/Layouts > attributes.json\n"
+                                 "  velmora import --name kMDItemAuthors --raw plan.velmora\n"
                                  "  find / -name '*.velmora' -print0 | velmora import --files-from - --null\n",
                                  AddImportOptions,
                                  CheckImport,

@@ -66,6 +66,12 @@ static ordered_json Describe(const tTrial& trial)
     return json;
 }
 
+static void AddUnknown(std::vector<std::string>& problems, const std::string& description, const std::string& reason)
+{
+    problems.push_back("whether a worker can " + description);
+    problems.back() += " is not known: " + reason;
+}
+
 ordered_json SandboxTrial::Try(const CReport& diagnosis, const tWorkerSettings& settings, double timeoutSeconds,
                                CPatient& outside, const tHello& greeting, std::vector<std::string>& problems)
 {
@@ -86,22 +92,23 @@ ordered_json SandboxTrial::Try(const CReport& diagnosis, const tWorkerSettings& 
         const tTrial free = TryAct(outside, name);
         ordered_json trial = {{"name", name}, {"description", description}, {"outside", Describe(free)}};
         if (free.end != tTrial::eEnd::kSucceeded) {
-            problems.push_back("whether a worker can " + description +
-                               " is not known: it fails without a sandbox, too (" + free.detail + ")");
+            AddUnknown(problems, description, "it fails without a sandbox, too (" + free.detail + ")");
         }
-        const auto attempt = [&](CPatient& worker, const std::string& where) {
+        const auto attempt = [&](CPatient& worker, const char* where) {
             const tTrial result = TryAct(worker, name);
-            if (result.end != tTrial::eEnd::kRefused) {
-                problems.push_back("a worker can " + description + " " + where);
+            if (result.end == tTrial::eEnd::kSucceeded) {
+                problems.push_back("a worker can " + description + " in spite of " + where);
+            } else if (result.end == tTrial::eEnd::kUnknown) {
+                AddUnknown(problems, description, result.detail);
             }
             return Describe(result);
         };
-        trial["confined"] = attempt(confined, "in spite of the sandbox");
+        trial["confined"] = attempt(confined, "the sandbox");
         trial["layers"] = ordered_json::object();
         for (const std::string& layer : act.GetTexts("layers")) {
             const auto found = alone.find(layer);
             if (found != alone.end()) {
-                trial["layers"][layer] = attempt(*found->second, "in spite of " + layer);
+                trial["layers"][layer] = attempt(*found->second, layer.c_str());
             }
         }
         trials.push_back(std::move(trial));

@@ -1,6 +1,7 @@
 #include "input/CDocumentSource.h"
 
 #include "Interrupt.h"
+#include "input/DocumentNames.h"
 #include "protocol/NamelessFile.h"
 
 #include <algorithm>
@@ -8,20 +9,23 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <fnmatch.h>
 #include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
 
-static constexpr std::string_view kExtension = ".velmora";
 static constexpr std::string_view kMagic = "WkSt";
 /// Most that is taken from a standard input that is no file; it is held in memory.
 static constexpr size_t kMaxPipedSize = size_t{1} << 30;
 
+/// Of a deep walk, the folders that are kept open.
+static constexpr size_t kMaxOpenFolders = 32;
+
 /// A folder being walked. The entries are opened relative to it, so no path gets too long.
 struct CDocumentSource::tFolder {
     std::string path;
-    CDescriptor descriptor;
+    CDescriptor descriptor; ///< may be closed while a folder far below is walked
+    uint64_t inode = 0;     ///< these two tell it when it is opened again
+    uint64_t device = 0;
     std::string names;           ///< of the entries, each with its zero: a large folder should not cost much memory
     std::vector<uint32_t> order; ///< where the names begin, sorted
     size_t next = 0;             ///< in the order
@@ -151,23 +155,19 @@ static bool OpenStandardInput(tInput& input)
     return true;
 }
 
-static bool HasExtension(std::string_view name)
-{
-    if (name.size() <= kExtension.size()) {
-        return false;
-    }
-    const std::string_view end = name.substr(name.size() - kExtension.size());
-    return std::equal(end.begin(), end.end(), kExtension.begin(), [](char one, char other) {
-        return (one >= 'A' && one <= 'Z' ? static_cast<char>(one + 'a' - 'A') : one) == other;
-    });
-}
-
 static bool HasMagic(int folder, const std::string& name)
 {
     const CDescriptor file(openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     char bytes[kMagic.size()];
     return file.IsOpen() && pread(file.Get(), bytes, sizeof bytes, 0) == static_cast<ssize_t>(sizeof bytes) &&
            std::string_view(bytes, sizeof bytes) == kMagic;
+}
+
+void CDocumentSource::OpenNamed(tInput& input)
+{
+    CDocumentSource source({});
+    source.TakeFile(AT_FDCWD, input.path, input);
+    source.Open(input);
 }
 
 CDocumentSource::eResult CDocumentSource::Find(tInput& input)
@@ -258,14 +258,6 @@ CDocumentSource::eResult CDocumentSource::FindInList(tInput& input)
     }
 }
 
-bool CDocumentSource::IsExcluded(const std::string& name, const std::string& path) const
-{
-    return std::any_of(mExcludes.begin(), mExcludes.end(), [&](const std::string& pattern) {
-        const bool whole = pattern.find('/') != std::string::npos;
-        return fnmatch(pattern.c_str(), whole ? path.c_str() : name.c_str(), 0) == 0;
-    });
-}
-
 /// @return false when the folder was entered; true when it cannot be read, which is then the input's failure
 bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std::string& path, tInput& input)
 {
@@ -287,7 +279,14 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
     }
     tFolder folder;
     folder.path = path;
+    struct stat status = {};
+    fstat(descriptor.Get(), &status);
+    folder.inode = MakeStatus(status).inode;
+    folder.device = MakeStatus(status).device;
     folder.descriptor = std::move(descriptor);
+    if (mFolders.size() >= kMaxOpenFolders) {
+        mFolders[mFolders.size() - kMaxOpenFolders].descriptor.Reset();
+    }
     errno = 0;
     while (const dirent* entry = readdir(entries)) {
         const std::string_view entryName = entry->d_name;
@@ -309,19 +308,39 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
     return false;
 }
 
+/// Goes back to the folder above. @return true when it is not there any more, which is then the input's failure
+bool CDocumentSource::LeaveFolder(tInput& input)
+{
+    const CDescriptor left = std::move(mFolders.back().descriptor);
+    mFolders.pop_back();
+    if (mFolders.empty() || mFolders.back().descriptor.IsOpen()) {
+        return false;
+    }
+    tFolder& above = mFolders.back();
+    above.descriptor.Reset(openat(left.Get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct stat status = {};
+    if (above.descriptor.IsOpen() && fstat(above.descriptor.Get(), &status) == 0 &&
+        MakeStatus(status).inode == above.inode && MakeStatus(status).device == above.device) {
+        return false;
+    }
+    above.next = above.order.size();
+    input.path = above.path;
+    return Fail(input, MakeFailure(eFailure::kLoader, "the folder was moved while it was read").failure);
+}
+
 /// @return false when the entry is none to take, or a folder was entered or left
 bool CDocumentSource::FindInFolder(tInput& input)
 {
     tFolder& folder = mFolders.back();
     if (folder.next == folder.order.size()) {
-        mFolders.pop_back();
-        return false;
+        return LeaveFolder(input);
     }
     std::string name = folder.names.c_str() + folder.order[folder.next++];
     const int descriptor = folder.descriptor.Get();
     input.path = folder.path + (folder.path.back() == '/' ? "" : "/") + name;
     struct stat status = {};
-    if (IsExcluded(name, input.path) || fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (DocumentNames::IsExcluded(mExcludes, name, input.path) ||
+        fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return false; // or gone since the folder was listed
     }
     if (S_ISDIR(status.st_mode)) {
@@ -331,14 +350,15 @@ bool CDocumentSource::FindInFolder(tInput& input)
     if (S_ISLNK(status.st_mode)) {
         const bool resolved = fstatat(descriptor, name.c_str(), &status, 0) == 0;
         if (!resolved) { // a broken link is reported only where its name is a document's
-            return HasExtension(name) && Fail(input, CannotOpen(errno));
+            return DocumentNames::HasExtension(name) && Fail(input, CannotOpen(errno));
         }
     }
     if (!S_ISREG(status.st_mode)) {
-        return HasExtension(name) && !S_ISDIR(status.st_mode) && Fail(input, NoRegularFile(status.st_mode));
+        return DocumentNames::HasExtension(name) && !S_ISDIR(status.st_mode) &&
+               Fail(input, NoRegularFile(status.st_mode));
     }
     input.status = MakeStatus(status);
-    if (!IsWanted(input) || !(HasExtension(name) || HasMagic(descriptor, name))) {
+    if (!IsWanted(input) || !(DocumentNames::HasExtension(name) || HasMagic(descriptor, name))) {
         return false;
     }
     mFoundIn = descriptor;

@@ -74,6 +74,9 @@ public:
     /// interrupted
     bool Next(tInput& input);
 
+    /// Opens the file at the input's path, as if a list had named it.
+    static void OpenNamed(tInput& input);
+
     /// What to wait for after kNotYet.
     int GetDescriptor() const { return mList->GetDescriptor(); }
 
@@ -83,8 +86,8 @@ private:
     bool FindOperand(tInput& input);
     eResult FindInList(tInput& input);
     bool FindInFolder(tInput& input);
+    bool LeaveFolder(tInput& input);
     bool EnterFolder(int parent, const std::string& name, const std::string& path, tInput& input);
-    bool IsExcluded(const std::string& name, const std::string& path) const;
     bool IsWanted(const tInput& input) const { return !mFilter || mFilter(input); }
     bool TakeFile(int folder, std::string name, tInput& input);
 

@@ -7,14 +7,24 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// Writes the answers of an import. What is written becomes visible with the output's next Flush.
+/// What a record says about its document besides the answer.
+struct tRecordDetails {
+    std::string type;     ///< uniform type identifier; empty to leave it out
+    std::string importer; ///< path of the plug-in, any bytes; empty to leave it out
+};
+
+/// Writes the answers of an import. What is written becomes visible when the output is flushed.
 class CRecordWriter {
 public:
     explicit CRecordWriter(COutput& output) : mOutput(output) {}
     virtual ~CRecordWriter() = default;
     CRecordWriter(const CRecordWriter&) = delete;
     CRecordWriter& operator=(const CRecordWriter&) = delete;
+
+    /// What every record of a good document says from now on.
+    void SetDetails(tRecordDetails details) { mDetails = std::move(details); }
 
     /// Before the first record.
     virtual void Begin() {}
@@ -25,6 +35,7 @@ public:
 
 protected:
     COutput& mOutput;
+    tRecordDetails mDetails;
 };
 
 /// For people: attributes with labels; failures go to standard error.
@@ -33,6 +44,16 @@ std::unique_ptr<CRecordWriter> MakeTextWriter(COutput& output);
 std::unique_ptr<CRecordWriter> MakeJSONWriter(COutput& output);
 /// An XML property list: an array of dictionaries with the members of the JSON objects.
 std::unique_ptr<CRecordWriter> MakePropertyListWriter(COutput& output);
+
+/// For programs: for every input the values of the named attributes, in their order, with zero bytes between all values
+/// of all inputs. The texts of a list have line breaks between them. Failures go to standard error.
+/// @param nullMarker  stands for an attribute that a document has not, also for one that failed
+std::unique_ptr<CRecordWriter> MakeRawWriter(COutput& output, std::vector<std::string> names, std::string nullMarker);
+
+/// Appends the line that MakeJSONWriter's writer makes of an answer.
+/// @param id  a member in front, as JSON; empty for none
+void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer& answer, const tRecordDetails& details,
+                      const std::string& id = {});
 
 /// A failure's code in records: the loader's number as a number, else the word.
 const char* FailureWord(eFailure kind);

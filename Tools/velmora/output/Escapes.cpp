@@ -67,9 +67,59 @@ std::string Escapes::ForXML(std::string_view text)
     return result;
 }
 
+void Escapes::AppendJSON(std::string& json, std::string_view text)
+{
+    json += '"';
+    size_t done = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char character = text[i];
+        if (static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\') {
+            continue;
+        }
+        json.append(text, done, i - done);
+        done = i + 1;
+        static constexpr std::string_view kShort = "\"\\\b\f\n\r\t";
+        static constexpr std::string_view kLetters = "\"\\bfnrt";
+        const size_t found = kShort.find(character);
+        if (found != std::string_view::npos) {
+            json += '\\';
+            json += kLetters[found];
+        } else {
+            char escape[8];
+            snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character));
+            json += escape;
+        }
+    }
+    json.append(text, done);
+    json += '"';
+}
+
+static constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+bool Escapes::FromBase64(std::string_view text, std::string& bytes)
+{
+    bytes.clear();
+    if (text.size() % 4 != 0) {
+        return false;
+    }
+    const size_t padding = text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0;
+    const std::string_view digits = text.substr(0, text.size() - padding);
+    unsigned bits = 0;
+    for (size_t i = 0; i < digits.size(); ++i) {
+        const size_t digit = std::string_view(kBase64Digits).find(digits[i]);
+        if (digit == std::string_view::npos) {
+            return false;
+        }
+        bits = bits << 6 | static_cast<unsigned>(digit);
+        if (i % 4 != 0) {
+            bytes += static_cast<char>(bits >> (6 - 2 * (i % 4)));
+        }
+    }
+    return Base64(bytes) == text; // also that the bits left over are zeros
+}
+
 std::string Escapes::Base64(std::string_view bytes)
 {
-    static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string result;
     for (size_t i = 0; i < bytes.size(); i += 3) {
         const std::string_view three = bytes.substr(i, 3);
@@ -78,7 +128,7 @@ std::string Escapes::Base64(std::string_view bytes)
             bits = bits << 8 | (j < three.size() ? static_cast<unsigned char>(three[j]) : 0U);
         }
         for (size_t j = 0; j < 4; ++j) {
-            result += j <= three.size() ? kDigits[bits >> (18 - 6 * j) & 0x3F] : '=';
+            result += j <= three.size() ? kBase64Digits[bits >> (18 - 6 * j) & 0x3F] : '=';
         }
     }
     return result;

@@ -13,6 +13,12 @@ std::string ForTerminal(std::string_view text);
 /// @param text  valid UTF-8
 std::string ForXML(std::string_view text);
 
+/// Appends a JSON string, with its quotes. @param text  valid UTF-8
+void AppendJSON(std::string& json, std::string_view text);
+
 /// RFC 4648, with padding.
 std::string Base64(std::string_view bytes);
+
+/// The bytes that a text in base 64 stands for. @return false when it is none
+bool FromBase64(std::string_view text, std::string& bytes);
 } // namespace Escapes

@@ -2,8 +2,6 @@
 #include "output/Escapes.h"
 #include "protocol/UTF8.h"
 
-#include <nlohmann/json.hpp>
-
 const char* FailureWord(eFailure kind)
 {
     switch (kind) {
@@ -29,6 +27,86 @@ std::string FailureCode(const tFailure& failure)
     return failure.kind == eFailure::kLoader ? std::to_string(failure.loaderCode) : FailureWord(failure.kind);
 }
 
+static void AppendMember(std::string& json, std::string_view key, std::string_view text)
+{
+    Escapes::AppendJSON(json, key);
+    json += ':';
+    Escapes::AppendJSON(json, text);
+}
+
+/// A text of any bytes, and a second member with the exact ones where the first cannot have them.
+static void AppendBytes(std::string& json, const std::string& key, const std::string& bytes)
+{
+    if (UTF8::IsValid(bytes)) {
+        AppendMember(json, key, bytes);
+        return;
+    }
+    AppendMember(json, key, UTF8::MakeValid(bytes));
+    json += ',';
+    AppendMember(json, key + "_base64", Escapes::Base64(bytes));
+}
+
+static void AppendAttributes(std::string& json, const std::vector<tAttribute>& attributes)
+{
+    json += ",\"attributes\":{";
+    bool first = true;
+    for (const tAttribute& attribute : attributes) {
+        json += first ? "" : ",";
+        first = false;
+        Escapes::AppendJSON(json, attribute.key);
+        json += ':';
+        if (!attribute.isList) {
+            Escapes::AppendJSON(json, attribute.texts.front());
+            continue;
+        }
+        json += '[';
+        for (size_t i = 0; i < attribute.texts.size(); ++i) {
+            json += i > 0 ? "," : "";
+            Escapes::AppendJSON(json, attribute.texts[i]);
+        }
+        json += ']';
+    }
+    json += '}';
+}
+
+static void AppendFailure(std::string& json, const tFailure& failure)
+{
+    json += ",\"error\":{\"code\":";
+    if (failure.kind == eFailure::kLoader) {
+        json += std::to_string(failure.loaderCode);
+    } else {
+        Escapes::AppendJSON(json, FailureWord(failure.kind));
+    }
+    if (failure.element > 0) {
+        json += ",\"element\":" + std::to_string(failure.element);
+    }
+    json += ',';
+    AppendMember(json, "message", UTF8::MakeValid(failure.message));
+    json += '}';
+}
+
+void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer& answer, const tRecordDetails& details,
+                      const std::string& id)
+{
+    json += id.empty() ? "{" : "{\"id\":" + id + ",";
+    AppendBytes(json, "path", path);
+    json += answer.ok ? ",\"ok\":true" : ",\"ok\":false";
+    if (answer.ok && !details.type.empty()) {
+        json += ',';
+        AppendMember(json, "type", details.type);
+    }
+    if (answer.ok && !details.importer.empty()) {
+        json += ',';
+        AppendBytes(json, "importer", details.importer);
+    }
+    if (answer.ok) {
+        AppendAttributes(json, answer.attributes);
+    } else {
+        AppendFailure(json, answer.failure);
+    }
+    json += "}\n";
+}
+
 namespace {
 class CJSONWriter : public CRecordWriter {
 public:
@@ -36,38 +114,13 @@ public:
 
     void Write(const std::string& path, const tAnswer& answer) override
     {
-        nlohmann::ordered_json record;
-        record["path"] = UTF8::MakeValid(path);
-        if (!UTF8::IsValid(path)) {
-            record["path_base64"] = Escapes::Base64(path);
-        }
-        record["ok"] = answer.ok;
-        if (answer.ok) {
-            nlohmann::ordered_json attributes = nlohmann::ordered_json::object();
-            for (const tAttribute& attribute : answer.attributes) {
-                if (attribute.isList) {
-                    attributes[attribute.key] = attribute.texts;
-                } else {
-                    attributes[attribute.key] = attribute.texts.front();
-                }
-            }
-            record["attributes"] = std::move(attributes);
-        } else {
-            nlohmann::ordered_json error;
-            if (answer.failure.kind == eFailure::kLoader) {
-                error["code"] = answer.failure.loaderCode;
-            } else {
-                error["code"] = FailureWord(answer.failure.kind);
-            }
-            if (answer.failure.element > 0) {
-                error["element"] = answer.failure.element;
-            }
-            error["message"] = answer.failure.message;
-            record["error"] = std::move(error);
-        }
-        mOutput.Write(record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-        mOutput.Write("\n");
+        mRecord.clear();
+        AppendJSONRecord(mRecord, path, answer, mDetails);
+        mOutput.Write(mRecord);
     }
+
+private:
+    std::string mRecord; ///< kept for its memory
 };
 } // namespace
 

@@ -18,12 +18,14 @@ public:
     void Write(const std::string& path, const tAnswer& answer) override
     {
         mOutput.Write("\t<dict>\n");
-        const std::string validPath = UTF8::MakeValid(path);
-        WriteText(2, "path", validPath);
-        if (!IsExact(path)) {
-            WriteText(2, "path_base64", Escapes::Base64(path));
-        }
+        WriteBytes("path", path);
         mOutput.Write(std::string("\t\t<key>ok</key>\n\t\t") + (answer.ok ? "<true/>\n" : "<false/>\n"));
+        if (answer.ok && !mDetails.type.empty()) {
+            WriteText(2, "type", mDetails.type);
+        }
+        if (answer.ok && !mDetails.importer.empty()) {
+            WriteBytes("importer", mDetails.importer);
+        }
         mOutput.Write(answer.ok ? "\t\t<key>attributes</key>\n" : "\t\t<key>error</key>\n");
         mOutput.Write("\t\t<dict>\n");
         if (answer.ok) {
@@ -60,6 +62,15 @@ private:
     {
         WriteElement(depth, "key", key);
         WriteElement(depth, "string", text);
+    }
+
+    /// A text of any bytes, and a second member with the exact ones where the first cannot have them.
+    void WriteBytes(const std::string& key, const std::string& bytes)
+    {
+        WriteText(2, key, UTF8::MakeValid(bytes));
+        if (!IsExact(bytes)) {
+            WriteText(2, key + "_base64", Escapes::Base64(bytes));
+        }
     }
 
     void WriteAttributes(const std::vector<tAttribute>& attributes)

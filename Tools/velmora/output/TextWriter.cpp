@@ -11,13 +11,19 @@ public:
     void Write(const std::string& path, const tAnswer& answer) override
     {
         if (!answer.ok) {
+            mOutput.Flush(); // so that on a terminal both stand in the order of the inputs
             COutput::PrintMessage(Escapes::ForTerminal(path) + ": " + Escapes::ForTerminal(answer.failure.message));
             return;
         }
         mOutput.Write(Escapes::ForTerminal(path) + "\n");
+        if (!mDetails.type.empty()) {
+            mOutput.Write(Beginning("Type") + Escapes::ForTerminal(mDetails.type) + "\n");
+        }
+        if (!mDetails.importer.empty()) {
+            mOutput.Write(Beginning("Importer") + Escapes::ForTerminal(mDetails.importer) + "\n");
+        }
         for (const tAttribute& attribute : answer.attributes) {
-            std::string line = "  " + Label(attribute.key) + ":";
-            line.resize(std::max(line.size() + 1, kValueColumn), ' ');
+            std::string line = Beginning(Label(attribute.key));
             bool first = true;
             for (const std::string& text : attribute.texts) {
                 line += first ? "" : ", ";
@@ -31,6 +37,13 @@ public:
 
 private:
     static constexpr size_t kValueColumn = 16;
+
+    static std::string Beginning(const std::string& label)
+    {
+        std::string line = "  " + label + ":";
+        line.resize(std::max(line.size() + 1, kValueColumn), ' ');
+        return line;
+    }
 
     static std::string Label(const std::string& key)
     {

@@ -30,6 +30,11 @@ static size_t CountBytes(const tAnswer& answer)
             bytes += sizeof text + text.size();
         }
     }
+    for (const auto* names : {&answer.libraries, &answer.articles}) {
+        for (const std::string& name : *names) {
+            bytes += sizeof name + name.size();
+        }
+    }
     return bytes;
 }
 

@@ -97,24 +97,35 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mOutOfMemory = false;
     mFaultCertain = false;
     mProcessorSeconds = settings.processorSeconds;
+    mGrantedRequests = 0;
     mGreeting = tHello();
     mState = eState::kStarting;
     return true;
 }
 
-/// Bounds the processor time of the next request. The owner's clock notices a slow worker earlier; this one also holds
-/// while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one could
-/// never be raised again.
-void CWorker::GrantProcessorTime() const
+/// Bounds the processor time of the requests under way. The owner's clock notices a slow worker earlier; this one also
+/// holds while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one
+/// could never be raised again.
+void CWorker::GrantProcessorTime()
 {
 #if defined(__linux__)
-    clockid_t clock = 0;
-    timespec used = {};
-    if (mProcessorSeconds == 0 || clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    // Once a second and whenever more requests are under way than before: the process has one thread, so it has used
+    // no more than has passed.
+    if (mProcessorSeconds == 0 || (now.tv_sec == mGrantedAt && mAsked.size() <= mGrantedRequests)) {
         return;
     }
-    // Twice the time: the request before this one may still be in work. And one second, because it counts whole ones.
-    const rlimit limit = {static_cast<rlim_t>(used.tv_sec) + 2 * rlim_t{mProcessorSeconds} + 1, RLIM_INFINITY};
+    clockid_t clock = 0;
+    timespec used = {};
+    if (clock_getcpuclockid(mProcess, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+        return;
+    }
+    mGrantedAt = now.tv_sec;
+    mGrantedRequests = mAsked.size();
+    // Two more, because seconds are counted whole, here and by the system.
+    const rlim_t seconds = static_cast<rlim_t>(used.tv_sec) + rlim_t{mGrantedRequests} * mProcessorSeconds + 2;
+    const rlimit limit = {seconds, RLIM_INFINITY};
     prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
 #endif
 }
@@ -219,6 +230,7 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
         if (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXCPU) {
             answer = MakeFailure(eFailure::kTimeout, "the worker process has used up its processor time");
+            mFaultCertain = !mAsked.empty(); // those before it have left it more than its own share
         }
     }
     Kill();

@@ -88,7 +88,7 @@ private:
     eEvent HandleFrame(const tFrame& frame, tAnswer& answer);
     eEvent Lose(tAnswer& answer, const char* misbehaviour);
     std::optional<int> WaitForEnd(int milliseconds);
-    void GrantProcessorTime() const;
+    void GrantProcessorTime();
 
     eState mState = eState::kNone;
     pid_t mProcess = 0;
@@ -101,5 +101,7 @@ private:
     bool mOutOfMemory = false;
     bool mFaultCertain = false;
     unsigned mProcessorSeconds = 0;
+    time_t mGrantedAt = 0;       ///< when processor time was granted last
+    size_t mGrantedRequests = 0; ///< and for how many
     tHello mGreeting;
 };

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <sys/resource.h>
 
 /// From start to greeting; a cold disk takes tenths of a second.
 static constexpr std::chrono::seconds kStartTime(20);
@@ -23,18 +24,40 @@ static constexpr size_t kMaxDepth = 8;
 static constexpr size_t kWaitingForStart = 4;
 static constexpr int kMillisecondsForStart = 3;
 
+/// Enough for a thousand workers and what they have to do.
+static constexpr size_t kDescriptors = 16384;
+
 /// A process is renewed after so many requests, whatever it has kept of them, or when it has grown by this much.
 static constexpr uint64_t kRequestsEach = 10000;
 static constexpr size_t kMaxGrowth = size_t{128} << 20;
 /// How often its memory is looked at.
 static constexpr uint64_t kRequestsBetweenLooks = 128;
 
+/// How many descriptors this process may have open, after it has asked for as many as it can have.
+static size_t CountDescriptors()
+{
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        return kDescriptors;
+    }
+    if (limit.rlim_cur < kDescriptors && limit.rlim_cur < limit.rlim_max) {
+        limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, kDescriptors);
+        setrlimit(RLIMIT_NOFILE, &limit);
+        getrlimit(RLIMIT_NOFILE, &limit);
+    }
+    return static_cast<size_t>(std::min<rlim_t>(limit.rlim_cur, kDescriptors));
+}
+
 CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t workers)
     : mSettings(std::move(settings)),
       mTimeout(std::chrono::duration_cast<tClock::duration>(std::chrono::duration<double>(timeoutSeconds))),
       mTimeoutSeconds(timeoutSeconds)
 {
-    for (size_t i = 0; i < workers; ++i) {
+    // Half of them for workers and documents; a walk and other things need some as well.
+    const size_t descriptors = CountDescriptors() / 2;
+    const size_t slots = std::clamp<size_t>(workers, 1, std::max<size_t>(descriptors / 4, 1));
+    mMaxDepth = std::clamp<size_t>(descriptors / slots, 3, kMaxDepth + 2) - 2; // each has a socket, and one waits
+    for (size_t i = 0; i < slots; ++i) {
         mSlots.push_back(std::make_unique<tSlot>());
     }
 }
@@ -249,7 +272,7 @@ void CWorkerPool::AdaptDepth(tSlot& slot, size_t answers, tClock::time_point now
 {
     const double seconds = std::chrono::duration<double>(now - slot.since).count() / static_cast<double>(answers);
     mSecondsEach += (seconds - mSecondsEach) * std::min(1.0, static_cast<double>(answers) / 16);
-    mDepth = static_cast<size_t>(std::clamp(kSecondsAhead / mSecondsEach, 1.0, double{kMaxDepth}));
+    mDepth = static_cast<size_t>(std::clamp(kSecondsAhead / mSecondsEach, 1.0, static_cast<double>(mMaxDepth)));
     slot.since = now;
     slot.deadline = now + mTimeout; // of the request that it begins now
 }

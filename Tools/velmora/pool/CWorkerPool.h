@@ -108,7 +108,8 @@ private:
     std::vector<std::unique_ptr<tSlot>> mSlots;
     std::deque<tJob> mQueue; ///< not yet sent
     std::deque<std::pair<uint64_t, tAnswer>> mDone;
-    size_t mDepth = 1;                           ///< requests that a worker is sent at most, the one in work among them
+    size_t mDepth = 1; ///< requests that a worker is sent at most, the one in work among them
+    size_t mMaxDepth = 1;
     double mSecondsEach = 0.01;                  ///< for one request, about
     bool mHasLost = false;                       ///< a worker was lost or ended in this turn
     std::optional<tFailure> mCannotServe;        ///< no worker can be had

@@ -1,0 +1,505 @@
+// What reaches the pixels of a picture through AppKit.
+#import "Drawing/Cocoa/CCocoaDrawing.h"
+#import "Drawing/Cocoa/NSColor+CColor.h"
+#import "Drawing/Cocoa/NSShadow+SingleLineShadows.h"
+#import "Drawing/Cocoa/UCocoaDrawing.h"
+
+#include <algorithm>
+#include <functional>
+#include <gtest/gtest.h>
+#include <numbers>
+#include <numeric>
+#include <ostream>
+#include <vector>
+
+/// Its context is flipped: y grows downwards.
+@interface FlippedView : NSView
+@end
+
+@implementation FlippedView
+- (BOOL)isFlipped
+{
+    return YES;
+}
+@end
+
+namespace {
+constexpr int kWidth = 120;
+constexpr int kHeight = 80;
+constexpr unsigned kWhite = 0xFFFFFF;
+constexpr unsigned kRed = 0xFF0000;
+constexpr unsigned kBlue = 0x0000FF;
+constexpr tPaint kRedPaint = {1.0, 0.0, 0.0, 1.0};
+constexpr tPaint kBluePaint = {0.0, 0.0, 1.0, 1.0};
+
+/// Edges of an area of pixels, the outer ones; all 0 for an empty one.
+struct tBox {
+    int left = 0;
+    int bottom = 0;
+    int right = 0;
+    int top = 0;
+    bool operator==(const tBox&) const = default;
+    bool IsInside(const tBox& other) const
+    {
+        return other.left <= left && other.bottom <= bottom && right <= other.right && top <= other.top;
+    }
+    tBox Grown(int by) const { return {left - by, bottom - by, right + by, top + by}; }
+};
+
+std::ostream& operator<<(std::ostream& out, const tBox& box)
+{
+    return out << "x " << box.left << " to " << box.right << ", y " << box.bottom << " to " << box.top;
+}
+
+/// A picture's colours as 0xRRGGBB; (0, 0) is at the lower left.
+struct tPicture {
+    std::vector<unsigned> pixels = std::vector<unsigned>(static_cast<size_t>(kWidth * kHeight), kWhite);
+
+    unsigned& At(int x, int y) { return pixels[static_cast<size_t>(y * kWidth + x)]; }
+    unsigned At(int x, int y) const { return pixels[static_cast<size_t>(y * kWidth + x)]; }
+
+    /// Around the pixels that `counts`, of all that are not white without it.
+    tBox Box(const std::function<bool(unsigned)>& counts = [](unsigned color) { return color != kWhite; }) const
+    {
+        tBox box = {kWidth, kHeight, 0, 0};
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x) {
+                if (counts(At(x, y))) {
+                    box = {std::min(box.left, x), std::min(box.bottom, y), std::max(box.right, x + 1),
+                           std::max(box.top, y + 1)};
+                }
+            }
+        }
+        return box.right == 0 ? tBox{} : box;
+    }
+    auto Count(unsigned color) const { return std::count(pixels.begin(), pixels.end(), color); }
+    /// Pixels that are another colour there, by more than edges are that another engine has smoothed.
+    auto Differences(const tPicture& other) const
+    {
+        return std::inner_product(pixels.begin(), pixels.end(), other.pixels.begin(), 0, std::plus{},
+                                  [](unsigned a, unsigned b) {
+                                      int most = 0;
+                                      for (; a != b; a >>= 8, b >>= 8) {
+                                          most = std::max(most, std::abs(int(a & 0xFF) - int(b & 0xFF)));
+                                      }
+                                      return most > 96 ? 1 : 0;
+                                  });
+    }
+};
+
+tPicture Pixels(NSBitmapImageRep* bitmap)
+{
+    tPicture picture;
+    EXPECT_EQ([bitmap pixelsWide], kWidth);
+    EXPECT_EQ([bitmap pixelsHigh], kHeight);
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kWidth; ++x) {
+            NSUInteger components[5] = {};
+            [bitmap getPixel:components atX:x y:kHeight - 1 - y];
+            picture.At(x, y) = static_cast<unsigned>(components[0] << 16 | components[1] << 8 | components[2]);
+        }
+    }
+    return picture;
+}
+
+/// What is to be seen after `draw` on a white view.
+tPicture Draw(const std::function<void()>& draw, bool isFlipped = false)
+{
+    const NSRect all = NSMakeRect(0, 0, kWidth, kHeight);
+    NSWindow* const window = [[NSWindow alloc] initWithContentRect:all
+                                                         styleMask:NSBorderlessWindowMask
+                                                           backing:NSBackingStoreBuffered
+                                                             defer:NO];
+    [window setReleasedWhenClosed:NO];
+    NSView* const view = [[(isFlipped ? [FlippedView class] : [NSView class]) alloc] initWithFrame:all];
+    [window setContentView:view];
+    [view lockFocus];
+    EXPECT_EQ([[NSGraphicsContext currentContext] isFlipped], isFlipped);
+    [[NSColor whiteColor] set];
+    NSRectFill(all);
+    [NSGraphicsContext saveGraphicsState];
+    draw();
+    [NSGraphicsContext restoreGraphicsState];
+    NSBitmapImageRep* const bitmap = [[NSBitmapImageRep alloc] initWithFocusedViewRect:all];
+    [view unlockFocus];
+    const tPicture picture = Pixels(bitmap);
+    [bitmap release];
+    [view release];
+    [window close];
+    [window release];
+    return picture;
+}
+
+class CocoaDrawing : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        mPool = [[NSAutoreleasePool alloc] init];
+        [NSApplication sharedApplication];
+        mFont = [NSFont systemFontOfSize:20.0];
+        ASSERT_NE(mFont, nil);
+    }
+    void TearDown() override { [mPool drain]; }
+
+    NSAutoreleasePool* mPool = nil;
+    NSFont* mFont = nil;
+};
+
+void Fill(NSBezierPath* path, NSColor* color = [NSColor redColor])
+{
+    [color set];
+    [path fill];
+}
+} // namespace
+
+TEST_F(CocoaDrawing, PathsLieWhereTheirPointsAre)
+{
+    EXPECT_EQ(Draw([] { Fill([UCocoaDrawing pathForDRect:DRect{10, 20, 30, 60}]); }).Box(), (tBox{20, 10, 60, 30}));
+
+    const tPicture circle = Draw([] { Fill([UCocoaDrawing pathForCircleAtPoint:CPoint(50, 40, 7) withRadius:25]); });
+    EXPECT_EQ(circle.Box(), (tBox{25, 15, 75, 65}));
+    EXPECT_NEAR(static_cast<double>(circle.Count(kRed)), std::numbers::pi * 25 * 25, 160); // without its smoothed edge
+    for (const double radius : {0.0, -3.0}) {
+        EXPECT_TRUE([[UCocoaDrawing pathForCircleAtPoint:CPoint(50, 40, 0) withRadius:radius] isEmpty]);
+    }
+
+    const auto stroke = [](NSBezierPath* path) {
+        [[NSColor redColor] set];
+        [path setLineWidth:4];
+        [path stroke];
+    };
+    EXPECT_EQ(Draw([&] { stroke([UCocoaDrawing lineFromPoint:CPoint(10, 20, 0) toPoint:CPoint(90, 20, 0)]); }).Box(),
+              (tBox{10, 18, 90, 22}));
+    const tPicture dashed = Draw([&] {
+        NSBezierPath* const path = [UCocoaDrawing pathForLineStartingAtPoint:CPoint(10, 20, 0)];
+        [UCocoaDrawing continueLine:path ToPoint:CPoint(30, 20, 0) drawLine:YES];
+        [UCocoaDrawing continueLine:path ToPoint:CPoint(50, 20, 0) drawLine:NO];
+        [UCocoaDrawing continueLine:path ToPoint:CPoint(50, 60, 0) drawLine:YES];
+        stroke(path);
+    });
+    EXPECT_EQ(dashed.Box(), (tBox{10, 18, 52, 60}));
+    EXPECT_EQ(dashed.At(40, 20), kWhite);
+    EXPECT_EQ(dashed.Count(kRed), 20 * 4 + 40 * 4);
+}
+
+TEST_F(CocoaDrawing, TheContextTurnsAboutThePointAndMoves)
+{
+    const auto mark = [] { Fill([UCocoaDrawing pathForDRect:DRect{40, 50, 44, 70}]); };
+    EXPECT_EQ(Draw([&] {
+                  [UCocoaDrawing offsetContextBy:CPoint(-30, 10, 5)];
+                  [UCocoaDrawing rotateContextBy:90 aroundPoint:CPoint(50, 40, 0)];
+                  mark();
+              }).Box(),
+              (tBox{16, 50, 20, 70}));
+}
+
+TEST_F(CocoaDrawing, TextFillsItsMeasuredBox)
+{
+    const NSSize size = [UCocoaDrawing measureText:@"Hig" font:mFont];
+    const tPicture text = Draw(
+        [&] { [UCocoaDrawing drawText:@"Hig" withColor:[NSColor redColor] font:mFont atPoint:CPoint(10, 30, 0)]; });
+    const tBox box = {10, 30, 10 + static_cast<int>(size.width), 30 + static_cast<int>(size.height)};
+    EXPECT_TRUE(text.Box().IsInside(box.Grown(1))) << text.Box() << ", measured " << box;
+    EXPECT_GT(text.Box().right - text.Box().left, size.width * 0.8);
+    EXPECT_GT(text.Count(kRed), 20);
+    EXPECT_EQ(Draw([&] {
+                  [UCocoaDrawing drawText:nil withColor:nil font:mFont atPoint:CPoint::ZeroPos];
+                  [UCocoaDrawing drawText:@"" withColor:nil font:mFont inRect:DRect{0, 0, 50, 50}];
+                  [UCocoaDrawing drawText:@"H" withColor:nil font:nil atPoint:CPoint::ZeroPos];
+                  [UCocoaDrawing drawText:@"H" withColor:nil font:mFont inRect:DRect{10, 10, 10, 50}];
+              }).Box(),
+              tBox{});
+
+    // In a rectangle the first line is at the upper edge, a second one below it, and nothing outside.
+    const auto inRect = [&](NSString* string, const DRect& rect, NSColor* outline = nil) {
+        return Draw([&] {
+                   [UCocoaDrawing drawText:string
+                                 withColor:[NSColor redColor]
+                                      font:mFont
+                                    inRect:rect
+                              outlineColor:outline
+                               strokeWidth:20];
+               })
+            .Box();
+    };
+    const tBox one = inRect(@"HH", {5, 10, 75, 110});
+    const tBox two = inRect(@"HH HH", {5, 10, 75, 10 + [UCocoaDrawing measureText:@"HH " font:mFont].width + 1});
+    EXPECT_LT(75 - one.top, size.height * 0.5);
+    EXPECT_EQ(two.top, one.top);
+    EXPECT_NEAR(one.bottom - two.bottom, size.height, 1);
+    EXPECT_EQ(two.right, one.right);
+    const tBox cut = inRect(@"HH", {75 - size.height / 2, 10, 75, 20}, [NSColor blueColor]);
+    EXPECT_TRUE(cut.IsInside({10, 75 - static_cast<int>(size.height / 2) - 1, 20, 75}) && cut.right > cut.left) << cut;
+}
+
+TEST_F(CocoaDrawing, OutlinesSurroundTheText)
+{
+    NSColor* const red = [NSColor redColor];
+    for (const bool isFlipped : {false, true}) {
+        const auto atPoint = [&](NSColor* color, double width) {
+            return Draw(
+                [&] {
+                    [UCocoaDrawing drawText:@"HL\nHL"
+                                  withColor:red
+                                       font:mFont
+                                    atPoint:CPoint(10, 15, 0)
+                               outlineColor:color
+                                strokeWidth:width];
+                },
+                isFlipped);
+        };
+        const auto inRect = [&](NSColor* color, double width) {
+            return Draw(
+                [&] {
+                    [UCocoaDrawing drawText:@"HL HL"
+                                  withColor:red
+                                       font:mFont
+                                     inRect:DRect{5, 10, 75, 60}
+                               outlineColor:color
+                                strokeWidth:width];
+                },
+                isFlipped);
+        };
+        for (const auto& draw : {std::function<tPicture(NSColor*, double)>(atPoint), {inRect}}) {
+            const tPicture plain = draw(nil, 10);
+            EXPECT_EQ(plain.pixels, draw([NSColor blueColor], 0).pixels);
+            // 10 % of 20 points: 1 on either side of the edge. The letters may be fitted to pixels, their outlines not.
+            const tPicture outlined = draw([NSColor blueColor], 10);
+            const tBox outline = outlined.Box([](unsigned color) { return (color >> 16) < 0x80; });
+            EXPECT_TRUE(outline.IsInside(plain.Box().Grown(2))) << outline << " around " << plain.Box();
+            EXPECT_TRUE(plain.Box().IsInside(outline)) << outline << " around " << plain.Box();
+            EXPECT_LT(outlined.Count(kRed), plain.Count(kRed));
+        }
+    }
+}
+
+TEST_F(CocoaDrawing, MeasuresGrowWithTextSizeAndOutline)
+{
+    const auto measure = [](NSString* text, double size) {
+        return [UCocoaDrawing measureText:text font:[NSFont systemFontOfSize:size]];
+    };
+    const NSSize one = measure(@"A", 24);
+    EXPECT_NEAR(measure(@"AA", 48).width, 4 * one.width, 4);
+    EXPECT_NEAR(measure(@"A\nA", 24).height, 2 * one.height, 2);
+    EXPECT_EQ(measure(@"", 24).width, 0);
+    EXPECT_EQ(measure(@"", 24).height, one.height);
+    EXPECT_TRUE(NSEqualSizes(measure(nil, 24), NSZeroSize));
+    EXPECT_TRUE(NSEqualSizes([UCocoaDrawing measureText:@"A" font:nil], NSZeroSize));
+    const NSSize outlined = [UCocoaDrawing measureText:@"A" font:[NSFont systemFontOfSize:24] strokeWidth:50];
+    EXPECT_EQ(outlined.width, one.width + 12);
+    EXPECT_EQ(outlined.height, one.height + 12);
+
+    NSDictionary* const attributes = [UCocoaDrawing createAttributesForTextColor:[NSColor redColor]
+                                                                            font:mFont
+                                                                    outlineColor:[NSColor blueColor]
+                                                                     strokeWidth:3];
+    EXPECT_EQ([[attributes objectForKey:NSStrokeWidthAttributeName] doubleValue], -3); // fill and outline
+    [attributes release];
+}
+
+TEST_F(CocoaDrawing, ShadowsAreNearWhatThrowsThemAndEnd)
+{
+    const tPicture picture = Draw([] {
+        [UCocoaDrawing shadowOn];
+        Fill([UCocoaDrawing pathForDRect:DRect{40, 10, 60, 30}]);
+        [UCocoaDrawing shadowOff];
+        Fill([UCocoaDrawing pathForDRect:DRect{10, 70, 30, 110}], [NSColor blueColor]);
+    });
+    EXPECT_EQ(picture.Count(kRed), 400);
+    EXPECT_EQ(picture.Box([](unsigned color) { return color == kBlue; }), (tBox{70, 10, 110, 30}));
+    EXPECT_TRUE(picture.Box().IsInside({5, 10, 110, 65})); // not every AppKit paints shadows
+}
+
+TEST_F(CocoaDrawing, WithoutAContextNothingIsDrawnAndPathsCanBeMade)
+{
+    NSGraphicsContext* const context = [[NSGraphicsContext currentContext] retain];
+    [NSGraphicsContext setCurrentContext:nil];
+    [UCocoaDrawing shadowOn];
+    [UCocoaDrawing shadowOff];
+    [UCocoaDrawing rotateContextBy:30 aroundPoint:CPoint(1, 2, 3)];
+    [UCocoaDrawing offsetContextBy:CPoint(1, 2, 3)];
+    NSColor* const red = [NSColor redColor];
+    [UCocoaDrawing drawText:@"A" withColor:red font:mFont atPoint:CPoint::ZeroPos outlineColor:red strokeWidth:5];
+    [UCocoaDrawing drawText:@"A" withColor:red font:mFont inRect:DRect{0, 0, 50, 50} outlineColor:red strokeWidth:5];
+    EXPECT_TRUE(NSEqualRects([[UCocoaDrawing pathForDRect:DRect{10, 20, 30, 60}] bounds], NSMakeRect(20, 10, 40, 20)));
+    EXPECT_GT([UCocoaDrawing measureText:@"A" font:mFont].width, 0);
+    {
+        CCocoaDrawing drawing(kHeight);
+        drawing.Save();
+        drawing.Restore();
+        for (const bool fills : {true, false}) {
+            drawing.LineTo(0, 0);
+            drawing.ArcTo(10, 10, 5, 0, 360);
+            fills ? drawing.Fill(kRedPaint, false) : drawing.Stroke({});
+        }
+        drawing.LineTo(0, 0);
+        drawing.Clip();
+        drawing.DrawText("A", 0, 0, {});
+        double width = 1;
+        double height = 1;
+        drawing.MeasureText("A", {}, width, height);
+        EXPECT_EQ(width + height, 0);
+    }
+    [NSGraphicsContext setCurrentContext:context];
+    [context release];
+}
+
+namespace {
+tPicture DrawOnSurface(const std::function<void(CDrawing&)>& draw, bool isFlipped = false)
+{
+    return Draw(
+        [&] {
+            CCocoaDrawing drawing(kHeight);
+            draw(drawing);
+        },
+        isFlipped);
+}
+
+void AddRect(CDrawing& drawing, double left, double top, double width, double height)
+{
+    drawing.MoveTo(left, top);
+    drawing.LineTo(left + width, top);
+    drawing.LineTo(left + width, top + height);
+    drawing.LineTo(left, top + height);
+    drawing.ClosePath();
+}
+
+/// The same in a picture that is made without AppKit.
+tPicture DrawInFile(const std::function<void(CDrawing&)>& draw)
+{
+    const auto file = Platform::BeginPicture(Platform::ePictureFormat::kPNG, kWidth, kHeight);
+    AddRect(*file, 0, 0, kWidth, kHeight);
+    file->Fill({1, 1, 1, 1}, false);
+    draw(*file);
+    std::string bytes;
+    EXPECT_TRUE(file->Finish(bytes));
+    return Pixels([NSBitmapImageRep imageRepWithData:[NSData dataWithBytes:bytes.data() length:bytes.size()]]);
+}
+} // namespace
+
+TEST_F(CocoaDrawing, TheCoresSurfaceShowsWhatAPictureFileShows)
+{
+    const auto draw = [](CDrawing& drawing) {
+        // A frame around its area, by one path.
+        AddRect(drawing, 10, 10, 20, 20);
+        drawing.Fill(kRedPaint, true);
+        drawing.Stroke({.paint = kBluePaint, .width = 2});
+        // Parts of discs and of rings, either way round and whole.
+        double x = 8;
+        for (const double sweep : {60.0, -150.0, 200.0, 360.0, -360.0, 0.0}) {
+            drawing.MoveTo(x, 68);
+            drawing.ArcTo(x, 68, 7, 20, sweep);
+            drawing.Fill({0, 0.5, 0, 0.5}, false);
+            drawing.ArcTo(x, 50, 6, 20, sweep);
+            drawing.Stroke({.paint = kBluePaint, .width = 3, .cap = Platform::eLineCap::kRound});
+            x += 18;
+        }
+        // Shifted, then turned, then scaled; what was begun there stays there.
+        drawing.Save();
+        drawing.Shift(70, 10);
+        drawing.Turn(30);
+        drawing.Scale(10);
+        AddRect(drawing, 0, 0, 1, 2);
+        drawing.CurveTo(1, 0, 2, 1, 2, 3);
+        drawing.Restore();
+        drawing.LineTo(75, 35);
+        drawing.Fill(kBluePaint, false);
+        // Clipped by a triangle, until the Restore.
+        drawing.Save();
+        drawing.LineTo(85, 5);
+        drawing.LineTo(115, 5);
+        drawing.LineTo(100, 35);
+        drawing.Clip();
+        AddRect(drawing, 80, 10, 40, 30);
+        drawing.Fill(kRedPaint, false);
+        drawing.Clip(); // by nothing
+        AddRect(drawing, 0, 0, 120, 80);
+        drawing.Fill(kBluePaint, false);
+        drawing.Restore();
+        // The pen scales, and a closed piece goes on from its first point.
+        drawing.Scale(2);
+        drawing.MoveTo(20, 5);
+        drawing.LineTo(30, 5);
+        drawing.LineTo(30, 9);
+        drawing.ClosePath();
+        drawing.LineTo(20, 20);
+        drawing.Stroke({.paint = kRedPaint, .width = 1, .join = Platform::eLineJoin::kBevel});
+        drawing.Save(); // left open
+    };
+    const tPicture file = DrawInFile(draw);
+    EXPECT_GT(file.Count(kRed), 500);
+    for (const bool isFlipped : {false, true}) {
+        EXPECT_EQ(DrawOnSurface(draw, isFlipped).Differences(file), 0) << isFlipped;
+    }
+    // GNUstep draws dashes a third longer than asked for, so they are compared with their like: they scale, too.
+    const auto dashed = [](double scale, double dash, double gap, double offset) {
+        return DrawOnSurface([=](CDrawing& drawing) {
+            drawing.Scale(scale);
+            drawing.MoveTo(0, 20 / scale);
+            drawing.LineTo(120 / scale, 20 / scale);
+            drawing.Stroke({.paint = kRedPaint, .width = 4 / scale, .dash = {dash, gap}, .dashOffset = offset});
+        });
+    };
+    EXPECT_EQ(dashed(2, 6, 3, 2).pixels, dashed(1, 12, 6, 4).pixels);
+    EXPECT_NE(dashed(1, 12, 6, 9).pixels, dashed(1, 12, 6, 4).pixels);
+    // Transform and clip are gone with the surface.
+    EXPECT_EQ(Draw([&] {
+                  {
+                      CCocoaDrawing drawing(kHeight);
+                      drawing.Clip();
+                  }
+                  Fill([UCocoaDrawing pathForDRect:DRect{10, 20, 30, 60}]);
+              }).Box(),
+              (tBox{20, 10, 60, 30}));
+}
+
+TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
+{
+    const tTextLook look = {
+        .font = [[mFont fontName] UTF8String], .size = 20, .paint = kRedPaint, .haloPaint = kBluePaint};
+    const auto text = [&](const char* string, const tTextLook& with, bool isFlipped = false) {
+        return DrawOnSurface([&](CDrawing& drawing) { drawing.DrawText(string, 10, 20, with); }, isFlipped);
+    };
+    const NSSize size = [UCocoaDrawing measureText:@"Lg" font:mFont];
+    const tPicture upright = Draw([&] {
+        [UCocoaDrawing drawText:@"Lg" withColor:[NSColor redColor] font:mFont atPoint:CPoint(10, 60 - size.height, 0)];
+    });
+    ASSERT_GT(upright.Count(kRed), 20);
+    EXPECT_EQ(text("Lg", look).Differences(upright), 0);
+    EXPECT_EQ(text("Lg", look, true).Differences(upright), 0);
+    tTextLook missing = look;
+    missing.font = "No Such Font";
+    EXPECT_EQ(text("Lg", missing).Differences(upright), 0); // the system font in its place
+
+    // Turned by 90 degrees the text runs down, its top to the right.
+    const tBox turned = DrawOnSurface([&](CDrawing& drawing) {
+                            drawing.Shift(60, 10);
+                            drawing.Turn(90);
+                            drawing.Scale(0.5);
+                            drawing.DrawText("Lg", 0, 0, look);
+                        }).Box();
+    const int halfWidth = static_cast<int>(size.width / 2);
+    const int halfHeight = static_cast<int>(size.height / 2);
+    EXPECT_TRUE(turned.IsInside(tBox{60 - halfHeight, 70 - halfWidth, 60, 70}.Grown(1))) << turned;
+    EXPECT_GT(turned.top - turned.bottom, halfWidth * 0.7);
+
+    double width = 0;
+    double height = 0;
+    const auto measure = [&](const char* string) {
+        DrawOnSurface([&](CDrawing& drawing) { drawing.MeasureText(string, look, width, height); });
+        return std::pair(width, height);
+    };
+    EXPECT_EQ(measure("Lg"), std::pair(size.width, size.height));
+    EXPECT_EQ(measure("L\tg\xFF"), measure("L g?"));
+    EXPECT_EQ(measure("L\r\nLg"), measure("L\nLg"));
+    EXPECT_GT(measure("L\rL").second, 1.5 * measure("L").second);
+
+    // A halo is around the letters and leaves them as they are.
+    tTextLook haloed = look;
+    haloed.halo = 2;
+    const tPicture halo = text("Lg", haloed);
+    EXPECT_GE(halo.Count(kRed), upright.Count(kRed));
+    EXPECT_GT(halo.Count(kBlue), 100);
+    EXPECT_TRUE(halo.Box().IsInside(upright.Box().Grown(3))) << halo.Box() << " around " << upright.Box();
+    EXPECT_TRUE(upright.Box().Grown(1).IsInside(halo.Box())) << halo.Box() << " around " << upright.Box();
+}

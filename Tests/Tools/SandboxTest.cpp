@@ -1,0 +1,155 @@
+// The sandbox of the built host's workers, and the doctor's word on it.
+#include "ExitCodes.h"
+#include "ProgramRun.h"
+#include "support/DocumentBuilder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <set>
+
+using nlohmann::json;
+
+static json Examine(std::vector<std::string> arguments, int& status)
+{
+    arguments.insert(arguments.end(), {"doctor", "--format", "json"});
+    tProgramRun run;
+    run.arguments = std::move(arguments);
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.err, "");
+    status = result.status;
+    return json::parse(result.out, nullptr, false);
+}
+
+/// Why workers of this build, on this system, put on no sandbox or not all of it; empty where they do.
+static std::string FindObstacle()
+{
+    int status = 0;
+    const json found = Examine({BUILD_FOLDER "/velmora"}, status);
+    const json& sandbox = found["sandbox"];
+    std::string obstacle = sandbox["note"];
+    for (const json& layer : sandbox["layers"]) {
+        obstacle += layer["on"] ? "" : layer["name"].get<std::string>() + ": " + layer["detail"].get<std::string>();
+    }
+    return obstacle;
+}
+
+TEST(Doctor, ProvesThatEachLayerHolds)
+{
+    if (const std::string obstacle = FindObstacle(); !obstacle.empty()) {
+        GTEST_SKIP() << obstacle;
+    }
+    int status = -1;
+    const json found = Examine({BUILD_FOLDER "/velmora"}, status);
+    EXPECT_EQ(status, kExitOK) << found["problems"];
+    EXPECT_EQ(found["ok"], true);
+    EXPECT_EQ(found["plugin"]["imports"], true);
+    EXPECT_EQ(found["plugin"]["types"], json({"com.velmora.layout"}));
+    std::set<std::string> proved;
+    const json& trials = found["sandbox"]["trials"];
+    ASSERT_GE(trials.size(), 9U);
+    for (const json& trial : trials) {
+        EXPECT_EQ(trial["outside"]["result"], "succeeded") << trial;
+        EXPECT_EQ(trial["confined"]["result"], "refused") << trial;
+        EXPECT_FALSE(trial["layers"].empty()) << trial;
+        for (const auto& layer : trial["layers"].items()) {
+            EXPECT_EQ(layer.value()["result"], "refused") << trial;
+            proved.insert(layer.key());
+        }
+    }
+    EXPECT_EQ(proved, (std::set<std::string>{"landlock", "limits", "memory", "seccomp"}));
+    const tProgramResult text = RunVelmora({"doctor", "--sandbox", "require"});
+    EXPECT_EQ(text.status, kExitOK);
+    EXPECT_NE(text.out.find("\nAll is well.\n"), std::string::npos) << text.out;
+}
+
+TEST(Doctor, NamesWhatIsMissing)
+{
+    const std::string data = MakeFolder("data");
+    std::filesystem::create_directory(data + "/velmora");
+    WriteFile(data + "/velmora/index.db", "no database at all");
+    tProgramRun run;
+    run.arguments = {BUILD_FOLDER "/velmora", "doctor", "--plugin", "/nonexistent"};
+    run.environment = {"XDG_DATA_HOME=" + data};
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, kExitFailed);
+    EXPECT_NE(result.out.find("  the plug-in /nonexistent does not exist\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("/index.db is no database\n"), std::string::npos) << result.out;
+}
+
+TEST(Sandbox, ChangesNoAnswer)
+{
+    const std::string folder = MakeFolder("sandbox");
+    for (const auto& entry : std::filesystem::directory_iterator(TEST_DATA "/documents")) {
+        if (entry.path().extension() == ".velmora") {
+            std::filesystem::copy(entry.path(), folder);
+        }
+    }
+    for (uint64_t seed = 1; seed <= 20; ++seed) { // with texts in turned elements, of all kinds of characters
+        WriteFile(folder + "/random " + std::to_string(seed) + ".velmora",
+                  Layout(RandomLayout(seed, 60, true)).Bytes());
+    }
+    const std::string stock = SOURCE_FOLDER "/Samples/stock.xml";
+    const std::vector<std::string> commands[] = {
+        {"import", "--format", "json", folder},
+        {"check", "--format", "json", folder, stock},
+        {"parts", "--format", "json", "--stock", stock, folder},
+        {"render", "--format", "png", SOURCE_FOLDER "/Samples/terminus.velmora"},
+        {"render", "--format", "svg", SOURCE_FOLDER "/Samples/oval.velmora"},
+        {"stock", "--format", "json", stock},
+        {"schema", "--format", "json"}};
+    const std::string mode = FindObstacle().empty() ? "require" : "auto";
+    for (const std::vector<std::string>& command : commands) {
+        SCOPED_TRACE(command[0]);
+        std::vector<std::string> free = command;
+        std::vector<std::string> confined = command;
+        free.insert(free.end(), {"--sandbox", "off"});
+        confined.insert(confined.end(), {"--sandbox", mode});
+        const tProgramResult expected = RunVelmora(free);
+        const tProgramResult result = RunVelmora(confined);
+        EXPECT_EQ(result.status, expected.status);
+        EXPECT_EQ(result.out, expected.out);
+        EXPECT_EQ(result.err, expected.err);
+        EXPECT_NE(result.out, "");
+        EXPECT_EQ(result.out.find("\"crash\""), std::string::npos);
+    }
+}
+
+TEST(Sandbox, GoesOnWithWhatTheSystemGrants)
+{
+    if (const std::string obstacle = FindObstacle(); !obstacle.empty()) {
+        GTEST_SKIP() << obstacle;
+    }
+    const std::string document = SOURCE_FOLDER "/Samples/oval.velmora";
+    const struct {
+        const char* calls;
+        bool landlock; ///< on nevertheless
+        bool seccomp;
+    } cases[] = {{"landlock", false, true}, {"seccomp", true, true}, {"landlock,seccomp,prctl", false, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.calls);
+        const std::vector<std::string> start = {REFUSE_CALLS, c.calls, BUILD_FOLDER "/velmora"};
+        int status = -1;
+        const json found = Examine(start, status);
+        EXPECT_EQ(status, c.landlock && c.seccomp ? kExitOK : kExitFailed);
+        for (const json& layer : found["sandbox"]["layers"]) {
+            const std::string name = layer["name"];
+            EXPECT_EQ(layer["on"], name == "landlock" ? c.landlock : name != "seccomp" || c.seccomp) << layer;
+        }
+        for (const json& trial : found["sandbox"]["trials"]) {
+            if (trial["name"] == "fork") {
+                EXPECT_EQ(trial["confined"]["result"], c.seccomp ? "refused" : "succeeded");
+            }
+        }
+        tProgramRun run;
+        run.arguments = start;
+        run.arguments.insert(run.arguments.end(), {"import", "--format", "json", document});
+        EXPECT_EQ(RunProgram(run).status, kExitOK);
+        run.arguments.insert(run.arguments.end(), {"--sandbox", "require"});
+        const tProgramResult required = RunProgram(run);
+        const bool whole = c.landlock && c.seccomp;
+        EXPECT_EQ(required.status, whole ? kExitOK : kExitFailed);
+        EXPECT_EQ(required.out.find("\"code\":\"sandbox\"") == std::string::npos, whole) << required.out;
+        EXPECT_EQ(required.err.find("the sandbox that is required cannot be had: ") == std::string::npos, whole);
+    }
+}

@@ -1,0 +1,14 @@
+// What the commands around the search index share.
+#pragma once
+
+#include "commands/CommandLine.h"
+
+/// Adds --database.
+void AddDatabaseOption(CLI::App& app, tOptions& options);
+
+/// The index that is meant, as an absolute path. @return empty when none is named and there is no place for the user's
+std::string GetDatabasePath(const tOptions& options);
+
+/// A path without links, "." and "..": as the index knows folders and documents. The last component of a document's
+/// path stays as it is; of what does not exist the part that does is resolved.
+std::string ResolvePath(const std::string& path);

@@ -1,0 +1,222 @@
+#include "index/CIndexRun.h"
+
+#include "index/ContentHash.h"
+#include "output/CRecordWriter.h"
+#include "protocol/UTF8.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <sys/stat.h>
+
+static constexpr int kPortion = 1000;
+static constexpr std::chrono::seconds kPortionTime{1};
+
+static constexpr int64_t kSecond = 1000000000; // in nanoseconds
+
+/// File systems tell times apart by the kernel's tick (4 ms, 10 at most), some by 2 seconds. A file that was written so
+/// shortly before could be written once more without a visible difference.
+static constexpr int64_t kFineGrain = 20000000;
+static constexpr int64_t kCoarseGrain = 2 * kSecond;
+
+static constexpr std::string_view kExtension = ".velmora";
+
+/// Whether a change from now on would show in a file's time.
+static bool IsTimeTrusted(int64_t modified)
+{
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const int64_t age = int64_t{now.tv_sec} * kSecond + now.tv_nsec - modified;
+    return age < 0 || age >= (modified % kSecond == 0 ? kCoarseGrain : kFineGrain);
+}
+
+static tFileStamp StampOf(const tFileStatus& status)
+{
+    return {static_cast<int64_t>(status.size), status.modified, status.inode};
+}
+
+namespace {
+/// What was found out about a document before it was read, on its way through the run.
+struct tNote {
+    bool isKnown = false;
+    bool isTrusted = false; ///< the file's time
+    std::string hash;
+
+    tNote() = default;
+    explicit tNote(const std::string& encoded)
+    {
+        if (encoded.size() >= 2) {
+            isKnown = encoded[0] == 'y';
+            isTrusted = encoded[1] == 'y';
+            hash = encoded.substr(2);
+        }
+    }
+
+    std::string Encode() const { return std::string(isKnown ? "y" : "n") + (isTrusted ? "y" : "n") + hash; }
+
+    tFileStamp Stamp(const tFileStatus& status) const
+    {
+        tFileStamp stamp = StampOf(status);
+        stamp.modified = isTrusted ? stamp.modified : 0;
+        return stamp;
+    }
+};
+} // namespace
+
+/// Failures that lie in the surroundings, which may be others by now: tried again in every pass.
+static bool IsPassing(const std::string& code)
+{
+    return code == "1" || code == "path" || code == "plugin";
+}
+
+static std::string Join(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : ", ") + text;
+    }
+    return joined;
+}
+
+/// A file's name for people: without folder and the layouts' extension.
+static std::string NameFor(const std::string& path)
+{
+    std::string name = path.substr(path.find_last_of('/') + 1);
+    if (name.size() > kExtension.size() && name.ends_with(kExtension)) {
+        name.resize(name.size() - kExtension.size());
+    }
+    return UTF8::MakeValid(name);
+}
+
+static tIndexedTexts TextsOf(const std::string& path, const tAnswer& answer)
+{
+    tIndexedTexts texts;
+    texts.name = NameFor(path);
+    texts.libraries = Join(answer.libraries);
+    texts.articles = Join(answer.articles);
+    const struct {
+        std::string_view key;
+        std::string* text;
+    } known[] = {{"kMDItemAuthors", &texts.author},
+                 {"kMDItemDescription", &texts.description},
+                 {"kMDItemVersion", &texts.revision},
+                 {"kMDItemLayerNames", &texts.layers},
+                 {"kMDItemTextContent", &texts.text}};
+    for (const tAttribute& attribute : answer.attributes) {
+        for (const auto& entry : known) {
+            if (attribute.key == entry.key) {
+                *entry.text = Join(attribute.texts);
+            }
+        }
+    }
+    for (std::string* text : {&texts.name, &texts.author, &texts.description, &texts.revision, &texts.layers,
+                              &texts.libraries, &texts.articles, &texts.text}) {
+        std::replace(text->begin(), text->end(), '\0', ' '); // where SQLite's functions would end the text
+    }
+    return texts;
+}
+
+CIndexRun::CIndexRun(CIndexDatabase& database, tSettings settings)
+    : mDatabase(database), mSettings(std::move(settings)), mLastCommit(tClock::now())
+{}
+
+/// Whether what is known of an unchanged document need not be asked again.
+bool CIndexRun::IsSettled(const tKnownDocument& known) const
+{
+    return known.importer == mSettings.importer &&
+           !(known.failed && (mSettings.retryFailed || IsPassing(known.failureCode)));
+}
+
+void CIndexRun::CountAsBefore(const tKnownDocument& known)
+{
+    if (known.failed) {
+        ++mSummary.failed;
+        ++mSummary.knownFailed;
+    } else {
+        ++mSummary.unchanged;
+    }
+    CountOne();
+}
+
+bool CIndexRun::Wants(const std::string& path, const tFileStatus& status)
+{
+    const std::optional<tKnownDocument> known = mDatabase.Find(path);
+    if (!known) {
+        return true;
+    }
+    mDatabase.MarkSeen(known->id);
+    if (mSettings.verify || known->stamp != StampOf(status) || !IsSettled(*known)) {
+        return true;
+    }
+    CountAsBefore(*known);
+    return false;
+}
+
+bool CIndexRun::WantsOpen(const std::string& path, const tFileStatus& status, int document, std::string& note)
+{
+    ++mSummary.opened;
+    tNote made;
+    made.isTrusted = IsTimeTrusted(status.modified);
+    made.hash = ContentHash::OfFile(document).value_or(std::string());
+    const std::optional<tKnownDocument> known = mDatabase.Find(path);
+    made.isKnown = known.has_value();
+    if (known && !made.hash.empty() && known->hash == made.hash && IsSettled(*known)) {
+        mDatabase.StoreStamp(known->id, made.Stamp(status));
+        CountAsBefore(*known);
+        return false;
+    }
+    note = made.Encode();
+    return true;
+}
+
+bool CIndexRun::Take(const std::string& path, const tFileStatus& status, const std::string& note, const tAnswer& answer)
+{
+    struct stat now = {};
+    if (note.empty() && lstat(path.c_str(), &now) != 0 && (errno == ENOENT || errno == ENOTDIR)) {
+        mSummary.removed += mDatabase.RemoveUnseen(path);
+        return false;
+    }
+    if (note.empty() && S_ISDIR(now.st_mode)) { // a folder that cannot be read may hold what it held
+        mDatabase.KeepBelow(path);
+        ++mSummary.failed;
+        return true;
+    }
+    const tNote made(note);
+    const tOrigin origin = {path, made.Stamp(status), made.hash, mSettings.importer};
+    const int64_t seconds = time(nullptr);
+    if (answer.ok) {
+        mDatabase.StoreTexts(origin, TextsOf(path, answer), seconds);
+        ++(made.isKnown ? mSummary.changed : mSummary.added);
+    } else {
+        mDatabase.StoreFailure(origin, {FailureCode(answer.failure), answer.failure.message, seconds});
+        ++mSummary.failed;
+    }
+    CountOne();
+    return true;
+}
+
+void CIndexRun::Finish(const std::string& root)
+{
+    mSummary.removed += mDatabase.RemoveUnseen(root);
+    Commit();
+}
+
+void CIndexRun::Commit()
+{
+    mDatabase.Commit();
+    mUncommitted = 0;
+    mLastCommit = tClock::now();
+}
+
+void CIndexRun::CountOne()
+{
+    ++mUncommitted;
+    CommitIfDue();
+}
+
+void CIndexRun::CommitIfDue()
+{
+    if (mUncommitted >= kPortion || (mUncommitted > 0 && tClock::now() - mLastCommit >= kPortionTime)) {
+        Commit();
+    }
+}

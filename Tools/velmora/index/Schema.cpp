@@ -1,0 +1,64 @@
+#include "index/Schema.h"
+
+/// Paths are bytes, therefore BLOB; times of files in nanoseconds, others in seconds since 1970. `words` holds no texts
+/// of its own: it is an index over the columns of the same names, which the triggers keep in step.
+static constexpr const char* kVersion1 = R"sql(
+CREATE TABLE document (
+    id INTEGER PRIMARY KEY,
+    path BLOB NOT NULL UNIQUE,
+    size INTEGER NOT NULL,
+    modified INTEGER NOT NULL,
+    inode INTEGER NOT NULL,
+    hash BLOB,
+    importer TEXT NOT NULL,
+    indexed INTEGER,
+    failure_code TEXT,
+    failure_message TEXT,
+    failure_time INTEGER,
+    name TEXT,
+    author TEXT,
+    description TEXT,
+    revision TEXT,
+    layer TEXT,
+    library TEXT,
+    article TEXT,
+    text TEXT
+);
+CREATE VIRTUAL TABLE words USING fts5(
+    name, author, description, revision, layer, library, article, text,
+    content = 'document', content_rowid = 'id', prefix = '2 3',
+    tokenize = 'velmora unicode61 remove_diacritics 2'
+);
+INSERT INTO words (words, rank) VALUES ('automerge', 8);
+CREATE TRIGGER document_inserted AFTER INSERT ON document BEGIN
+    INSERT INTO words (rowid, name, author, description, revision, layer, library, article, text)
+    VALUES (new.id, new.name, new.author, new.description, new.revision, new.layer, new.library, new.article, new.text);
+END;
+CREATE TRIGGER document_deleted AFTER DELETE ON document BEGIN
+    INSERT INTO words (words, rowid, name, author, description, revision, layer, library, article, text)
+    VALUES ('delete', old.id, old.name, old.author, old.description, old.revision, old.layer, old.library, old.article,
+            old.text);
+END;
+CREATE TRIGGER document_changed
+AFTER UPDATE OF name, author, description, revision, layer, library, article, text ON document BEGIN
+    INSERT INTO words (words, rowid, name, author, description, revision, layer, library, article, text)
+    VALUES ('delete', old.id, old.name, old.author, old.description, old.revision, old.layer, old.library, old.article,
+            old.text);
+    INSERT INTO words (rowid, name, author, description, revision, layer, library, article, text)
+    VALUES (new.id, new.name, new.author, new.description, new.revision, new.layer, new.library, new.article, new.text);
+END;
+CREATE TABLE root (
+    path BLOB PRIMARY KEY
+) WITHOUT ROWID;
+)sql";
+
+/// The failed documents are few and asked for after every run.
+static constexpr const char* kVersion2 = R"sql(
+CREATE INDEX document_failed ON document (path) WHERE failure_code IS NOT NULL;
+)sql";
+
+std::span<const char* const> Schema::GetSteps()
+{
+    static constexpr const char* kSteps[] = {kVersion1, kVersion2};
+    return kSteps;
+}

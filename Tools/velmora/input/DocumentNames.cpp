@@ -1,0 +1,26 @@
+#include "input/DocumentNames.h"
+
+#include <algorithm>
+#include <fnmatch.h>
+
+static constexpr std::string_view kExtension = ".velmora";
+
+bool DocumentNames::HasExtension(std::string_view name)
+{
+    if (name.size() <= kExtension.size()) {
+        return false;
+    }
+    const std::string_view end = name.substr(name.size() - kExtension.size());
+    return std::equal(end.begin(), end.end(), kExtension.begin(), [](char one, char other) {
+        return (one >= 'A' && one <= 'Z' ? static_cast<char>(one + 'a' - 'A') : one) == other;
+    });
+}
+
+bool DocumentNames::IsExcluded(const std::vector<std::string>& patterns, const std::string& name,
+                               const std::string& path)
+{
+    return std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
+        const bool whole = pattern.find('/') != std::string::npos;
+        return fnmatch(pattern.c_str(), whole ? path.c_str() : name.c_str(), 0) == 0;
+    });
+}

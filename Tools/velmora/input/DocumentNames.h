@@ -1,0 +1,14 @@
+// What names of files tell.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace DocumentNames {
+/// Whether a name has something in front of ".velmora", in either case.
+bool HasExtension(std::string_view name);
+
+/// Whether one of the shell's patterns matches the name, or the whole path if the pattern holds a slash.
+bool IsExcluded(const std::vector<std::string>& patterns, const std::string& name, const std::string& path);
+} // namespace DocumentNames
