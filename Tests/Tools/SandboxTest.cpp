@@ -91,7 +91,7 @@ TEST(Sandbox, ChangesNoAnswer)
     }
     const std::string stock = SOURCE_FOLDER "/Samples/stock.xml";
     const std::vector<std::string> commands[] = {
-        {"import", "--format", "json", folder},
+        {"import", "--quiet", "--format", "json", folder},
         {"check", "--format", "json", folder, stock},
         {"parts", "--format", "json", "--stock", stock, folder},
         {"render", "--format", "png", SOURCE_FOLDER "/Samples/terminus.velmora"},

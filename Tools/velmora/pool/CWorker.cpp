@@ -19,7 +19,6 @@ extern char** environ;
 
 /// How long a process that has closed its socket may take to end, before it is ended.
 static constexpr int kEndMilliseconds = 500;
-/// How often the limit of processor time is moved; each time costs two system calls.
 /// How long an idle process may take to leave by itself.
 static constexpr int kLeaveMilliseconds = 2000;
 

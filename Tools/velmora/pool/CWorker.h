@@ -4,7 +4,6 @@
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 
-#include <chrono>
 #include <deque>
 #include <optional>
 #include <string>
