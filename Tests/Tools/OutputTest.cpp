@@ -1,3 +1,4 @@
+#include "output/CProgress.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
@@ -144,4 +145,27 @@ TEST(Writers, PropertyListIsOneDocument)
               "\t\t\t<key>message</key>\n\t\t\t<string>&amp;</string>\n"
               "\t\t</dict>\n\t</dict>\n"
               "</array>\n</plist>\n");
+}
+
+TEST(Progress, FitsTheTerminal)
+{
+    const tProgress known = {250, 3, 1000, "/home/me/\x1B[2J/Gr\u00FCn.velmora"};
+    EXPECT_EQ(CProgress::FormatBar(known, 2, 200),
+              "[#####...............] 250/1000 documents, 125/s, 0:06 left, 3 failed  /home/me/\\x1B[2J/Gr??n.velmora");
+    EXPECT_EQ(CProgress::FormatBar(known, 2, 82).size(), 82U);
+    EXPECT_EQ(CProgress::FormatBar(known, 2, 10), "[#####....");
+    // A total that was counted before more documents came is none.
+    EXPECT_EQ(CProgress::FormatBar({250, 0, 200, ""}, 5000, 80), "250 documents, 0/s");
+}
+
+TEST(Escapes, BackFromBase64)
+{
+    std::string bytes;
+    for (const char* text : {"", "f", "fo", "\xFF\xFE\xFD"}) {
+        EXPECT_TRUE(Escapes::FromBase64(Escapes::Base64(text), bytes));
+        EXPECT_EQ(bytes, text);
+    }
+    for (const char* wrong : {"Z", "Zg", "Zg=", "Zh==", "Z===", "====", "Zm 8", "Zg==Zg=="}) {
+        EXPECT_FALSE(Escapes::FromBase64(wrong, bytes)) << wrong;
+    }
 }

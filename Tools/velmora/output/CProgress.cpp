@@ -4,6 +4,7 @@
 #include "output/Escapes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -45,11 +46,11 @@ static size_t TerminalWidth()
 static std::string FormatDuration(double seconds)
 {
     char text[32];
-    const auto whole = static_cast<unsigned long long>(seconds + 0.5);
+    const auto whole = std::llround(std::clamp(seconds, 0.0, 1e9));
     if (whole < 3600) {
-        snprintf(text, sizeof text, "%llu:%02llu", whole / 60, whole % 60);
+        snprintf(text, sizeof text, "%lld:%02llu", whole / 60, whole % 60);
     } else {
-        snprintf(text, sizeof text, "%llu:%02llu:%02llu", whole / 3600, whole / 60 % 60, whole % 60);
+        snprintf(text, sizeof text, "%lld:%02llu:%02llu", whole / 3600, whole / 60 % 60, whole % 60);
     }
     return text;
 }

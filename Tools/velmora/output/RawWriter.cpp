@@ -36,7 +36,7 @@ private:
 
     void WriteValue(const std::string& value)
     {
-        mOutput.Write(mFirst ? std::string_view() : std::string_view("", 1));
+        mOutput.Write(std::string(mFirst ? 0 : 1, '\0'));
         mOutput.Write(value);
         mFirst = false;
     }

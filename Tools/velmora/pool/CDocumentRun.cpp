@@ -27,7 +27,7 @@ static size_t CountBytes(const tAnswer& answer)
     for (const tAttribute& attribute : answer.attributes) {
         bytes += sizeof attribute + attribute.key.size();
         for (const std::string& text : attribute.texts) {
-            bytes += sizeof text + text.size();
+            bytes += sizeof(std::string) + text.size();
         }
     }
     for (const auto* names : {&answer.libraries, &answer.articles}) {
