@@ -118,7 +118,7 @@ static bool PrintFound(CIndexDatabase& index, const tOptions& options, const std
         }
         if (options.nullSeparated) {
             output.Write(found.path);
-            output.Write(std::string_view("", 1));
+            output.Write(std::string_view("\0", 1));
         } else if (json) {
             WriteJSON(output, found);
         } else {
