@@ -16,8 +16,12 @@
 #include <string>
 #include <vector>
 
+class CDrawingOptions;
 class CLayer;
 class CTaggedFile;
+namespace Platform {
+class CDrawing;
+}
 
 /// Which catalogue article an element is. Texts are zero-terminated Mac OS Roman. Lies in raw memory as it lies here.
 struct tLibraryItemAttributes {
@@ -169,6 +173,10 @@ public:
     bool GetFillMode() const { return mLayout.fillMode; }
     /// Sum of the components' track lengths, mm.
     double GetTrackLength();
+
+    /// Draws the element alone, where it lies in its layout. Its joints are placed anew, nothing else of it changes.
+    /// @param pixel  size of what the drawing just shows, mm
+    void Render(Platform::CDrawing& drawing, const CDrawingOptions& options, double pixel);
 
     // Library attributes. Texts are cut to their fields; a null text changes nothing.
     const char* GetName() const { return mLibrary.name; }

@@ -74,7 +74,7 @@ TEST(Doctor, NamesWhatIsMissing)
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.status, kExitFailed);
     EXPECT_NE(result.out.find("  the plug-in /nonexistent does not exist\n"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("/index.db is no database\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("/index.db cannot be used: file is not a database\n"), std::string::npos) << result.out;
 }
 
 TEST(Sandbox, ChangesNoAnswer)

@@ -8,7 +8,6 @@
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CRecordedDrawing.h"
 #include "Elements/Rendering/CComponentRenderer.h"
-#include "Elements/Rendering/UElementRenderer.h"
 #include "Layers/CLayerManager.h"
 
 #include <pugixml.hpp>
@@ -187,7 +186,7 @@ TEST(Rendering, UnknownTrackStylesAreSleepersAndOptionsOfElementsCount)
     // Options of one's own count, whatever the element is like.
     const auto drawAlone = [&](const CDrawingOptions& options) {
         const auto picture = Platform::BeginPicture(Platform::ePictureFormat::kPNG, 320, 60);
-        UElementRenderer::Draw(*track, options, *picture, 1.0);
+        track->Render(*picture, options, 1.0);
         std::string bytes;
         EXPECT_TRUE(picture->Finish(bytes));
         return bytes;

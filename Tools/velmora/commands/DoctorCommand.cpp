@@ -4,6 +4,7 @@
 #include "Interrupt.h"
 #include "Places.h"
 #include "commands/SandboxTrial.h"
+#include "index/CIndexDatabase.h"
 #include "output/COutput.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
@@ -21,8 +22,6 @@ using nlohmann::ordered_json;
 
 /// What the worker outside may map, so that the trial of the memory limit can succeed there: 1 TB.
 static constexpr unsigned kMuchMemory = 1U << 20;
-/// How databases of the index begin, with the zero behind it.
-static constexpr char kDatabaseMagic[] = "SQLite format 3";
 
 static void AddDoctorOptions(CLI::App& app, tOptions& options)
 {
@@ -152,23 +151,16 @@ void CExamination::ExamineIndex()
         Add("there is no place for an index: neither HOME nor XDG_DATA_HOME is an absolute path");
         return;
     }
-    const CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    const int error = errno;
-    mIndex["exists"] = file.IsOpen() || error != ENOENT;
-    if (!file.IsOpen()) {
-        if (error != ENOENT) {
-            Add("the index " + path + " cannot be opened: " + strerror(error));
-        }
-        return;
-    }
-    // Only that it is a database: what is in it, the commands say that use it.
-    char start[sizeof kDatabaseMagic] = {};
-    const ssize_t length = pread(file.Get(), start, sizeof start, 0);
-    const bool isDatabase = length == 0 || (length == static_cast<ssize_t>(sizeof start) &&
-                                            memcmp(start, kDatabaseMagic, sizeof start) == 0);
-    mIndex["is_database"] = isDatabase;
-    if (!isDatabase) {
-        Add("the index " + path + " is no database");
+    mIndex["exists"] = true;
+    try {
+        const tIndexStatus status = CIndexDatabase(path, CIndexDatabase::eAccess::kRead).GetStatus();
+        mIndex["version"] = status.version;
+        mIndex["documents"] = status.documents;
+        mIndex["failed"] = status.failed;
+    } catch (const CIndexMissing&) {
+        mIndex["exists"] = false;
+    } catch (const std::exception& error) {
+        Add(error.what());
     }
 }
 
@@ -299,6 +291,10 @@ std::string CExamination::GetText() const
     }
     text += Line("Preferences", DescribePlace(mPreferences, " (not there: defaults)"));
     text += Line("Index", DescribePlace(mIndex, " (not there yet)"));
+    if (mIndex.contains("documents")) {
+        text += Line("", std::to_string(mIndex.value("documents", 0LL)) + " documents, " +
+                             std::to_string(mIndex.value("failed", 0LL)) + " of them failed when last read");
+    }
     if (mSandbox.contains("mode")) {
         const std::string note = mSandbox.value("note", "");
         text += Line("Sandbox", note.empty() ? mSandbox.value("mode", "") : "none: " + note);

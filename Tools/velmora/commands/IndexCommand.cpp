@@ -107,7 +107,9 @@ int ShowStatus(CIndexDatabase& index, bool json)
         return Print(output);
     }
     char size[32];
-    snprintf(size, sizeof size, "%.1f MB", static_cast<double>(status.bytes) / 1e6);
+    const bool isLarge = status.bytes >= 1000000;
+    snprintf(size, sizeof size, isLarge ? "%.1f MB" : "%.0f kB",
+             static_cast<double>(status.bytes) / (isLarge ? 1e6 : 1e3));
     output.Write("Index:      " + Escapes::ForTerminal(index.GetPath()) + " (" + size + ", version " +
                  std::to_string(status.version) + ")\n");
     output.Write("Documents:  " + std::to_string(status.documents) + "\n");
