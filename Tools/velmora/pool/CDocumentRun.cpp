@@ -32,7 +32,7 @@ static size_t CountBytes(const tAnswer& answer)
     }
     for (const auto* names : {&answer.libraries, &answer.articles}) {
         for (const std::string& name : *names) {
-            bytes += sizeof name + name.size();
+            bytes += sizeof(std::string) + name.size();
         }
     }
     return bytes;
