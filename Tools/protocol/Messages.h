@@ -47,7 +47,8 @@ struct tPictureWish {
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string contentType;   ///< uniform type identifier, for kImport and kIndex; for kExamine the act to be tried, or empty
+    std::string
+        contentType; ///< uniform type identifier, for kImport and kIndex; for kExamine the act to be tried, or empty
     tPictureWish picture = {}; ///< for kRender
 };
 

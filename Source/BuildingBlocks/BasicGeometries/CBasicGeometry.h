@@ -144,7 +144,8 @@ public:
     virtual bool Load(FILE* file, int version);
     virtual void Save(FILE* file);
 
-    /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document reaches.
+    /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document
+    /// reaches.
     static bool IsScale(double factor);
     /// Makes an element the owner of both joints.
     void SetJointOwner(CCompositeGeometry* owner);
