@@ -47,8 +47,8 @@ struct tPictureWish {
 
 struct tRequest {
     eVerb verb = eVerb::kImport;
-    std::string
-        contentType; ///< uniform type identifier, for kImport and kIndex; for kExamine the act to be tried, or empty
+    /// For kImport and kIndex a uniform type identifier, for kExamine the act to be tried, or empty.
+    std::string contentType;
     tPictureWish picture = {}; ///< for kRender
 };
 
