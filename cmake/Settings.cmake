@@ -1,4 +1,4 @@
-# What every target of ours is compiled with: velmora_settings, and the function that fills the core's source lists.
+# What every target of ours is compiled with: velmora_settings, and the function that fills the archives' source lists.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -34,8 +34,8 @@ if(VELMORA_SANITIZE)
   add_link_options(-fsanitize=${VELMORA_SANITIZE})
 endif()
 
-# Adds FILES of the current folder to the core archive.
+# velmora_sources(FILE...): adds files of the current folder to the archive that the folder's tree makes up, VELMORA_ARCHIVE.
 function(velmora_sources)
   list(TRANSFORM ARGV PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-  target_sources(velmora-core PRIVATE ${ARGV})
+  target_sources(${VELMORA_ARCHIVE} PRIVATE ${ARGV})
 endfunction()
