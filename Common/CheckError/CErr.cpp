@@ -2,6 +2,7 @@
 
 #include "CBundle/CBundle.h"
 #include "CheckError/ReportFormatted.h"
+#include "KVUDate/KVUDate.h"
 #include "KVUSystem/KVUSystem.h"
 #include "Platform/Report.h"
 #include "Platform/System.h"
@@ -12,7 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <string>
 #include <sys/utsname.h>
 
@@ -55,12 +55,8 @@ std::string MessageText(short code, const char* function, const char* descriptio
 /// The beginning of a log entry: time, process, system and application.
 void WriteLogHeading(FILE* file, CErr::tCheckErrorAlertType kind)
 {
-    char date[64] = "";
-    const time_t now = time(nullptr);
-    tm local = {};
-    if (localtime_r(&now, &local) != nullptr) {
-        strftime(date, sizeof date, "%b %e. %Y, %T", &local);
-    }
+    char date[64];
+    KVUDate::FormatNow(date, sizeof date);
     const char* const process = KVUSystem::GetProcessName();
     if (kind == CErr::kWarning) {
         fprintf(file, "%s :  Warning logged for process '%s':\n\n", date, process);

@@ -1,11 +1,11 @@
 #include "Layouts/CLayout.h"
 
 #include "CheckError/CErr.h"
+#include "KVUDate/KVUDate.h"
 #include "KVUStr/KVUStr.h"
 #include "Layers/CLayerManager.h"
 #include "Layouts/CDisplayOptionsManager.h"
 #include "Layouts/CLayoutStatistics.h"
-#include "Layouts/LayoutDate.h"
 #include "Preferences/CVLPreferences.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ constexpr int kSmallestDefaultZoom = 5;
 CLayout::CLayout()
 {
     const CVLPreferences* preferences = CVLPreferences::Instance();
-    FormatLayoutDate(mCreationDate, sizeof mCreationDate);
+    KVUDate::FormatNow(mCreationDate, sizeof mCreationDate);
     SetElementLabelFlag(kLabelFlag32);
     SetElementLabelFlag(kLabelFlag64);
     if (preferences->mDefaultShowElementNames) {

@@ -5,6 +5,7 @@
 #include "CheckError/ULog.h"
 #include "Elements/Utilities/CMissingLayoutFontsDoctor.h"
 #include "KVUByteOrdering/KVUByteOrdering.h"
+#include "KVUDate/KVUDate.h"
 #include "KVUNum/KVUNum.h"
 #include "KVUStr/KVUStr.h"
 #include "Layers/CLayerManager.h"
@@ -12,14 +13,12 @@
 #include "Layouts/CLayout.h"
 #include "Layouts/CLayoutJointsManager.h"
 #include "Layouts/Groups/UGroups.h"
-#include "Layouts/LayoutDate.h"
 #include "Platform/Streams.h"
 
 #include <boost/foreach.hpp>
 
 #include <bit>
 #include <cstdint>
-#include <ctime>
 #include <memory>
 #include <new>
 #include <utility>
@@ -91,15 +90,6 @@ using tOGLBlock = unsigned char[CLayout::kNumOGLParms * sizeof(float)];
 /// Stands where the private author's name would be: it is not published.
 constexpr char kHiddenAuthor[] = "???";
 } // namespace
-
-void FormatLayoutDate(char* text, size_t size)
-{
-    const time_t now = time(nullptr);
-    tm local = {};
-    if (localtime_r(&now, &local) == nullptr || strftime(text, size, "%b %e. %Y, %T", &local) == 0) {
-        *text = 0;
-    }
-}
 
 int CLayout::Load(std::string path)
 {
@@ -230,7 +220,7 @@ bool CLayout::Save(const std::string* path)
     if (mFileName.empty()) {
         return false;
     }
-    FormatLayoutDate(mModificationDate, sizeof mModificationDate);
+    KVUDate::FormatNow(mModificationDate, sizeof mModificationDate);
     Platform::COutputFile output(mFileName);
     FILE* file = output.Get();
     if (file == nullptr || feof(file) != 0) {

@@ -2,8 +2,8 @@
 
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CheckError/CErr.h"
+#include "KVUDate/KVUDate.h"
 #include "KVUStr/KVUStr.h"
-#include "Layouts/LayoutDate.h"
 
 #include <boost/foreach.hpp>
 
@@ -108,5 +108,5 @@ void CRailSet::SetCreationDate(const char* date)
 
 void CRailSet::SetCreationDateToNow()
 {
-    FormatLayoutDate(mParameters.creationDate, sizeof mParameters.creationDate);
+    KVUDate::FormatNow(mParameters.creationDate, sizeof mParameters.creationDate);
 }

@@ -3,10 +3,10 @@
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
+#include "KVUDate/KVUDate.h"
 #include "KVUNum/KVUNum.h"
 #include "Layers/CLayer.h"
 #include "Layers/CLayerNameResolver.h"
-#include "Layouts/LayoutDate.h"
 #include "Platform/Streams.h"
 #include "TrackLibraries/CRailSet.h"
 #include "TrackLibraries/Utilities/ULibraryFiles.h"
@@ -152,7 +152,7 @@ bool CRailSet::Save()
     BigEndian::StoreUnsigned32(kMagic, header);
     BigEndian::StoreUnsigned32(kVersion, header + 4);
     fwrite(header, sizeof header, 1, file);
-    FormatLayoutDate(mParameters.modificationDate, sizeof mParameters.modificationDate);
+    KVUDate::FormatNow(mParameters.modificationDate, sizeof mParameters.modificationDate);
     WriteParameters(file);
     const std::string libraryName = ULibraryFiles::GetLibraryName(mPath);
     BOOST_FOREACH(CCompositeGeometry* element, mElements) {

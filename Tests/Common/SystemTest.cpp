@@ -1,5 +1,6 @@
 #include "CBundle/CBundle.h"
 #include "CMutexLock/CMutexLock.h"
+#include "KVUDate/KVUDate.h"
 #include "KVUPath/KVUPath.h"
 #include "Reports.h"
 #include "UFiles/UFiles.h"
@@ -47,6 +48,25 @@ TEST(CBundle, AProgramThatIsNoBundleIsVelmora)
     EXPECT_EQ(fs::canonical(file.path), fs::canonical(program));
     EXPECT_FALSE(bundle.GetFSRefForFileNextToApp("no such file", file));
     EXPECT_FALSE(bundle.GetFSRefForResource("no such", "txt", file));
+}
+
+TEST(KVUDate, IsWhatTheCLocaleWrites)
+{
+    tm time = {};
+    time.tm_year = 126;
+    time.tm_min = 3;
+    time.tm_sec = 59;
+    char expected[32];
+    char text[32];
+    for (time.tm_mon = 0; time.tm_mon < 12; ++time.tm_mon) {
+        time.tm_mday = 1 + 2 * time.tm_mon;
+        time.tm_hour = 23 - time.tm_mon;
+        strftime(expected, sizeof expected, "%b %e. %Y, %T", &time); // tests never set LC_TIME
+        KVUDate::Format(text, sizeof text, time);
+        EXPECT_STREQ(text, expected);
+    }
+    KVUDate::Format(text, 8, time);
+    EXPECT_STREQ(text, "? 23. 2");
 }
 
 TEST(KVUPath, Suffix)
