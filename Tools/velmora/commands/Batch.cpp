@@ -12,9 +12,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <thread>
 
-void AddBatchOptions(CLI::App& app, tOptions& options, const std::string& pathHelp)
+void AddBatchOptions(CLI::App& app, tBatchOptions& options, const std::string& pathHelp)
 {
     app.add_option("PATH", options.paths, pathHelp)->type_name("");
     app.add_option("--files-from", options.filesFrom,
@@ -30,13 +29,11 @@ void AddBatchOptions(CLI::App& app, tOptions& options, const std::string& pathHe
         ->check(CLI::IsMember({"auto", "always", "never", "plain"}))
         ->type_name("WHEN");
     app.add_flag("-q,--quiet", options.quiet, "No summary at the end");
-    app.add_option("-j,--jobs", options.jobs, "Worker processes (default: one for each core)")
-        ->check(CLI::Range(1U, 1024U))
-        ->type_name("N");
+    AddJobsOption(app, options.jobs, "Worker processes (default: one for each core)");
     AddWorkerOptions(app, options);
 }
 
-std::string CheckBatchOptions(const tOptions& options, const char* verb)
+std::string CheckBatchOptions(const tBatchOptions& options, const char* verb)
 {
     const bool readsInput = std::find(options.paths.begin(), options.paths.end(), "-") != options.paths.end();
     if (options.paths.empty() && options.filesFrom.empty()) {
@@ -66,8 +63,7 @@ std::optional<int> CBatch::Begin()
     mSource->SetExcludes(mOptions.excludes);
     std::optional<tFailure> cannotServe;
     const tWorkerSettings settings = GetWorkerSettings(mOptions, cannotServe);
-    const unsigned jobs = mOptions.jobs > 0 ? mOptions.jobs : std::max(std::thread::hardware_concurrency(), 1U);
-    mPool = std::make_unique<CWorkerPool>(settings, mOptions.timeoutSeconds, jobs);
+    mPool = std::make_unique<CWorkerPool>(settings, mOptions.timeoutSeconds, CountWorkers(mOptions.jobs));
     if (cannotServe) {
         mPool->Refuse(*cannotServe);
     }

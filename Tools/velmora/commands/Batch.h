@@ -8,18 +8,29 @@
 #include <memory>
 #include <optional>
 
+/// What commands take that go over many documents.
+struct tBatchOptions : tWorkerOptions {
+    std::vector<std::string> paths;
+    std::string filesFrom;             ///< a list of further paths; empty for none
+    bool nullSeparated = false;        ///< the list has zeros between paths, not line breaks
+    std::vector<std::string> excludes; ///< patterns of names that a walk passes over
+    std::string progress = "auto";     ///< auto, always, never, plain
+    bool quiet = false;                ///< no summary
+    unsigned jobs = 0;                 ///< worker processes; 0 for one a core
+};
+
 /// Options that name documents and say how to go over them: PATH, --files-from, --null, --exclude, --jobs, --progress,
 /// --quiet, and those of every command that starts workers.
-void AddBatchOptions(CLI::App& app, tOptions& options, const std::string& pathHelp);
+void AddBatchOptions(CLI::App& app, tBatchOptions& options, const std::string& pathHelp);
 
 /// What the parser cannot check of them. @param verb  "import": what is done to documents
 /// @return empty, or what is wrong
-std::string CheckBatchOptions(const tOptions& options, const char* verb);
+std::string CheckBatchOptions(const tBatchOptions& options, const char* verb);
 
 /// A run as a command does it: with the options above, messages, progress and a summary on standard error.
 class CBatch {
 public:
-    explicit CBatch(const tOptions& options) : mOptions(options) {}
+    explicit CBatch(const tBatchOptions& options) : mOptions(options) {}
 
     /// Opens the list, starts a first worker. Says what is wrong.
     /// @return the exit status when the run cannot be begun
@@ -39,7 +50,7 @@ public:
     const tRunCounts* GetCounts() const { return mRun ? &mRun->GetCounts() : nullptr; }
 
 private:
-    const tOptions& mOptions;
+    const tBatchOptions& mOptions; ///< the caller's
     std::unique_ptr<CDocumentSource> mSource;
     std::unique_ptr<CWorkerPool> mPool;
     std::unique_ptr<CDocumentRun> mRun;

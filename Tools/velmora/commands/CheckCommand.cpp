@@ -6,17 +6,22 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-static void AddCheckOptions(CLI::App& app, tOptions& options)
+namespace {
+struct tCheckOptions : tWorkerOptions {
+    std::vector<std::string> paths;
+    std::string format = "text";
+};
+} // namespace
+
+static void AddCheckOptions(CLI::App& app, tCheckOptions& options)
 {
     app.add_option("PATH", options.paths,
                    "Layouts, track libraries and stock files, and folders to search for layouts");
-    app.add_option("--format", options.format, "text (for people) or json (an object a line)")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
     AddWorkerOptions(app, options);
 }
 
-static std::string CheckCheck(const tOptions& options)
+static std::string CheckCheck(const tCheckOptions& options)
 {
     return options.paths.empty() ? "nothing to check: name documents or folders" : "";
 }
@@ -59,9 +64,12 @@ static std::string DescribeText(const std::string& path, const CReport& report)
 
 static std::string DescribeJSON(const std::string& path, const CReport& report)
 {
-    using tJSON = nlohmann::ordered_json;
     const CReport reader = report.GetObject("reader");
-    tJSON record = {{"path", path}, {"ok", true}, {"kind", report.GetText("kind")}, {"findings", tJSON::array()}};
+    JSON::tRecord record;
+    JSON::PutPath(record, "path", path);
+    record["ok"] = true;
+    record["kind"] = report.GetText("kind");
+    record["findings"] = JSON::tRecord::array();
     for (const CReport& finding : report.GetList("findings")) {
         record["findings"].push_back({{"offset", finding.GetNumber("offset")},
                                       {"key", finding.GetNumber("key")},
@@ -73,10 +81,10 @@ static std::string DescribeJSON(const std::string& path, const CReport& report)
     record["reader"] = {{"code", reader.GetNumber("code")},
                         {"elements", reader.GetNumber("elements")},
                         {"lost", reader.GetNumber("lost")}};
-    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
+    return JSON::ToLine(record);
 }
 
-static int RunCheck(const tOptions& options)
+static int RunCheck(const tCheckOptions& options)
 {
     const bool json = options.format == "json";
     std::string text;
@@ -85,11 +93,9 @@ static int RunCheck(const tOptions& options)
     CInquiry::tUseFailure useFailure;
     if (json) {
         useFailure = [&text](const std::string& path, const tFailure& failure) {
-            nlohmann::ordered_json record = {{"path", path}, {"ok", false}, {"error", {{"message", failure.message}}}};
-            record["error"]["code"] = failure.kind == eFailure::kLoader
-                                          ? nlohmann::ordered_json(failure.loaderCode)
-                                          : nlohmann::ordered_json(FailureWord(failure.kind));
-            text += record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+            tAnswer answer;
+            answer.failure = failure;
+            AppendJSONRecord(text, path, answer, {});
         };
     }
     CInquiry::eResult result = inquiry.Ask(
@@ -107,9 +113,6 @@ static int RunCheck(const tOptions& options)
     return FinishCommand(text, result);
 }
 
-const tCommand kCheckCommand = {"check",
-                                "Say what is wrong with documents, and where",
+const tCommand kCheckCommand = {"check", "Say what is wrong with documents, and where",
                                 "  velmora check plan.velmora\n  velmora check --format json ~/Layouts\n",
-                                AddCheckOptions,
-                                CheckCheck,
-                                RunCheck};
+                                CallCommand<tCheckOptions, AddCheckOptions, RunCheck, CheckCheck>};

@@ -12,6 +12,7 @@
 #include <memory>
 #include <numeric>
 #include <string_view>
+#include <thread>
 
 static const tCommand* const kCommands[] = {&kImportCommand,    &kIndexCommand, &kSearchCommand,  &kRenderCommand,
                                             &kCheckCommand,     &kPartsCommand, &kLibraryCommand, &kStockCommand,
@@ -82,13 +83,13 @@ static std::string GeneralHelp()
                   "Options:\n  -h, --help     Show this\n  -V, --version  Show the version\n";
 }
 
-static std::unique_ptr<CLI::App> MakeParser(const tCommand& command, tOptions& options)
+static std::unique_ptr<CLI::App> MakeParser(const tCommand& command, CCommandCall& call)
 {
     auto app = std::make_unique<CLI::App>(std::string(command.summary) + "\n\nExamples:\n" + command.examples,
                                           std::string("velmora ") + command.name);
     app->set_help_flag("-h,--help", "Show this");
     app->set_version_flag("-V,--version", "velmora " VELMORA_VERSION, "Show the version");
-    command.addOptions(*app, options);
+    call.AddOptions(*app);
     return app;
 }
 
@@ -121,8 +122,8 @@ static std::vector<std::string> CollectArguments(const tCommand& command, const 
 
 static int RunCommand(const tCommand& command, int argc, char** argv)
 {
-    tOptions options;
-    const std::unique_ptr<CLI::App> app = MakeParser(command, options);
+    const std::unique_ptr<CCommandCall> call = command.call();
+    const std::unique_ptr<CLI::App> app = MakeParser(command, *call);
     const std::string helpCommand = std::string("velmora help ") + command.name;
     try {
         app->parse(CollectArguments(command, *app, argc, argv));
@@ -133,12 +134,12 @@ static int RunCommand(const tCommand& command, int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return RefuseUsage(Escapes::ForTerminal(error.what()), helpCommand);
     }
-    const std::string wrong = command.check(options);
+    const std::string wrong = call->Check();
     if (!wrong.empty()) {
         return RefuseUsage(wrong, helpCommand);
     }
     Places::MakeLogFolder();
-    return command.run(options);
+    return call->Run();
 }
 
 const char* GetVersion()
@@ -146,7 +147,7 @@ const char* GetVersion()
     return VELMORA_VERSION;
 }
 
-void AddWorkerOptions(CLI::App& app, tOptions& options)
+void AddWorkerOptions(CLI::App& app, tWorkerOptions& options)
 {
     app.add_option("--plugin", options.plugIn, "The importer plug-in, where it is not the one that came with velmora")
         ->envname("VELMORA_PLUGIN")
@@ -169,7 +170,22 @@ void AddWorkerOptions(CLI::App& app, tOptions& options)
         ->type_name("MODE");
 }
 
-tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailure>& failure)
+void AddFormatOption(CLI::App& app, std::string& format, const std::vector<std::string>& formats, const char* help)
+{
+    app.add_option("--format", format, help)->check(CLI::IsMember(formats))->type_name("FORMAT");
+}
+
+void AddJobsOption(CLI::App& app, unsigned& jobs, const char* help)
+{
+    app.add_option("-j,--jobs", jobs, help)->check(CLI::Range(1U, 1024U))->type_name("N");
+}
+
+size_t CountWorkers(unsigned jobs)
+{
+    return jobs > 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1U);
+}
+
+tWorkerSettings GetWorkerSettings(const tWorkerOptions& options, std::optional<tFailure>& failure)
 {
     tWorkerSettings settings;
     settings.program = Places::FindWorker();
@@ -177,7 +193,6 @@ tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailur
     settings.memoryMegabytes = options.memoryMegabytes;
     settings.sandbox = options.sandbox;
     settings.processorSeconds = static_cast<unsigned>(std::ceil(options.timeoutSeconds));
-    settings.draws = options.draws;
     if (settings.plugIn.empty()) {
         const std::string message = "there is no importer plug-in: " + Places::DescribePlugInPlaces();
         failure = MakeFailure(eFailure::kPlugIn, message).failure;
@@ -208,8 +223,8 @@ int RunCommandLine(int argc, char** argv)
     }
     if (const tCommand* command = FindCommand(name)) {
         if (help) {
-            tOptions options;
-            return PrintOut(MakeParser(*command, options)->help());
+            const std::unique_ptr<CCommandCall> call = command->call();
+            return PrintOut(MakeParser(*command, *call)->help());
         }
         return RunCommand(*command, argc - 1, argv + 1);
     }

@@ -3,6 +3,8 @@
 
 #include "pool/CWorker.h"
 
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,57 +13,53 @@ namespace CLI {
 class App;
 }
 
-/// What the options of all commands have set; a command uses those it has added.
-struct tOptions {
-    std::vector<std::string> paths;
-    std::string filesFrom;      ///< a list of further paths; empty for none
-    bool nullSeparated = false; ///< the list has zeros between paths, not line breaks
-    std::string format = "text";
-    std::vector<std::string> names;     ///< of the attributes to print, in this order; empty for all
-    bool raw = false;                   ///< values alone
-    std::string nullMarker = "(null)";  ///< stands for a value that is not there
-    unsigned detail = 0;                ///< 1 to 3; 0 for the usual record
-    std::string plugIn;                 ///< empty for the one that belongs to the executable
-    std::string stock;                  ///< a stock file; empty for none
-    std::vector<std::string> libraries; ///< track library files
-    std::string output;                 ///< the file a picture goes to; empty or "-" for standard output
-    bool force = false;                 ///< the file may be there already
-    std::string size;                   ///< of a picture: "WxH" or "N"; empty for the usual one
-    std::string style;                  ///< name of a track style; empty for the layout's own
-    std::vector<std::string> layers;    ///< names of the layers to draw; empty for the visible ones
-    bool labels = false;                ///< names of the elements are drawn
-    bool grid = false;                  ///< a grid is drawn
-    bool draws = false;                 ///< the workers are to draw
-    std::vector<std::string> excludes;  ///< patterns of names that a walk passes over
-    unsigned jobs = 0;                  ///< worker processes; 0 for one a core
-    std::string progress = "auto";      ///< auto, always, never, plain
-    bool quiet = false;                 ///< no summary
-    std::string sandbox = "auto";       ///< auto, require or off
-    double timeoutSeconds = 5;          ///< for one document
-    unsigned memoryMegabytes = 1024;    ///< what a worker may use beyond what it needs at rest
-    std::string database;               ///< the search index; empty for the user's own
-    bool showStatus = false;            ///< index: what is in it
-    bool listFailed = false;            ///< index: the documents that failed
-    bool rebuild = false;               ///< index: read everything again
-    bool retryFailed = false;           ///< index: also what failed and has not changed
-    bool verify = false;                ///< index: compare contents, not times
-    long long limit = -1;               ///< search: at most so many; 0 for all, below for the default
-    bool countOnly = false;             ///< search: how many
-    std::string onlyIn;                 ///< search: a folder; empty for everywhere
+/// What every command takes that starts workers.
+struct tWorkerOptions {
+    std::string plugIn;              ///< empty for the one that belongs to the executable
+    std::string sandbox = "auto";    ///< auto, require or off
+    double timeoutSeconds = 5;       ///< for one document
+    unsigned memoryMegabytes = 1024; ///< what a worker may use beyond what it needs at rest
+};
+
+/// A command that was called: owns the options of that command.
+class CCommandCall {
+public:
+    virtual ~CCommandCall() = default;
+    virtual void AddOptions(CLI::App& app) = 0;
+    /// What the parser cannot check by itself. @return empty, or what is wrong
+    virtual std::string Check() const = 0;
+    virtual int Run() const = 0; ///< answers an eExitCode
 };
 
 /// One command: feeds the parser and the help.
 struct tCommand {
     const char* name;
-    const char* summary;  ///< one line
-    const char* examples; ///< a line each
-    void (*addOptions)(CLI::App& app, tOptions& options);
-    /// What the parser cannot check by itself. @return empty, or what is wrong
-    std::string (*check)(const tOptions& options);
-    int (*run)(const tOptions& options); ///< answers an eExitCode
+    const char* summary;                     ///< one line
+    const char* examples;                    ///< a line each
+    std::unique_ptr<CCommandCall> (*call)(); ///< with all options at their defaults
     /// Words such as -word are operands, where they are no option: they reach the command with a blank in front.
     bool takesDashedWords = false;
 };
+
+/// Makes a command's call of a structure for its options and the functions that work with it.
+template <typename tOptions, void (*kAddOptions)(CLI::App&, tOptions&), int (*kRun)(const tOptions&),
+          std::string (*kCheck)(const tOptions&) = nullptr>
+std::unique_ptr<CCommandCall> CallCommand()
+{
+    class CCall : public CCommandCall {
+        void AddOptions(CLI::App& app) override { kAddOptions(app, mOptions); }
+        std::string Check() const override
+        {
+            if constexpr (kCheck != nullptr) {
+                return kCheck(mOptions);
+            }
+            return {};
+        }
+        int Run() const override { return kRun(mOptions); }
+        tOptions mOptions;
+    };
+    return std::make_unique<CCall>();
+}
 
 extern const tCommand kImportCommand;
 extern const tCommand kCheckCommand;
@@ -79,11 +77,19 @@ extern const tCommand kDoctorCommand;
 /// The version of this program.
 const char* GetVersion();
 
-/// Options of every command that starts workers.
-void AddWorkerOptions(CLI::App& app, tOptions& options);
+void AddWorkerOptions(CLI::App& app, tWorkerOptions& options);
 
-/// What such a command starts its workers with. @param failure  set when worker or plug-in is not to be found
-tWorkerSettings GetWorkerSettings(const tOptions& options, std::optional<tFailure>& failure);
+/// Adds --format. @param format  holds the usual one
+void AddFormatOption(CLI::App& app, std::string& format, const std::vector<std::string>& formats, const char* help);
+
+/// Adds --jobs. @param jobs  0 for one worker process a core
+void AddJobsOption(CLI::App& app, unsigned& jobs, const char* help);
+
+/// What a command starts its workers with. @param failure  set when worker or plug-in is not to be found
+tWorkerSettings GetWorkerSettings(const tWorkerOptions& options, std::optional<tFailure>& failure);
+
+/// How many worker processes there are to be. @param jobs  what --jobs says
+size_t CountWorkers(unsigned jobs);
 
 /// The whole program: finds the command, reads its options, runs it. @return an eExitCode
 int RunCommandLine(int argc, char** argv);

@@ -8,6 +8,7 @@
 #include "output/COutput.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
+#include "output/JSON.h"
 #include "protocol/BuiltInDocument.h"
 #include "protocol/UTF8.h"
 
@@ -23,24 +24,23 @@ using nlohmann::ordered_json;
 /// What the worker outside may map, so that the trial of the memory limit can succeed there: 1 TB.
 static constexpr unsigned kMuchMemory = 1U << 20;
 
-static void AddDoctorOptions(CLI::App& app, tOptions& options)
-{
-    app.add_option("--format", options.format, "text (for people) or json (one object)")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("FORMAT");
-    AddWorkerOptions(app, options);
-}
+namespace {
+struct tDoctorOptions : tWorkerOptions {
+    std::string format = "text";
+};
+} // namespace
 
-static std::string CheckDoctor(const tOptions&)
+static void AddDoctorOptions(CLI::App& app, tDoctorOptions& options)
 {
-    return {};
+    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (one object)");
+    AddWorkerOptions(app, options);
 }
 
 namespace {
 /// The examination: what was found, as JSON, and what is wrong, a line each.
 class CExamination {
 public:
-    explicit CExamination(const tOptions& options)
+    explicit CExamination(const tDoctorOptions& options)
         : mOptions(options), mSettings(GetWorkerSettings(options, mCannotServe))
     {}
 
@@ -59,7 +59,7 @@ private:
     void Add(const std::string& problem) { mProblems.push_back(problem); }
     std::string GetTrialsText() const;
 
-    const tOptions& mOptions;
+    const tDoctorOptions& mOptions;
     std::optional<tFailure> mCannotServe;
     tWorkerSettings mSettings;
     ordered_json mPlugIn = ordered_json::object();
@@ -311,7 +311,7 @@ std::string CExamination::GetText() const
     return text;
 }
 
-static int RunDoctor(const tOptions& options)
+static int RunDoctor(const tDoctorOptions& options)
 {
     CExamination examination(options);
     examination.Run();
@@ -319,16 +319,11 @@ static int RunDoctor(const tOptions& options)
         return kExitInterrupted;
     }
     COutput output(STDOUT_FILENO);
-    output.Write(options.format == "json"
-                     ? examination.GetFindings().dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n"
-                     : examination.GetText());
+    output.Write(options.format == "json" ? JSON::ToLine(examination.GetFindings()) : examination.GetText());
     const bool written = output.Flush() || output.IsReaderGone();
     return written && examination.IsWell() ? kExitOK : kExitFailed;
 }
 
-const tCommand kDoctorCommand = {"doctor",
-                                 "Check the installation, and prove that the sandbox holds",
+const tCommand kDoctorCommand = {"doctor", "Check the installation, and prove that the sandbox holds",
                                  "  velmora doctor\n  velmora doctor --format json --sandbox require\n",
-                                 AddDoctorOptions,
-                                 CheckDoctor,
-                                 RunDoctor};
+                                 CallCommand<tDoctorOptions, AddDoctorOptions, RunDoctor>};

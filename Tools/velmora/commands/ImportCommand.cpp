@@ -10,12 +10,21 @@
 #include <string_view>
 #include <unistd.h>
 
-static void AddImportOptions(CLI::App& app, tOptions& options)
+namespace {
+struct tImportOptions : tBatchOptions {
+    std::string format = "text";
+    std::vector<std::string> names;    ///< of the attributes to print, in this order; empty for all
+    bool raw = false;                  ///< values alone
+    std::string nullMarker = "(null)"; ///< stands for a value that is not there
+    unsigned detail = 0;               ///< 1 to 3; 0 for the usual record
+};
+} // namespace
+
+static void AddImportOptions(CLI::App& app, tImportOptions& options)
 {
     AddBatchOptions(app, options, "Documents, and folders to search for documents; - is standard input");
-    app.add_option("--format", options.format, "text (for people), json (an object a line) or plist")
-        ->check(CLI::IsMember({"text", "json", "plist"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"text", "json", "plist"},
+                    "text (for people), json (an object a line) or plist");
     app.add_option("-n,--name", options.names, "Only this attribute; several are printed in the order asked for")
         ->type_name("ATTRIBUTE")
         ->allow_extra_args(false);
@@ -28,7 +37,7 @@ static void AddImportOptions(CLI::App& app, tOptions& options)
         ->type_name("LEVEL");
 }
 
-static std::string CheckImport(const tOptions& options)
+static std::string CheckImport(const tImportOptions& options)
 {
     if (options.raw && options.names.empty()) {
         return "--raw needs the attributes to print: name them with --name";
@@ -51,7 +60,7 @@ public:
 };
 } // namespace
 
-static std::unique_ptr<CRecordWriter> MakeWriter(const tOptions& options, bool cannotServe, COutput& output)
+static std::unique_ptr<CRecordWriter> MakeWriter(const tImportOptions& options, bool cannotServe, COutput& output)
 {
     if (options.raw) {
         return MakeRawWriter(output, options.names, options.nullMarker);
@@ -66,7 +75,7 @@ static std::unique_ptr<CRecordWriter> MakeWriter(const tOptions& options, bool c
 }
 
 /// Leaves what the user wants to see of a document's attributes, in the order asked for.
-static void SelectAttributes(const tOptions& options, std::vector<tAttribute>& attributes)
+static void SelectAttributes(const tImportOptions& options, std::vector<tAttribute>& attributes)
 {
     if (options.detail == 1) {
         attributes.clear();
@@ -89,7 +98,7 @@ static void SelectAttributes(const tOptions& options, std::vector<tAttribute>& a
     }
 }
 
-static int RunImport(const tOptions& options)
+static int RunImport(const tImportOptions& options)
 {
     CBatch batch(options);
     if (const std::optional<int> status = batch.Begin()) {
@@ -113,12 +122,9 @@ static int RunImport(const tOptions& options)
     return status == kExitOK && output.HasFailed() && !output.IsReaderGone() ? kExitFailed : status;
 }
 
-const tCommand kImportCommand = {"import",
-                                 "Print the search attributes of layouts",
+const tCommand kImportCommand = {"import", "Print the search attributes of layouts",
                                  "  velmora import plan.velmora\n"
                                  "  velmora import --format json ~/Layouts > attributes.json\n"
                                  "  velmora import --name kMDItemAuthors --raw plan.velmora\n"
                                  "  find / -name '*.velmora' -print0 | velmora import --files-from - --null\n",
-                                 AddImportOptions,
-                                 CheckImport,
-                                 RunImport};
+                                 CallCommand<tImportOptions, AddImportOptions, RunImport, CheckImport>};

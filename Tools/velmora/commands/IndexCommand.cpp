@@ -10,7 +10,7 @@
 #include "index/ContentHash.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
-#include "protocol/UTF8.h"
+#include "output/JSON.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -19,27 +19,32 @@
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 
 namespace {
-using tJSON = nlohmann::ordered_json;
+struct tIndexOptions : tBatchOptions {
+    std::string format = "text";
+    std::string database;     ///< the search index; empty for the user's own
+    bool showStatus = false;  ///< what is in it
+    bool listFailed = false;  ///< the documents that failed
+    bool rebuild = false;     ///< read everything again
+    bool retryFailed = false; ///< also what failed and has not changed
+    bool verify = false;      ///< compare contents, not times
+};
 
-void AddIndexOptions(CLI::App& app, tOptions& options)
+void AddIndexOptions(CLI::App& app, tIndexOptions& options)
 {
     AddBatchOptions(app, options, "Folders with documents, and documents; without any, all that was indexed before");
-    app.add_option("--format", options.format, "text (for people) or json")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json");
     app.add_flag("--status", options.showStatus, "Show what is in the index, and do nothing");
     app.add_flag("--failed", options.listFailed, "List the documents that cannot be read, and do nothing");
     app.add_flag("--retry-failed", options.retryFailed, "Try also those that failed and have not changed since");
     app.add_flag("--verify", options.verify, "Compare contents: trust no times and sizes of files");
     app.add_flag("--rebuild", options.rebuild, "Read every document again, and put the index in order");
-    AddDatabaseOption(app, options);
+    AddDatabaseOption(app, options.database);
 }
 
-std::string CheckIndex(const tOptions& options)
+std::string CheckIndex(const tIndexOptions& options)
 {
     const bool reads = !options.filesFrom.empty() || options.retryFailed || options.verify || options.rebuild ||
                        !options.paths.empty();
@@ -56,19 +61,6 @@ std::string CheckIndex(const tOptions& options)
         return "--null says how the list of --files-from is written; there is none";
     }
     return {};
-}
-
-void PutPath(tJSON& record, const char* key, const std::string& path)
-{
-    record[key] = UTF8::MakeValid(path);
-    if (!UTF8::IsValid(path)) {
-        record[std::string(key) + "_base64"] = Escapes::Base64(path);
-    }
-}
-
-std::string Dump(const tJSON& record)
-{
-    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
 }
 
 int Print(COutput& output)
@@ -91,19 +83,19 @@ int ShowStatus(CIndexDatabase& index, bool json)
     const tIndexStatus status = index.GetStatus();
     COutput output(STDOUT_FILENO);
     if (json) {
-        tJSON record;
-        PutPath(record, "database", index.GetPath());
+        JSON::tRecord record;
+        JSON::PutPath(record, "database", index.GetPath());
         record["version"] = status.version;
         record["bytes"] = status.bytes;
         record["documents"] = status.documents;
         record["failed"] = status.failed;
-        record["roots"] = tJSON::array();
+        record["roots"] = JSON::tRecord::array();
         for (const std::string& root : status.roots) {
-            tJSON entry;
-            PutPath(entry, "path", root);
+            JSON::tRecord entry;
+            JSON::PutPath(entry, "path", root);
             record["roots"].push_back(std::move(entry));
         }
-        output.Write(Dump(record));
+        output.Write(JSON::ToLine(record));
         return Print(output);
     }
     char size[32];
@@ -126,15 +118,12 @@ int ListFailed(CIndexDatabase& index, bool json)
     COutput output(STDOUT_FILENO);
     index.ForEachFailed([&](const tFailedDocument& document) {
         if (json) {
-            tJSON record;
-            PutPath(record, "path", document.path);
-            const std::string& code = document.failure.code;
-            const bool isNumber = code.size() == 1 && code[0] >= '1' && code[0] <= '5';
-            record["error"] = {{"code", isNumber ? tJSON(code[0] - '0') : tJSON(code)},
-                               {"message", document.failure.message}};
+            JSON::tRecord record;
+            JSON::PutPath(record, "path", document.path);
+            record["error"] = JSON::DescribeFailure(document.failure.code, document.failure.message);
             record["time"] = document.failure.time;
             record["searchable"] = document.searchable;
-            output.Write(Dump(record));
+            output.Write(JSON::ToLine(record));
         } else {
             output.Write(Escapes::ForTerminal(document.path) + ": " + Escapes::ForTerminal(document.failure.message) +
                          " (" + DescribeTime(document.failure.time) +
@@ -197,7 +186,7 @@ bool IsResolved(const std::string& path)
 /// A run over some roots.
 class CIndexing {
 public:
-    CIndexing(CIndexDatabase& index, const tOptions& options)
+    CIndexing(CIndexDatabase& index, const tIndexOptions& options)
         : mIndex(index), mOptions(options), mKnownRoots(index.GetStatus().roots),
           mBegin(std::chrono::steady_clock::now())
     {}
@@ -216,7 +205,7 @@ public:
             return kExitUsage;
         }
         roots = Outermost(std::move(roots));
-        tOptions options = mOptions;
+        tIndexOptions options = mOptions;
         options.paths = roots;
         options.quiet = true; // this command has a summary of its own
         CBatch batch(options);
@@ -318,15 +307,15 @@ private:
         const int64_t documents = mIndex.GetStatus().documents;
         COutput output(STDOUT_FILENO);
         if (mOptions.format == "json") {
-            output.Write(Dump({{"added", summary.added},
-                               {"changed", summary.changed},
-                               {"unchanged", summary.unchanged},
-                               {"removed", summary.removed},
-                               {"failed", summary.failed},
-                               {"known_failed", summary.knownFailed},
-                               {"opened", summary.opened},
-                               {"documents", documents},
-                               {"seconds", seconds}}));
+            output.Write(JSON::ToLine({{"added", summary.added},
+                                       {"changed", summary.changed},
+                                       {"unchanged", summary.unchanged},
+                                       {"removed", summary.removed},
+                                       {"failed", summary.failed},
+                                       {"known_failed", summary.knownFailed},
+                                       {"opened", summary.opened},
+                                       {"documents", documents},
+                                       {"seconds", seconds}}));
         } else if (!mOptions.quiet) {
             char text[512];
             snprintf(text, sizeof text,
@@ -346,15 +335,15 @@ private:
     }
 
     CIndexDatabase& mIndex;
-    const tOptions& mOptions;
+    const tIndexOptions& mOptions;
     std::vector<std::string> mKnownRoots;
     std::chrono::steady_clock::time_point mBegin;
     bool mMissing = false; ///< something that was named does not exist
 };
 
-int RunIndex(const tOptions& options)
+int RunIndex(const tIndexOptions& options)
 {
-    const std::string path = GetDatabasePath(options);
+    const std::string path = GetDatabasePath(options.database);
     try {
         if (path.empty()) {
             throw CIndexError("there is no folder for the index: name one with --database");
@@ -377,16 +366,16 @@ int RunIndex(const tOptions& options)
 }
 } // namespace
 
-void AddDatabaseOption(CLI::App& app, tOptions& options)
+void AddDatabaseOption(CLI::App& app, std::string& database)
 {
-    app.add_option("--database", options.database, "The index's file, where it is not the user's own")
+    app.add_option("--database", database, "The index's file, where it is not the user's own")
         ->envname("VELMORA_DATABASE")
         ->type_name("FILE");
 }
 
-std::string GetDatabasePath(const tOptions& options)
+std::string GetDatabasePath(const std::string& database)
 {
-    return options.database.empty() ? Places::FindIndex() : ResolvePath(options.database);
+    return database.empty() ? Places::FindIndex() : ResolvePath(database);
 }
 
 std::string ResolvePath(const std::string& path)
@@ -407,11 +396,8 @@ std::string ResolvePath(const std::string& path)
     return text;
 }
 
-const tCommand kIndexCommand = {"index",
-                                "Keep the search index of layouts up to date",
+const tCommand kIndexCommand = {"index", "Keep the search index of layouts up to date",
                                 "  velmora index ~/Layouts     reads what is new or has changed\n"
                                 "  velmora index               the same, for all that was indexed before\n"
                                 "  velmora index --status\n",
-                                AddIndexOptions,
-                                CheckIndex,
-                                RunIndex};
+                                CallCommand<tIndexOptions, AddIndexOptions, RunIndex, CheckIndex>};

@@ -3,11 +3,11 @@
 
 #include "commands/CommandLine.h"
 
-/// Adds --database.
-void AddDatabaseOption(CLI::App& app, tOptions& options);
+/// Adds --database. @param database  empty for the user's own
+void AddDatabaseOption(CLI::App& app, std::string& database);
 
 /// The index that is meant, as an absolute path. @return empty when none is named and there is no place for the user's
-std::string GetDatabasePath(const tOptions& options);
+std::string GetDatabasePath(const std::string& database);
 
 /// A path without links, "." and "..": as the index knows folders and documents. The last component of a document's
 /// path stays as it is; of what does not exist the part that does is resolved.

@@ -38,7 +38,7 @@ private:
 /// Asks about documents in the order of their names on the command line.
 class CInquiry {
 public:
-    explicit CInquiry(const tOptions& options);
+    explicit CInquiry(const tWorkerOptions& options);
 
     enum class eResult { kDone, kFailed, kInterrupted };
     /// What is to be done with the answer for one document.
@@ -51,7 +51,6 @@ public:
     eResult Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use, const tUseFailure& useFailure = {});
 
 private:
-    const tOptions& mOptions;
     std::optional<tFailure> mCannotServe;
     CWorkerPool mPool;
     uint64_t mNextTicket = 0;

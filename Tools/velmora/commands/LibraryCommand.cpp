@@ -2,29 +2,35 @@
 #include "commands/Inquiry.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
+#include "output/JSON.h"
 
 #include <CLI/CLI.hpp>
 
-static void AddListOptions(CLI::App& app, tOptions& options, const char* what)
+namespace {
+struct tListOptions : tWorkerOptions {
+    std::vector<std::string> paths;
+    std::string format = "text";
+};
+} // namespace
+
+static void AddListOptions(CLI::App& app, tListOptions& options, const char* what)
 {
     app.add_option("FILE", options.paths, what);
-    app.add_option("--format", options.format, "text (for people), json (an object a file) or csv")
-        ->check(CLI::IsMember({"text", "json", "csv"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"text", "json", "csv"}, "text (for people), json (an object a file) or csv");
     AddWorkerOptions(app, options);
 }
 
-static void AddLibraryOptions(CLI::App& app, tOptions& options)
+static void AddLibraryOptions(CLI::App& app, tListOptions& options)
 {
     AddListOptions(app, options, "Track library files");
 }
 
-static void AddStockOptions(CLI::App& app, tOptions& options)
+static void AddStockOptions(CLI::App& app, tListOptions& options)
 {
     AddListOptions(app, options, "A stock file");
 }
 
-static std::string CheckFiles(const tOptions& options)
+static std::string CheckFiles(const tListOptions& options)
 {
     return options.paths.empty() ? "name the file to list" : "";
 }
@@ -62,29 +68,23 @@ static CTable ArticleTable(const std::string& library, const CReport& report)
     return table;
 }
 
-using tJSON = nlohmann::ordered_json;
-
-static std::string Dump(const tJSON& record)
-{
-    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
-}
-
 static std::string LibraryJSON(const std::string& path, const CReport& report)
 {
-    tJSON record = {{"path", path},
-                    {"name", NameOfFile(path)},
-                    {"manufacturer", report.GetText("manufacturer")},
-                    {"scale", report.GetText("scale")},
-                    {"content", report.GetText("content")},
-                    {"currency", report.GetNumber("currency")},
-                    {"gauge", report.GetReal("gauge")},
-                    {"articles", tJSON::array()}};
+    JSON::tRecord record;
+    JSON::PutPath(record, "path", path);
+    record["name"] = NameOfFile(path);
+    record["manufacturer"] = report.GetText("manufacturer");
+    record["scale"] = report.GetText("scale");
+    record["content"] = report.GetText("content");
+    record["currency"] = report.GetNumber("currency");
+    record["gauge"] = report.GetReal("gauge");
+    record["articles"] = JSON::tRecord::array();
     for (const CReport& article : report.GetList("articles")) {
-        tJSON entry = {{"number", article.GetText("number")},
-                       {"description", article.GetText("description")},
-                       {"kind", article.GetText("kind")},
-                       {"price", article.GetNumber("price")},
-                       {"currency", article.GetNumber("currency")}};
+        JSON::tRecord entry = {{"number", article.GetText("number")},
+                               {"description", article.GetText("description")},
+                               {"kind", article.GetText("kind")},
+                               {"price", article.GetNumber("price")},
+                               {"currency", article.GetNumber("currency")}};
         for (const char* measure : {"length", "radius", "arc", "maximum_length"}) {
             if (article.Has(measure)) {
                 entry[measure] = article.GetReal(measure);
@@ -92,7 +92,7 @@ static std::string LibraryJSON(const std::string& path, const CReport& report)
         }
         record["articles"].push_back(entry);
     }
-    return Dump(record);
+    return JSON::ToLine(record);
 }
 
 static std::string LibraryHeading(const std::string& path, const CReport& report)
@@ -104,7 +104,7 @@ static std::string LibraryHeading(const std::string& path, const CReport& report
            "\n";
 }
 
-static int RunLibrary(const tOptions& options)
+static int RunLibrary(const tListOptions& options)
 {
     std::string text;
     CInquiry inquiry(options);
@@ -122,14 +122,16 @@ static int RunLibrary(const tOptions& options)
     return FinishCommand(text, result);
 }
 
-static int RunStock(const tOptions& options)
+static int RunStock(const tListOptions& options)
 {
     std::string text;
     CInquiry inquiry(options);
     const CInquiry::eResult result =
         inquiry.Ask(eVerb::kStock, options.paths, [&](const std::string& path, const CReport& report) {
             CTable table({{"Library"}, {"Number"}, {"Count", true}});
-            tJSON record = {{"path", path}, {"items", tJSON::array()}};
+            JSON::tRecord record;
+            JSON::PutPath(record, "path", path);
+            record["items"] = JSON::tRecord::array();
             for (const CReport& item : report.GetList("items")) {
                 table.AddRow(
                     {item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
@@ -137,21 +139,17 @@ static int RunStock(const tOptions& options)
                                            {"number", item.GetText("number")},
                                            {"count", item.GetNumber("count")}});
             }
-            text += options.format == "json" ? Dump(record) : options.format == "csv" ? table.ToCSV() : table.ToText();
+            text += options.format == "json"  ? JSON::ToLine(record)
+                    : options.format == "csv" ? table.ToCSV()
+                                              : table.ToText();
         });
     return FinishCommand(text, result);
 }
 
 const tCommand kLibraryCommand = {
-    "library",
-    "List the articles of track libraries",
+    "library", "List the articles of track libraries",
     "  velmora library 'Some Library'\n  velmora library --format csv *.velmora-library\n",
-    AddLibraryOptions,
-    CheckFiles,
-    RunLibrary};
-const tCommand kStockCommand = {"stock",
-                                "List what a stock file holds",
+    CallCommand<tListOptions, AddLibraryOptions, RunLibrary, CheckFiles>};
+const tCommand kStockCommand = {"stock", "List what a stock file holds",
                                 "  velmora stock Stock.xml\n  velmora stock --format json Stock.xml\n",
-                                AddStockOptions,
-                                CheckFiles,
-                                RunStock};
+                                CallCommand<tListOptions, AddStockOptions, RunStock, CheckFiles>};

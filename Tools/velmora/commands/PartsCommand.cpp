@@ -3,6 +3,7 @@
 #include "input/LibraryFiles.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
+#include "output/JSON.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,7 +12,12 @@
 #include <set>
 
 namespace {
-using tJSON = nlohmann::ordered_json;
+struct tPartsOptions : tWorkerOptions {
+    std::vector<std::string> paths;
+    std::string format = "text";
+    std::string stock;                  ///< a stock file; empty for none
+    std::vector<std::string> libraries; ///< track library files, and folders of them
+};
 
 /// An article is known by its library and its number; an empty library stands for none.
 using tArticleKey = std::pair<std::string, std::string>;
@@ -50,7 +56,7 @@ struct tTotals {
 };
 } // namespace
 
-static void AddPartsOptions(CLI::App& app, tOptions& options)
+static void AddPartsOptions(CLI::App& app, tPartsOptions& options)
 {
     app.add_option("LAYOUT", options.paths, "Layouts, added up; folders are searched for layouts");
     app.add_option("--stock", options.stock, "A stock file: shows what is there and what must be bought")
@@ -60,13 +66,12 @@ static void AddPartsOptions(CLI::App& app, tOptions& options)
                    "library folder: marks numbers that libraries share, and parts that their library lacks")
         ->allow_extra_args(false) // one path for each --library, or it would take the layouts as well
         ->type_name("PATH");
-    app.add_option("--format", options.format, "text (for people), csv, json (one object) or html (a page to print)")
-        ->check(CLI::IsMember({"text", "csv", "json", "html"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"text", "csv", "json", "html"},
+                    "text (for people), csv, json (one object) or html (a page to print)");
     AddWorkerOptions(app, options);
 }
 
-static std::string CheckParts(const tOptions& options)
+static std::string CheckParts(const tPartsOptions& options)
 {
     return options.paths.empty() ? "name the layouts whose parts are wanted" : "";
 }
@@ -209,19 +214,19 @@ static std::vector<std::string> Summary(const tPartsList& list)
 
 static std::string FormatJSON(const tPartsList& list)
 {
-    tJSON record = {{"layouts", list.layouts}, {"parts", tJSON::array()}};
+    JSON::tRecord record = {{"layouts", list.layouts}, {"parts", JSON::tRecord::array()}};
     for (const auto& [key, part] : list.parts) {
-        tJSON entry = {{"library", key.first},
-                       {"number", key.second},
-                       {"description", part.description},
-                       {"manufacturer", part.manufacturer},
-                       {"kind", part.kind},
-                       {"count", part.count},
-                       {"price", part.price},
-                       {"sum", part.GetSum()},
-                       {"currency", part.currency},
-                       {"shared_number", part.shared},
-                       {"unknown", part.unknown}};
+        JSON::tRecord entry = {{"library", key.first},
+                               {"number", key.second},
+                               {"description", part.description},
+                               {"manufacturer", part.manufacturer},
+                               {"kind", part.kind},
+                               {"count", part.count},
+                               {"price", part.price},
+                               {"sum", part.GetSum()},
+                               {"currency", part.currency},
+                               {"shared_number", part.shared},
+                               {"unknown", part.unknown}};
         if (list.hasStock) {
             entry["in_stock"] = part.inStock;
             entry["to_buy"] = part.GetToBuy();
@@ -229,7 +234,7 @@ static std::string FormatJSON(const tPartsList& list)
         record["parts"].push_back(entry);
     }
     const auto totalsOf = [](const tTotals& totals) {
-        tJSON sums = tJSON::array();
+        JSON::tRecord sums = JSON::tRecord::array();
         for (const auto& [currency, sum] : totals.byCurrency) {
             sums.push_back({{"currency", currency}, {"sum", sum}});
         }
@@ -244,7 +249,7 @@ static std::string FormatJSON(const tPartsList& list)
     record["track_length"] = list.trackLength;
     record["elements"] = list.kinds;
     record["scales"] = list.scales;
-    return record.dump(-1, ' ', false, tJSON::error_handler_t::replace) + "\n";
+    return JSON::ToLine(record);
 }
 
 static std::string FormatHTML(const tPartsList& list, const std::vector<std::string>& paths)
@@ -274,7 +279,7 @@ static std::string FormatHTML(const tPartsList& list, const std::vector<std::str
     return page + "</body>\n</html>\n";
 }
 
-static std::string Format(const tPartsList& list, const tOptions& options)
+static std::string Format(const tPartsList& list, const tPartsOptions& options)
 {
     if (options.format == "json") {
         return FormatJSON(list);
@@ -292,7 +297,7 @@ static std::string Format(const tPartsList& list, const tOptions& options)
     return text;
 }
 
-static int RunParts(const tOptions& options)
+static int RunParts(const tPartsOptions& options)
 {
     tPartsList list;
     CInquiry inquiry(options);
@@ -327,10 +332,7 @@ static int RunParts(const tOptions& options)
     return FinishCommand(list.layouts > 0 ? Format(list, options) : std::string(), worst);
 }
 
-const tCommand kPartsCommand = {"parts",
-                                "List the parts of layouts, and what must be bought",
+const tCommand kPartsCommand = {"parts", "List the parts of layouts, and what must be bought",
                                 "  velmora parts plan.velmora\n"
                                 "  velmora parts --stock Stock.xml --format html plan.velmora > parts.html\n",
-                                AddPartsOptions,
-                                CheckParts,
-                                RunParts};
+                                CallCommand<tPartsOptions, AddPartsOptions, RunParts, CheckParts>};

@@ -24,6 +24,23 @@ constexpr const char* kStyles[] = {"line", "filled", "plan", "bed", "sleepers"};
 
 const char* const kNoSize = "--size is WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
 
+struct tRenderOptions : tWorkerOptions {
+    std::vector<std::string> paths;  ///< of layouts; there must be one
+    std::string output;              ///< the file the picture goes to; empty or "-" for standard output
+    bool force = false;              ///< the file may be there already
+    std::string format;              ///< empty for what the file's name says
+    std::string size;                ///< "WxH"; empty for the usual one
+    std::string style;               ///< name of a track style; empty for the layout's own
+    std::vector<std::string> layers; ///< names of the layers to draw; empty for the visible ones
+    bool labels = false;             ///< names of the elements are drawn
+    bool grid = false;               ///< a grid is drawn
+};
+
+struct tThumbnailOptions : tWorkerOptions {
+    std::vector<std::string> paths; ///< of the layout, and of the picture
+    std::string size = "256";       ///< of a side
+};
+
 bool ParseNumber(std::string_view text, uint32_t most, uint32_t& number)
 {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -46,7 +63,7 @@ bool EndsWith(const std::string& path, std::string_view suffix)
 }
 
 /// What the options, or the output's name, ask for; none when the name tells nothing.
-std::optional<ePictureKind> FindKind(const tOptions& options)
+std::optional<ePictureKind> FindKind(const tRenderOptions& options)
 {
     const auto is = [&options](const std::string& name) {
         return options.format.empty() ? EndsWith(options.output, "." + name) : options.format == name;
@@ -57,31 +74,31 @@ std::optional<ePictureKind> FindKind(const tOptions& options)
                        : std::nullopt;
 }
 
-bool GoesToStandardOutput(const tOptions& options)
+bool GoesToStandardOutput(const std::string& output)
 {
-    return options.output.empty() || options.output == "-";
+    return output.empty() || output == "-";
 }
 
 /// Asks a worker for the picture of one document.
 /// @return an exit status; the picture and the report are set for kExitOK
-int AskForPicture(const tOptions& options, const tPictureWish& wish, tAnswer& answer)
+int AskForPicture(const tWorkerOptions& options, const std::string& path, const tPictureWish& wish, tAnswer& answer)
 {
     const auto fail = [](const std::string& message) {
         COutput::PrintMessage(Escapes::ForTerminal(message));
         return static_cast<int>(kExitFailed);
     };
-    CDocumentSource source({options.paths[0]});
+    CDocumentSource source({path});
     tInput input;
-    if (!source.Next(input) || input.path != options.paths[0]) {
-        return fail(options.paths[0] + ": is a folder, not a layout");
+    if (!source.Next(input) || input.path != path) {
+        return fail(path + ": is a folder, not a layout");
     }
     if (input.failure) {
         return fail(input.path + ": " + input.failure->message);
     }
     std::optional<tFailure> cannotServe;
-    tOptions drawing = options;
-    drawing.draws = true;
-    CWorkerPool pool(GetWorkerSettings(drawing, cannotServe), options.timeoutSeconds, 1);
+    tWorkerSettings settings = GetWorkerSettings(options, cannotServe);
+    settings.draws = true;
+    CWorkerPool pool(std::move(settings), options.timeoutSeconds, 1);
     tFailure failure;
     if (!cannotServe && pool.WaitUntilReady(failure) == CWorkerPool::eResult::kFailed) {
         cannotServe = failure;
@@ -101,13 +118,13 @@ int AskForPicture(const tOptions& options, const tPictureWish& wish, tAnswer& an
 }
 
 /// Says what the picture does not show.
-void PrintLeftOut(const tOptions& options, const std::string& text)
+void PrintLeftOut(const std::string& path, const std::string& text)
 {
     CReport report;
     CReport::Parse(text, report);
     const auto print = [&](long long count, const char* one, const char* many) {
         if (count > 0) {
-            COutput::PrintMessage(Escapes::ForTerminal(options.paths[0]) + ": " + std::to_string(count) + " " +
+            COutput::PrintMessage(Escapes::ForTerminal(path) + ": " + std::to_string(count) + " " +
                                   (count == 1 ? one : many));
         }
     };
@@ -117,31 +134,29 @@ void PrintLeftOut(const tOptions& options, const std::string& text)
           "labels have no room; a larger --size shows more of them");
 }
 
-int WritePicture(const tOptions& options, const std::string& bytes, bool mayReplace)
+int WritePicture(const std::string& path, const std::string& bytes, bool mayReplace)
 {
-    if (GoesToStandardOutput(options)) {
+    if (GoesToStandardOutput(path)) {
         COutput output(STDOUT_FILENO);
         output.Write(bytes);
         return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
     }
-    const std::string problem = CReplacedFile::Write(options.output, bytes, mayReplace);
+    const std::string problem = CReplacedFile::Write(path, bytes, mayReplace);
     if (!problem.empty()) {
-        COutput::PrintMessage(Escapes::ForTerminal(options.output + ": " + problem));
+        COutput::PrintMessage(Escapes::ForTerminal(path + ": " + problem));
         return kExitFailed;
     }
     return kExitOK;
 }
 
-void AddRenderOptions(CLI::App& app, tOptions& options)
+void AddRenderOptions(CLI::App& app, tRenderOptions& options)
 {
-    options.format.clear();
     app.add_option("LAYOUT", options.paths, "The layout; - is standard input");
     app.add_option("-o,--output", options.output, "The file to write; - is standard output, as without this option")
         ->type_name("FILE");
     app.add_flag("-f,--force", options.force, "Replace the file if it is there already");
-    app.add_option("--format", options.format, "svg, png or pdf; by the output's name if not given, else svg")
-        ->check(CLI::IsMember({"svg", "png", "pdf"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"svg", "png", "pdf"},
+                    "svg, png or pdf; by the output's name if not given, else svg");
     app.add_option("--size", options.size,
                    "The largest picture, in pixels (default 1600x1600; for pdf, whose pixels are points, a page of A4)")
         ->type_name("WxH");
@@ -157,7 +172,7 @@ void AddRenderOptions(CLI::App& app, tOptions& options)
     AddWorkerOptions(app, options);
 }
 
-std::string CheckRender(const tOptions& options)
+std::string CheckRender(const tRenderOptions& options)
 {
     uint32_t width = 0;
     uint32_t height = 0;
@@ -167,21 +182,21 @@ std::string CheckRender(const tOptions& options)
     if (!options.size.empty() && !ParseSize(options.size, width, height)) {
         return kNoSize;
     }
-    if (!GoesToStandardOutput(options) && !FindKind(options)) {
+    if (!GoesToStandardOutput(options.output) && !FindKind(options)) {
         return "the name of the output tells no format: end it in .svg, .png or .pdf, or give --format";
     }
     return {};
 }
 
-int RunRender(const tOptions& options)
+int RunRender(const tRenderOptions& options)
 {
     tPictureWish wish;
     wish.kind = FindKind(options).value_or(ePictureKind::kSVG);
-    if (GoesToStandardOutput(options) && wish.kind != ePictureKind::kSVG && isatty(STDOUT_FILENO) != 0) {
+    if (GoesToStandardOutput(options.output) && wish.kind != ePictureKind::kSVG && isatty(STDOUT_FILENO) != 0) {
         COutput::PrintMessage("a picture of this format is nothing for a terminal; name a file with -o");
         return kExitUsage;
     }
-    if (!options.force && !GoesToStandardOutput(options) &&
+    if (!options.force && !GoesToStandardOutput(options.output) &&
         CReplacedFile::IsRegular(options.output)) { // said before the work is done
         COutput::PrintMessage(Escapes::ForTerminal(options.output) + ": exists already; --force replaces it");
         return kExitFailed;
@@ -194,23 +209,22 @@ int RunRender(const tOptions& options)
     wish.style = options.style;
     wish.layers = options.layers;
     tAnswer answer;
-    const int status = AskForPicture(options, wish, answer);
+    const int status = AskForPicture(options, options.paths[0], wish, answer);
     if (status != kExitOK) {
         return status;
     }
-    PrintLeftOut(options, answer.report);
-    return WritePicture(options, answer.picture, options.force);
+    PrintLeftOut(options.paths[0], answer.report);
+    return WritePicture(options.output, answer.picture, options.force);
 }
 
-void AddThumbnailOptions(CLI::App& app, tOptions& options)
+void AddThumbnailOptions(CLI::App& app, tThumbnailOptions& options)
 {
-    options.size = "256";
     app.add_option("INPUT OUTPUT", options.paths, "The layout, and the PNG file to write");
     app.add_option("--size", options.size, "Pixels of a side, at most 2048 (default 256)")->type_name("N");
     AddWorkerOptions(app, options);
 }
 
-std::string CheckThumbnail(const tOptions& options)
+std::string CheckThumbnail(const tThumbnailOptions& options)
 {
     uint32_t side = 0;
     if (options.paths.size() != 2) {
@@ -219,32 +233,23 @@ std::string CheckThumbnail(const tOptions& options)
     return ParseNumber(options.size, kMostThumbnail, side) ? "" : "--size is a number of pixels, at most 2048";
 }
 
-int RunThumbnail(const tOptions& options)
+int RunThumbnail(const tThumbnailOptions& options)
 {
     tPictureWish wish;
     ParseNumber(options.size, kMostThumbnail, wish.width);
     wish.height = wish.width;
     wish.isThumbnail = true;
-    tOptions split = options;
-    split.output = options.paths[1];
-    split.paths.resize(1);
     tAnswer answer;
-    const int status = AskForPicture(split, wish, answer);
+    const int status = AskForPicture(options, options.paths[0], wish, answer);
     // A file manager has made the file already.
-    return status == kExitOK ? WritePicture(split, answer.picture, true) : status;
+    return status == kExitOK ? WritePicture(options.paths[1], answer.picture, true) : status;
 }
 } // namespace
 
-const tCommand kRenderCommand = {"render",
-                                 "Draw a layout as SVG, PNG or PDF",
+const tCommand kRenderCommand = {"render", "Draw a layout as SVG, PNG or PDF",
                                  "  velmora render -o plan.png plan.velmora\n"
                                  "  velmora render --labels --grid --layer Track -o plan.pdf plan.velmora\n",
-                                 AddRenderOptions,
-                                 CheckRender,
-                                 RunRender};
-const tCommand kThumbnailCommand = {"thumbnail",
-                                    "Draw a layout as a small square picture, for file managers",
+                                 CallCommand<tRenderOptions, AddRenderOptions, RunRender, CheckRender>};
+const tCommand kThumbnailCommand = {"thumbnail", "Draw a layout as a small square picture, for file managers",
                                     "  velmora thumbnail --size 256 plan.velmora plan.png\n",
-                                    AddThumbnailOptions,
-                                    CheckThumbnail,
-                                    RunThumbnail};
+                                    CallCommand<tThumbnailOptions, AddThumbnailOptions, RunThumbnail, CheckThumbnail>};

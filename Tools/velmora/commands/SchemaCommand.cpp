@@ -4,23 +4,22 @@
 #include "commands/CommandLine.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
+#include "output/JSON.h"
 #include "pool/CWorkerPool.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
-static void AddSchemaOptions(CLI::App& app, tOptions& options)
+namespace {
+struct tSchemaOptions : tWorkerOptions {
+    std::string format = "text";
+};
+} // namespace
+
+static void AddSchemaOptions(CLI::App& app, tSchemaOptions& options)
 {
-    app.add_option("--format", options.format, "text (for people) or json (one object)")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("FORMAT");
+    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (one object)");
     AddWorkerOptions(app, options);
-}
-
-static std::string CheckSchema(const tOptions&)
-{
-    return {};
 }
 
 static std::string JoinTexts(const std::vector<std::string>& texts)
@@ -59,13 +58,13 @@ static std::string FormatText(const tSchema& schema)
 
 static std::string FormatJSON(const tSchema& schema)
 {
-    nlohmann::ordered_json record;
-    record["attributes"] = nlohmann::ordered_json::array();
+    JSON::tRecord record;
+    record["attributes"] = JSON::tRecord::array();
     for (const tSchemaAttribute& attribute : schema.attributes) {
         record["attributes"].push_back(
             {{"name", attribute.name}, {"type", attribute.type}, {"description", attribute.description}});
     }
-    record["types"] = nlohmann::ordered_json::array();
+    record["types"] = JSON::tRecord::array();
     for (const tSchemaType& type : schema.types) {
         record["types"].push_back({{"identifier", type.identifier},
                                    {"description", type.description},
@@ -73,10 +72,10 @@ static std::string FormatJSON(const tSchema& schema)
                                    {"mime_types", type.mimeTypes},
                                    {"magic", type.magic}});
     }
-    return record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return JSON::ToLine(record);
 }
 
-static int RunSchema(const tOptions& options)
+static int RunSchema(const tSchemaOptions& options)
 {
     std::optional<tFailure> cannotServe;
     CWorkerPool pool(GetWorkerSettings(options, cannotServe), options.timeoutSeconds, 1);
@@ -99,9 +98,6 @@ static int RunSchema(const tOptions& options)
     return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
 }
 
-const tCommand kSchemaCommand = {"schema",
-                                 "Print the attributes the importer sets and the document types it takes",
+const tCommand kSchemaCommand = {"schema", "Print the attributes the importer sets and the document types it takes",
                                  "  velmora schema\n  velmora schema --format json\n",
-                                 AddSchemaOptions,
-                                 CheckSchema,
-                                 RunSchema};
+                                 CallCommand<tSchemaOptions, AddSchemaOptions, RunSchema>};

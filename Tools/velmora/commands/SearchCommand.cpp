@@ -6,39 +6,48 @@
 #include "index/CQuery.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
-#include "protocol/UTF8.h"
+#include "output/JSON.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 /// People read so many; programs get all.
 static constexpr long long kDefaultLimit = 20;
 
-static void AddSearchOptions(CLI::App& app, tOptions& options)
+namespace {
+struct tSearchOptions {
+    std::vector<std::string> words; ///< of the query
+    std::string format = "text";
+    std::string database;       ///< the search index; empty for the user's own
+    std::string onlyIn;         ///< a folder; empty for everywhere
+    long long limit = -1;       ///< at most so many; 0 for all, below for the default
+    bool countOnly = false;     ///< how many
+    bool nullSeparated = false; ///< paths alone, with zeros between
+};
+} // namespace
+
+static void AddSearchOptions(CLI::App& app, tSearchOptions& options)
 {
     app.footer(
         "A query is words, \"several words\" in their order, and the beginnings of words (gleis*). All must be\n"
         "found, OR makes one of several do, -word excludes. author:, description:, revision:, layer:, library:,\n"
         "article:, text: and name: before a word, a phrase or a (group) look in one field only.");
-    app.add_option("QUERY", options.paths, "What to search for; several are joined")->type_name(" ");
-    app.add_option("--format", options.format, "text (for people) or json (an object a line)")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("FORMAT");
+    app.add_option("QUERY", options.words, "What to search for; several are joined")->type_name(" ");
+    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
     app.add_option("--limit", options.limit, "At most so many; 0 for all (the default, but 20 as text)")
         ->check(CLI::Range(0LL, 1000000000LL))
         ->type_name("N");
     app.add_flag("--count", options.countOnly, "Print how many there are, nothing else");
     app.add_option("--only-in", options.onlyIn, "Only documents in this folder and below")->type_name("DIR");
     app.add_flag("-0,--null", options.nullSeparated, "Print paths only, with a zero byte behind each");
-    AddDatabaseOption(app, options);
+    AddDatabaseOption(app, options.database);
 }
 
-static std::string CheckSearch(const tOptions& options)
+static std::string CheckSearch(const tSearchOptions& options)
 {
-    if (options.paths.empty()) {
+    if (options.words.empty()) {
         return "nothing to search for: name words";
     }
     if (options.nullSeparated && (options.format != "text" || options.countOnly)) {
@@ -89,20 +98,17 @@ static void WriteText(COutput& output, const tFoundDocument& found, bool bold)
 
 static void WriteJSON(COutput& output, const tFoundDocument& found)
 {
-    nlohmann::ordered_json record;
-    record["path"] = UTF8::MakeValid(found.path);
-    if (!UTF8::IsValid(found.path)) {
-        record["path_base64"] = Escapes::Base64(found.path);
-    }
+    JSON::tRecord record;
+    JSON::PutPath(record, "path", found.path);
     record["author"] = found.author;
     record["description"] = found.description;
     record["passage"] = Mark(found.passage, "«", "»", false);
     record["score"] = found.score;
-    output.Write(record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    output.Write(JSON::ToLine(record));
 }
 
 /// Prints the documents. @return whether there were more than the limit lets through
-static bool PrintFound(CIndexDatabase& index, const tOptions& options, const std::string& expression,
+static bool PrintFound(CIndexDatabase& index, const tSearchOptions& options, const std::string& expression,
                        const std::string& folder, COutput& output)
 {
     const bool json = options.format == "json";
@@ -129,13 +135,13 @@ static bool PrintFound(CIndexDatabase& index, const tOptions& options, const std
     return more;
 }
 
-static int RunSearch(const tOptions& options)
+static int RunSearch(const tSearchOptions& options)
 {
     std::string text;
-    for (const std::string& word : options.paths) {
+    for (const std::string& word : options.words) {
         text += (text.empty() ? "" : " ") + word.substr(word.starts_with(" -") ? 1 : 0);
     }
-    const std::string path = GetDatabasePath(options);
+    const std::string path = GetDatabasePath(options.database);
     try {
         if (path.empty()) {
             throw CIndexError("there is no folder for the index: name one with --database");
@@ -173,12 +179,8 @@ static int RunSearch(const tOptions& options)
     return kExitFailed;
 }
 
-const tCommand kSearchCommand = {"search",
-                                 "Find layouts in the index, best first",
+const tCommand kSearchCommand = {"search", "Find layouts in the index, best first",
                                  "  velmora search turntable\n"
                                  "  velmora search author:meier layer:station -text:draft\n"
                                  "  velmora search '\"single track\" OR bergbahn*' --only-in ~/Layouts\n",
-                                 AddSearchOptions,
-                                 CheckSearch,
-                                 RunSearch,
-                                 true};
+                                 CallCommand<tSearchOptions, AddSearchOptions, RunSearch, CheckSearch>, true};

@@ -15,26 +15,24 @@
 #include <fcntl.h>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <thread>
 #include <unistd.h>
 
-static void AddServeOptions(CLI::App& app, tOptions& options)
-{
-    app.add_option("-j,--jobs", options.jobs, "Worker processes at most (default: one for each core)")
-        ->check(CLI::Range(1U, 1024U))
-        ->type_name("N");
-    AddWorkerOptions(app, options);
-}
+namespace {
+struct tServeOptions : tWorkerOptions {
+    unsigned jobs = 0;
+};
+} // namespace
 
-static std::string CheckServe(const tOptions&)
+static void AddServeOptions(CLI::App& app, tServeOptions& options)
 {
-    return {};
+    AddJobsOption(app, options.jobs, "Worker processes at most (default: one for each core)");
+    AddWorkerOptions(app, options);
 }
 
 namespace {
 /// A request that was understood so far.
 struct tServed {
-    std::string id; ///< as JSON; empty for none
+    JSON::tRecord id; ///< a string or a number; null for none
     std::string path;
     std::optional<std::string> record; ///< the answer, while it waits for its turn
 };
@@ -113,7 +111,7 @@ private:
                 Refuse({}, "\"id\" must be a string or a number");
                 return;
             }
-            served.id = request["id"].dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+            served.id = request["id"];
         }
         const bool encoded = request.contains("path_base64");
         const char* member = encoded ? "path_base64" : "path";
@@ -172,26 +170,29 @@ private:
     }
 
     /// Answers a line that is no request.
-    void Refuse(const std::string& id, const char* message)
+    void Refuse(const JSON::tRecord& id, const char* message)
     {
         const auto pending = mPending.emplace(mNextTicket++, tServed{id, {}, {}}).first;
-        std::string record = id.empty() ? "{" : "{\"id\":" + id + ",";
-        record += "\"ok\":false,\"error\":{\"code\":\"request\",\"message\":";
-        Escapes::AppendJSON(record, message);
-        Hand(pending, record + "}}\n");
+        JSON::tRecord record;
+        if (!id.is_null()) {
+            record["id"] = id;
+        }
+        record["ok"] = false;
+        record["error"] = JSON::DescribeFailure("request", message);
+        Hand(pending, JSON::ToLine(record));
     }
 
     /// Writes an answer whose turn it is, and those without id that have waited for it.
     void Hand(std::map<uint64_t, tServed>::iterator pending, std::string record)
     {
-        if (!pending->second.id.empty()) {
+        if (!pending->second.id.is_null()) {
             mOutput.Write(record);
             mPending.erase(pending);
             return;
         }
         pending->second.record = std::move(record);
         for (auto next = mPending.begin(); next != mPending.end();) {
-            if (!next->second.id.empty()) {
+            if (!next->second.id.is_null()) {
                 ++next;
             } else if (next->second.record) {
                 mOutput.Write(*next->second.record);
@@ -210,11 +211,10 @@ private:
 };
 } // namespace
 
-static int RunServe(const tOptions& options)
+static int RunServe(const tServeOptions& options)
 {
     std::optional<tFailure> cannotServe;
-    const unsigned jobs = options.jobs > 0 ? options.jobs : std::max(std::thread::hardware_concurrency(), 1U);
-    CWorkerPool pool(GetWorkerSettings(options, cannotServe), options.timeoutSeconds, jobs);
+    CWorkerPool pool(GetWorkerSettings(options, cannotServe), options.timeoutSeconds, CountWorkers(options.jobs));
     if (cannotServe) {
         pool.Refuse(*cannotServe);
     }
@@ -232,10 +232,7 @@ static int RunServe(const tOptions& options)
     return pool.GetRefusal() != nullptr && status == kExitOK ? kExitFailed : status;
 }
 
-const tCommand kServeCommand = {"serve",
-                                "Answer requests for attributes, a JSON object a line, until the input ends",
+const tCommand kServeCommand = {"serve", "Answer requests for attributes, a JSON object a line, until the input ends",
                                 "  echo '{\"path\":\"plan.velmora\"}' | velmora serve\n"
                                 "  echo '{\"id\":7,\"path\":\"/home/me/plan.velmora\"}' | velmora serve --jobs 1\n",
-                                AddServeOptions,
-                                CheckServe,
-                                RunServe};
+                                CallCommand<tServeOptions, AddServeOptions, RunServe>};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "output/COutput.h"
+#include "output/JSON.h"
 #include "protocol/Messages.h"
 
 #include <memory>
@@ -51,11 +52,9 @@ std::unique_ptr<CRecordWriter> MakePropertyListWriter(COutput& output);
 std::unique_ptr<CRecordWriter> MakeRawWriter(COutput& output, std::vector<std::string> names, std::string nullMarker);
 
 /// Appends the line that MakeJSONWriter's writer makes of an answer.
-/// @param id  a member in front, as JSON; empty for none
+/// @param id  a member in front; null for none
 void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer& answer, const tRecordDetails& details,
-                      const std::string& id = {});
+                      const JSON::tRecord& id = {});
 
-/// A failure's code in records: the loader's number as a number, else the word.
-const char* FailureWord(eFailure kind);
-/// The same as a text: "1" to "5", or the word.
+/// A failure's code in records: the loader's number, "1" to "5", or a word.
 std::string FailureCode(const tFailure& failure);

@@ -1,8 +1,7 @@
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
-#include "protocol/UTF8.h"
 
-const char* FailureWord(eFailure kind)
+static const char* FailureWord(eFailure kind)
 {
     switch (kind) {
     case eFailure::kTimeout:
@@ -25,25 +24,6 @@ const char* FailureWord(eFailure kind)
 std::string FailureCode(const tFailure& failure)
 {
     return failure.kind == eFailure::kLoader ? std::to_string(failure.loaderCode) : FailureWord(failure.kind);
-}
-
-static void AppendMember(std::string& json, std::string_view key, std::string_view text)
-{
-    Escapes::AppendJSON(json, key);
-    json += ':';
-    Escapes::AppendJSON(json, text);
-}
-
-/// A text of any bytes, and a second member with the exact ones where the first cannot have them.
-static void AppendBytes(std::string& json, const std::string& key, const std::string& bytes)
-{
-    if (UTF8::IsValid(bytes)) {
-        AppendMember(json, key, bytes);
-        return;
-    }
-    AppendMember(json, key, UTF8::MakeValid(bytes));
-    json += ',';
-    AppendMember(json, key + "_base64", Escapes::Base64(bytes));
 }
 
 static void AppendAttributes(std::string& json, const std::vector<tAttribute>& attributes)
@@ -69,42 +49,31 @@ static void AppendAttributes(std::string& json, const std::vector<tAttribute>& a
     json += '}';
 }
 
-static void AppendFailure(std::string& json, const tFailure& failure)
-{
-    json += ",\"error\":{\"code\":";
-    if (failure.kind == eFailure::kLoader) {
-        json += std::to_string(failure.loaderCode);
-    } else {
-        Escapes::AppendJSON(json, FailureWord(failure.kind));
-    }
-    if (failure.element > 0) {
-        json += ",\"element\":" + std::to_string(failure.element);
-    }
-    json += ',';
-    AppendMember(json, "message", UTF8::MakeValid(failure.message));
-    json += '}';
-}
-
 void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer& answer, const tRecordDetails& details,
-                      const std::string& id)
+                      const JSON::tRecord& id)
 {
-    json += id.empty() ? "{" : "{\"id\":" + id + ",";
-    AppendBytes(json, "path", path);
-    json += answer.ok ? ",\"ok\":true" : ",\"ok\":false";
+    JSON::tRecord record;
+    if (!id.is_null()) {
+        record["id"] = id;
+    }
+    JSON::PutPath(record, "path", path);
+    record["ok"] = answer.ok;
     if (answer.ok && !details.type.empty()) {
-        json += ',';
-        AppendMember(json, "type", details.type);
+        record["type"] = details.type;
     }
     if (answer.ok && !details.importer.empty()) {
-        json += ',';
-        AppendBytes(json, "importer", details.importer);
+        JSON::PutPath(record, "importer", details.importer);
     }
-    if (answer.ok) {
+    if (!answer.ok) {
+        record["error"] =
+            JSON::DescribeFailure(FailureCode(answer.failure), answer.failure.message, answer.failure.element);
+    }
+    json += JSON::ToLine(record);
+    if (answer.ok) { // long texts are written directly, not copied into the record first
+        json.resize(json.size() - 2);
         AppendAttributes(json, answer.attributes);
-    } else {
-        AppendFailure(json, answer.failure);
+        json += "}\n";
     }
-    json += "}\n";
 }
 
 namespace {

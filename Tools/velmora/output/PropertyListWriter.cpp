@@ -99,7 +99,7 @@ private:
             WriteElement(3, "key", "code");
             WriteElement(3, "integer", std::to_string(failure.loaderCode));
         } else {
-            WriteText(3, "code", FailureWord(failure.kind));
+            WriteText(3, "code", FailureCode(failure));
         }
         if (failure.element > 0) {
             WriteElement(3, "key", "element");
