@@ -2,7 +2,7 @@
 #include "CXMLDocument/CXMLLeafNodes.h"
 #include "CXMLDocument/UXML.h"
 #include "CXMLDocument/UXMLFile.h"
-#include "Source/Stock/TestFiles.h"
+#include "support/Files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ std::string Written(const CXMLDocument& document)
 {
     const std::string path = TestPath("written.xml");
     EXPECT_TRUE(document.Write(path.c_str()));
-    return BytesOfFile(path);
+    return ReadFile(path);
 }
 
 /// The nodes below a node in words: "name(children)" for elements, "'text'" for texts.
@@ -193,7 +193,7 @@ TEST(CXMLDocument, ReadingTakesElementsAndTextsInOrder)
     document.Read(static_cast<CFURLRef>(url.get()));
     EXPECT_EQ(Outline(document), "'xml' a(b('1 &amp; 2')) a(b('1 &amp; 2')) a(b('1 &amp; 2'))");
     EXPECT_TRUE(document.Write(static_cast<CFURLRef>(url.get())));
-    EXPECT_EQ(BytesOfFile(path), Written(document));
+    EXPECT_EQ(ReadFile(path), Written(document));
 }
 
 TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
@@ -230,7 +230,7 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
         EXPECT_EQ(Outline(document), "'xml' kept()") << "the nodes stay";
         const std::string target = WriteTestFile("target.xml", "old");
         EXPECT_FALSE(document.Write(target.c_str()));
-        EXPECT_EQ(BytesOfFile(target), "old");
+        EXPECT_EQ(ReadFile(target), "old");
     }
     CXMLDocument document;
     document.Read(TestPath("no such file").c_str());

@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sstream>
@@ -87,31 +85,6 @@ tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string&
     run.arguments.insert(run.arguments.begin(), BUILD_FOLDER "/velmora");
     run.input = input;
     return RunProgram(run);
-}
-
-std::string MakeFolder(const std::string& name)
-{
-    std::string folder = std::string(getenv("TEST_FOLDER")) + "/" + name;
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    return folder;
-}
-
-void WriteFile(const std::string& path, const std::string& bytes)
-{
-    std::ofstream file(path, std::ios::binary);
-    file << bytes;
-    file.close();
-    EXPECT_TRUE(file) << path;
-}
-
-std::string ReadFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file) << path;
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
 }
 
 static std::string BigEndian(unsigned value, int bytes)

@@ -1,5 +1,7 @@
-// Runs programs for tests and keeps what they print; folders and files that tests fill.
+// Runs programs for tests and keeps what they print.
 #pragma once
+
+#include "support/Files.h"
 
 #include <functional>
 #include <string>
@@ -26,12 +28,6 @@ tProgramResult RunProgram(const tProgramRun& run);
 
 /// Runs the built host with these arguments.
 tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input = {});
-
-/// A new empty folder, gone with the test program.
-std::string MakeFolder(const std::string& name);
-
-void WriteFile(const std::string& path, const std::string& bytes);
-std::string ReadFile(const std::string& path);
 
 /// The bytes of a layout of version 5 without groups.
 /// @param description  Mac OS Roman

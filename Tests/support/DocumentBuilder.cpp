@@ -355,35 +355,6 @@ CRecords Layout(const tLayout& layout)
     return records.Append(GroupSection(layout.groups));
 }
 
-uint64_t CRandom::Next()
-{
-    mState += 0x9E3779B97F4A7C15;
-    uint64_t value = mState;
-    value = (value ^ value >> 30) * 0xBF58476D1CE4E5B9;
-    value = (value ^ value >> 27) * 0x94D049BB133111EB;
-    return value ^ value >> 31;
-}
-
-int64_t CRandom::Int(int64_t low, int64_t high)
-{
-    return low + static_cast<int64_t>(Next() % (static_cast<uint64_t>(high - low) + 1));
-}
-
-double CRandom::Fixed(double most)
-{
-    const int64_t units = static_cast<int64_t>(most) * kUnits;
-    return static_cast<double>(Int(-units, units)) / static_cast<double>(kUnits);
-}
-
-std::string CRandom::Text(size_t longest)
-{
-    std::string text(static_cast<size_t>(Int(0, static_cast<int64_t>(longest))), '\0');
-    for (char& character : text) {
-        character = static_cast<char>(Int(1, 255));
-    }
-    return text;
-}
-
 namespace {
 constexpr double kLargest = 900000000.0; ///< doubles up to here come back to within 1e-7
 constexpr double kFarthest = 20000.0;    ///< places and lengths of a track plan, mm

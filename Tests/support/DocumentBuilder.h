@@ -2,6 +2,8 @@
 // other's faults.
 #pragma once
 
+#include "support/Random.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -166,23 +168,6 @@ CRecords LayoutHeader(int version);
 CRecords Layout(const tLayout& layout);
 /// A document's header, settings and layers, ready for key 423.
 CRecords LayoutBegin(const tLayout& layout);
-
-/// Pseudo-random numbers that are the same on every system.
-class CRandom {
-public:
-    explicit CRandom(uint64_t seed) : mState(seed) {}
-    uint64_t Next();
-    /// From `low` to `high`, both included.
-    int64_t Int(int64_t low, int64_t high);
-    bool Bool() { return (Next() & 1) != 0; }
-    /// A multiple of 1e-7 of at most that amount, of either sign.
-    double Fixed(double most);
-    /// Bytes 1 to 255.
-    std::string Text(size_t longest);
-
-private:
-    uint64_t mState;
-};
 
 /// A track plan of that many elements of all kinds, on several layers, in groups; the same for the same seed. Every
 /// text but the layer names is arbitrary.

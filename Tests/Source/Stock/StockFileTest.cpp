@@ -126,7 +126,7 @@ TEST_F(CStockFile, SavedFileByteForByteInKeyOrder)
                "</Railset>\n\t\t<Count>" + count + "</Count>\n\t</StockItem>\n";
     };
     // "Alpha!#" comes before "Alpha#".
-    EXPECT_EQ(BytesOfFile(path),
+    EXPECT_EQ(ReadFile(path),
               "<?xml version=\"1.0\"?>\n<Velmora_Stock>\n" + item("X1", "Alpha!", "7") + item("A1", "Alpha", "0") +
                   item("A2", "Alpha", "-3") +
                   item("\xC3\x84\xC3\xA4\xEF\xA3\xBF\xE2\x82\xAC", "S\xC3\xB6hne &amp; &lt;Co&gt;", "1") +
@@ -162,7 +162,7 @@ TEST_F(CStockFile, CutOrChangedFilesNeitherCrashNorMakeThingsUp)
                                Item("A2", "Alpha", "3"))));
     const std::string path = TestPath("Saved.xml");
     ASSERT_TRUE(mStock.SaveToFile(path.c_str()));
-    const std::string whole = BytesOfFile(path);
+    const std::string whole = ReadFile(path);
     for (size_t size = 0; size + 1 < whole.size(); ++size) { // the last byte is a line feed
         EXPECT_FALSE(Load(whole.substr(0, size))) << size;
         EXPECT_EQ(mStock.GetSumOfElementTypes(), 0) << size;
@@ -202,8 +202,8 @@ TEST_F(CStockFile, AFileThatCannotBeWrittenKeepsTheOldOne)
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     signal(SIGXFSZ, handler);
     EXPECT_FALSE(saved);
-    EXPECT_EQ(BytesOfFile(path), "old");
+    EXPECT_EQ(ReadFile(path), "old");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(TestPath("kept")), {}), 1) << "nothing is left behind";
     EXPECT_TRUE(stock.SaveToFile(path.c_str())) << "without the limit";
-    EXPECT_GT(BytesOfFile(path).size(), 4096u);
+    EXPECT_GT(ReadFile(path).size(), 4096u);
 }

@@ -3,9 +3,9 @@
 
 #include "BuildingBlocks/CCountedCIG.h"
 #include "Stock/CStock.h"
-#include "TestFiles.h"
 #include "TrackLibraries/CRailSet.h"
 #include "TrackLibraries/CRailsetFolder.h"
+#include "support/Files.h"
 
 #include <initializer_list>
 #include <memory>
