@@ -1,10 +1,5 @@
 #include "BuildingBlocks/CCompositeGeometry.h"
 
-#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
-#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
-#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
-#include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
-#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "Elements/Rendering/UElementRenderer.h"
@@ -20,26 +15,6 @@ uint32_t CCompositeGeometry::sNextUniqueID = 1;
 namespace {
 /// Components of an unfilled element are drawn in this grey.
 constexpr unsigned short kUnfilledGrey = 0xFF00;
-
-std::unique_ptr<CBasicGeometry> CopyOf(CBasicGeometry* source)
-{
-    switch (source->GetType()) {
-    case kStraightType:
-        return std::make_unique<CStraightBIG>(static_cast<CStraightBIG*>(source));
-    case kCurveType:
-        return std::make_unique<CCurveBIG>(static_cast<CCurveBIG*>(source));
-    case kPolyType:
-        return std::make_unique<CPolyBIG>(static_cast<CPolyBIG*>(source));
-    case kTextType:
-        return std::make_unique<CTextBIG>(static_cast<CTextBIG*>(source));
-    case kOvalType:
-        return std::make_unique<COvalBIG>(static_cast<COvalBIG*>(source));
-    case kFlexTrackType:
-        return std::make_unique<CFlexTrackBIG>(static_cast<CFlexTrackBIG*>(source));
-    default:
-        return nullptr;
-    }
-}
 
 template <size_t kSize>
 void SetText(char (&field)[kSize], const char* text)
@@ -64,7 +39,8 @@ CCompositeGeometry::CCompositeGeometry(const tLibraryItemAttributes& library) : 
 CCompositeGeometry::CCompositeGeometry(CCompositeGeometry* source) : CCompositeGeometry()
 {
     BOOST_FOREACH(CBasicGeometry* component, source->mComponents) {
-        std::unique_ptr<CBasicGeometry> copy = CopyOf(component);
+        const bool isKnown = UComponentKinds::Find(component->GetType()) != nullptr;
+        std::unique_ptr<CBasicGeometry> copy = isKnown ? component->Clone() : nullptr;
         if (!copy) {
             ULog::Warn("%s: Constructor failed to create element: Unknown type %d requested",
                        "CCompositeGeometry::CCompositeGeometry(CCompositeGeometry *)", component->GetType());

@@ -1,9 +1,5 @@
 // How an element as a whole is placed, turned, aligned and scaled.
-#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
-#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
-#include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
-#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 #include "Utilities/Geometry/UReach.h"
@@ -105,26 +101,7 @@ void CCompositeGeometry::Scale(double factor)
         return;
     }
     BOOST_FOREACH(CBasicGeometry* component, mComponents) {
-        switch (component->GetType()) {
-        case kStraightType:
-            static_cast<CStraightBIG*>(component)->Scale(factor, true);
-            break;
-        case kCurveType:
-            static_cast<CCurveBIG*>(component)->Scale(factor, true);
-            break;
-        case kPolyType:
-        case kFlexTrackType:
-            static_cast<CPolyBIG*>(component)->Scale(factor, true);
-            break;
-        case kOvalType:
-            static_cast<COvalBIG*>(component)->Scale(factor, true);
-            break;
-        case kTextType:
-            static_cast<CTextBIG*>(component)->Scale(factor, true);
-            break;
-        default:
-            break;
-        }
+        component->Scale(factor, true);
     }
     const CGradeVector& grade = mLayout.grade;
     mLayout.grade =

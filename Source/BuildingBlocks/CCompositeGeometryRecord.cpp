@@ -1,15 +1,11 @@
 // How an element is read from and written to files and raw memory.
-#include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
-#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
-#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
-#include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
-#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "KVUByteOrdering/KVUByteOrdering.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "KVUStr/KVUStr.h"
 #include "Layers/CLayer.h"
@@ -83,114 +79,6 @@ constexpr double kStoragePrecision = 5e-7;
 
 constexpr char kLoadFunction[] = "bool CCompositeGeometry::Load(FILE *, string &)";
 constexpr char kRawFunction[] = "CCompositeGeometry::CCompositeGeometry(void *)";
-
-CBasicGeometry* NewComponent(int type)
-{
-    switch (type) {
-    case kStraightType:
-        return new CStraightBIG;
-    case kCurveType:
-        return new CCurveBIG;
-    case kPolyType:
-        return new CPolyBIG;
-    case kTextType:
-        return new CTextBIG;
-    case kOvalType:
-        return new COvalBIG;
-    case kFlexTrackType:
-        return new CFlexTrackBIG;
-    default:
-        return nullptr;
-    }
-}
-
-/// A component from the raw record that lies behind its type code.
-std::unique_ptr<CBasicGeometry> NewComponent(int type, void* raw)
-{
-    switch (type) {
-    case kStraightType:
-        return std::make_unique<CStraightBIG>(raw);
-    case kCurveType:
-        return std::make_unique<CCurveBIG>(raw);
-    case kPolyType:
-        return std::make_unique<CPolyBIG>(raw);
-    case kTextType:
-        return std::make_unique<CTextBIG>(raw);
-    case kOvalType:
-        return std::make_unique<COvalBIG>(raw);
-    case kFlexTrackType:
-        return std::make_unique<CFlexTrackBIG>(raw);
-    default:
-        return nullptr;
-    }
-}
-
-/// Walks over raw memory of limited size.
-class CRawWalk {
-public:
-    CRawWalk(const void* raw, size_t size) : mBegin(static_cast<const char*>(raw)), mSize(size) {}
-
-    bool Skip(size_t count)
-    {
-        if (count > mSize - mAt) {
-            return false;
-        }
-        mAt += count;
-        return true;
-    }
-
-    template <typename tNumber>
-    bool Read(tNumber& number)
-    {
-        const size_t at = mAt;
-        if (!Skip(sizeof number)) {
-            return false;
-        }
-        std::memcpy(&number, mBegin + at, sizeof number);
-        return true;
-    }
-
-    /// A count and that many things of `each` bytes.
-    template <typename tCount>
-    bool SkipCounted(size_t each)
-    {
-        tCount count = 0;
-        return Read(count) && count >= 0 && Skip(static_cast<size_t>(count) * each);
-    }
-
-    size_t GetPosition() const { return mAt; }
-
-private:
-    const char* mBegin;
-    size_t mSize;
-    size_t mAt = 0;
-};
-
-/// Skips a component from behind its type code.
-bool SkipComponent(CRawWalk& walk, int type)
-{
-    if (type == kFlexTrackType) {
-        int polygonCode = 0;
-        return walk.Read(polygonCode) && SkipComponent(walk, kPolyType) && walk.Skip(sizeof(double));
-    }
-    if (!walk.Skip(CBasicGeometry::kCommonRawSize)) {
-        return false;
-    }
-    switch (type) {
-    case kStraightType:
-        return walk.Skip(sizeof(double));
-    case kCurveType:
-        return walk.Skip(2 * sizeof(double));
-    case kOvalType:
-        return walk.Skip(2 * sizeof(double) + sizeof(int));
-    case kPolyType: // points, two flags, sub type, thickness
-        return walk.SkipCounted<int>(2 * sizeof(double)) && walk.Skip(2 + 2 * sizeof(int));
-    case kTextType: // size, style, font name, text
-        return walk.Skip(2 * sizeof(int)) && walk.SkipCounted<uint16_t>(1) && walk.SkipCounted<uint16_t>(1);
-    default:
-        return false;
-    }
-}
 
 void ReadColor(CTaggedFile& records, unsigned short key, RGBColor& color)
 {
@@ -318,14 +206,15 @@ bool CCompositeGeometry::LoadComponents(FILE* file, int version, int count, std:
             ULog::Warn("%s: %s", kLoadFunction, error.c_str());
             return false;
         }
-        CBasicGeometry* component = NewComponent(type);
-        if (component == nullptr) {
+        const tComponentKind* kind = UComponentKinds::Find(type);
+        if (kind == nullptr) {
             error = "Failed to open file";
             return false;
         }
+        CBasicGeometry* component = kind->makeEmpty().release();
         Adopt(component);
         component->Load(file, version);
-        if (type == kPolyType || type == kTextType || type == kOvalType) {
+        if (!kind->hasJoints) {
             component->DisableJoint(0);
             component->DisableJoint(1);
         }
@@ -421,12 +310,13 @@ CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
         int type = 0;
         KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), type);
         cursor += sizeof type;
-        std::unique_ptr<CBasicGeometry> component = NewComponent(type, cursor);
-        if (!component) {
+        const tComponentKind* kind = UComponentKinds::Find(type);
+        if (kind == nullptr) {
             ULog::Warn("%s: Copy/Paste operation failed due to an unknown component type (0x%04X).", kRawFunction,
                        static_cast<unsigned>(type));
             return;
         }
+        std::unique_ptr<CBasicGeometry> component = kind->makeFromRaw(cursor);
         const int size = component->GetParameterRawSize() - CBasicGeometry::kTypeCodeSize;
         AppendOrDrop(std::move(component));
         CErr::CheckNull(mComponents.empty() ? nullptr : mComponents.back(), kRawFunction, "Failed to fetch last BIG");
@@ -443,7 +333,8 @@ bool CCompositeGeometry::MeasureRawRecord(const void* raw, size_t available, siz
     }
     for (int i = 0; i < count; ++i) {
         int type = 0;
-        if (!walk.Read(type) || !SkipComponent(walk, type)) {
+        const tComponentKind* kind = walk.Read(type) ? UComponentKinds::Find(type) : nullptr;
+        if (kind == nullptr || !kind->skipRaw(walk)) {
             return false;
         }
     }

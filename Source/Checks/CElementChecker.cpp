@@ -1,6 +1,9 @@
 #include "Checks/CElementChecker.h"
 
-#include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
+#include "BuildingBlocks/BasicGeometries/UComponentKinds.h"
+
+#include <iterator>
+#include <span>
 
 namespace {
 using enum eRecordType;
@@ -52,13 +55,20 @@ constexpr tRecordRule kPointCount = {318, kInt, 0, "number of points"};
 constexpr tRecordRule kPoint[] = {{319, kDouble, 0, "point x"}, {320, kDouble, 0, "point y"}};
 constexpr int kPointKey = 319;
 constexpr int kCloseKey = 321;
-constexpr tRecordRule kPolygonEnd[] = {
-    {kCloseKey, kBool, 0, "closed"}, {322, kInt, 0, "polygon sub type"}, {323, kInt, 0, "line thickness"}};
-constexpr tRecordRule kFlexEnd[] = {{314, kDouble, 0, "maximum length"}};
+/// Behind the points of a flexible track; a polygon has all of them but the last.
+constexpr tRecordRule kFlexEnd[] = {{kCloseKey, kBool, 0, "closed"},
+                                    {322, kInt, 0, "polygon sub type"},
+                                    {323, kInt, 0, "line thickness"},
+                                    {314, kDouble, 0, "maximum length"}};
 constexpr tRecordRule kTextRecords[] = {{324, kInt, 0, "text size"},
                                         {325, kInt, 0, "text style"},
                                         {326, kRaw, 256, "font name"},
                                         {327, kText, 2048, "text"}};
+
+/// The records of a kind of its own, in the order of the type codes.
+constexpr std::span<const tRecordRule> kOwnRecords[] = {
+    kStraight, kCurve, std::span(kFlexEnd).first<std::size(kFlexEnd) - 1>(), kTextRecords, kOval, kFlexEnd};
+static_assert(std::size(kOwnRecords) == UComponentKinds::kCount);
 
 std::string Count(long long count)
 {
@@ -148,7 +158,7 @@ void CElementChecker::CheckComponent()
         return;
     }
     const int type = mRecords.DataAsInt();
-    if (type < kStraightType || type > kFlexTrackType) {
+    if (UComponentKinds::Find(type) == nullptr) {
         mRecords.Report(mRecords.GetRecordOffset(), kTypeKey, "component type " + Count(type) + " is not known");
     }
     if (type == kFlexTrackType && mRecords.ExpectOne(kType, {301}) && mRecords.DataAsInt() != kPolyType) {
@@ -161,29 +171,11 @@ void CElementChecker::CheckComponent()
 
 void CElementChecker::CheckOwnRecords(int type)
 {
-    switch (type) {
-    case kStraightType:
-        mRecords.Expect(kStraight, {kTypeKey, kElementKey, kGroupsKey});
-        break;
-    case kCurveType:
-        mRecords.Expect(kCurve, {kTypeKey, kElementKey, kGroupsKey});
-        break;
-    case kOvalType:
-        mRecords.Expect(kOval, {kTypeKey, kElementKey, kGroupsKey});
-        break;
-    case kTextType:
-        mRecords.Expect(kTextRecords, {kTypeKey, kElementKey, kGroupsKey});
-        break;
-    case kPolyType:
-    case kFlexTrackType:
+    if (IsPolygonType(type)) {
         CheckPoints();
-        mRecords.Expect(kPolygonEnd, {314, kTypeKey, kElementKey, kGroupsKey});
-        if (type == kFlexTrackType) {
-            mRecords.Expect(kFlexEnd, {kTypeKey, kElementKey, kGroupsKey});
-        }
-        break;
-    default:
-        break;
+    }
+    if (UComponentKinds::Find(type) != nullptr) {
+        mRecords.Expect(kOwnRecords[type - 1], {kTypeKey, kElementKey, kGroupsKey});
     }
 }
 

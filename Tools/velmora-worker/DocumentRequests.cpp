@@ -161,16 +161,14 @@ tAnswer MakeLibraryFailure(int code, size_t articles)
     return failed;
 }
 
+/// The kind of an element's track, by its first component where that is flexible.
 const char* KindOf(CCompositeGeometry* element)
 {
-    if (UElementInspector::IsFlexElement(element)) {
-        return "flexible track";
-    }
-    if (UElementInspector::IsCurvedTrack(element)) {
-        return "curve";
-    }
-    if (UElementInspector::IsStraightTrack(element)) {
-        return "straight";
+    const CBasicGeometry* track = UElementInspector::IsFlexElement(element)          ? element->GetBIGAtIndex(0)
+                                  : UElementInspector::IsSingleTrackElement(element) ? element->GetFirstTrackBIG()
+                                                                                     : nullptr;
+    if (track != nullptr) {
+        return UComponentKinds::Find(track->GetType())->name;
     }
     return UElementInspector::IsTrackElement(element) ? "track" : "accessory";
 }

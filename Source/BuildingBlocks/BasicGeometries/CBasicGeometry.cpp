@@ -103,8 +103,11 @@ bool CBasicGeometry::IsScale(double factor)
     return factor >= 1.0 / UReach::kFarthest && factor <= UReach::kFarthest;
 }
 
-void CBasicGeometry::ScaleTrack(double factor, bool scaleOffset)
+void CBasicGeometry::Scale(double factor, bool scaleOffset)
 {
+    if (!IsScale(factor)) {
+        return;
+    }
     mGauge = UReach::Clamp(mGauge * factor);
     mTrackbedWidth = UReach::Clamp(mTrackbedWidth * factor);
     if (scaleOffset) {

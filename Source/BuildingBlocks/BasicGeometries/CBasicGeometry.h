@@ -1,6 +1,7 @@
 // What every component of an element has.
 #pragma once
 
+#include "BuildingBlocks/BasicGeometries/UComponentKinds.h"
 #include "BuildingBlocks/CGradeVector.h"
 #include "BuildingBlocks/CJoint.h"
 #include "CBlockPool/CBlockPool.h"
@@ -9,30 +10,9 @@
 #include "CRect/DRect.h"
 
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
-
-/// Type codes of components, in files and in raw memory.
-enum eComponentType : int {
-    kStraightType = 1,
-    kCurveType = 2,
-    kPolyType = 3,
-    kTextType = 4,
-    kOvalType = 5,
-    kFlexTrackType = 6
-};
-
-/// Whether a component of this type is a polygon by its class; a flexible track is one.
-constexpr bool IsPolygonType(int type)
-{
-    return type == kPolyType || type == kFlexTrackType;
-}
-
-/// Whether a component of this type is track.
-constexpr bool IsTrackType(int type)
-{
-    return type == kStraightType || type == kCurveType || type == kFlexTrackType;
-}
 
 /// A piece of an element: its place in the element, its track dimensions, its colour and exactly two joints. Lengths
 /// are mm, angles degrees. The element owns its components, a component owns its joints.
@@ -143,6 +123,11 @@ public:
     /// @return false for another version, with nothing read
     virtual bool Load(FILE* file, int version);
     virtual void Save(FILE* file);
+    /// A copy, as the copying constructor makes it; null for a class that has none.
+    virtual std::unique_ptr<CBasicGeometry> Clone() { return nullptr; }
+    /// Multiplies the size of all that is drawn, and the item offset if the flag is set. Rails keep their width.
+    /// Nothing happens for a factor that is no scale.
+    virtual void Scale(double factor, bool scaleOffset);
 
     /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document
     /// reaches.
@@ -157,8 +142,6 @@ protected:
     static bool IsKnownVersion(int version) { return version == 3 || version == 4; }
     /// Reports a record version that `function` does not know.
     static void WarnUnsupported(const char* function, int version);
-    /// Multiplies gauge and trackbed width, and the item offset if the flag is set.
-    void ScaleTrack(double factor, bool scaleOffset);
     /// Allows or disallows both joints, active as allowed.
     void AllowJoints(bool joint0, bool joint1);
     /// Last step of placing: heights of the local points, and for kPlaceForConnection their absolute positions.

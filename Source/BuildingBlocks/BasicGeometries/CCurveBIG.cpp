@@ -2,6 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UArcGeometry.h"
@@ -34,6 +35,11 @@ CCurveBIG::CCurveBIG(void* raw) : CBasicGeometry(raw)
 {
     UReach::Fetch(UReach::Fetch(BehindCommonRecord(raw), mRadius), mArcAngle);
     UpdateCurvedRailLength();
+}
+
+bool CCurveBIG::SkipRaw(CRawWalk& walk)
+{
+    return walk.Skip(kCommonRawSize + 2 * sizeof(double));
 }
 
 void CCurveBIG::SpecifyCurveGeometry(double xOffset, double yOffset, double radius, double arcAngle, double angle,
@@ -137,7 +143,7 @@ void CCurveBIG::Scale(double factor, bool scaleOffset)
     if (!IsScale(factor)) {
         return;
     }
-    ScaleTrack(factor, scaleOffset);
+    CBasicGeometry::Scale(factor, scaleOffset);
     mRadius = UReach::Clamp(mRadius * factor);
     UpdateCurvedRailLength();
 }

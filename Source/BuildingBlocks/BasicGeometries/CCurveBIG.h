@@ -13,6 +13,8 @@ public:
     explicit CCurveBIG(CCurveBIG* source);
     /// Reads the raw record from behind its type code: the common record, radius and arc angle (doubles).
     explicit CCurveBIG(void* raw);
+    /// Skips that record. @return false when it is cut short
+    static bool SkipRaw(CRawWalk& walk);
 
     /// Places and dimensions the track; joints are active where they are allowed. Mind the order: radius and arc angle
     /// come before the angle.
@@ -20,8 +22,6 @@ public:
                               double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetItemRadius() const { return mRadius; }
     double GetItemArcAngle() const { return mArcAngle; }
-    /// Multiplies radius, gauge and trackbed width, and the item offset if the flag is set.
-    void Scale(double factor, bool scaleOffset);
     /// Appends the centre line in the element's coordinates, for lines up to `reach` (mm) beside it; nothing for an arc
     /// without length.
     void DefineCourse(double angle, double reach, tCourse& course);
@@ -40,6 +40,8 @@ public:
     /// Common block, key 312 the radius, key 313 the arc angle.
     bool Load(FILE* file, int version) override;
     void Save(FILE* file) override;
+    std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<CCurveBIG>(this); }
+    void Scale(double factor, bool scaleOffset) override;
 
 private:
     /// Track length = radius × arc; the gauge does not count.

@@ -2,6 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UArcGeometry.h"
@@ -35,6 +36,11 @@ CFlexTrackBIG::CFlexTrackBIG(void* raw) : CPolyBIG(static_cast<void*>(static_cas
     const char* behindPolygon = static_cast<const char*>(raw) + CPolyBIG::GetParameterRawSize();
     UReach::Fetch(static_cast<const void*>(behindPolygon), mMaxLength);
     CFlexTrackBIG::CalcBezierCurve();
+}
+
+bool CFlexTrackBIG::SkipRaw(CRawWalk& walk)
+{
+    return walk.Skip(kTypeCodeSize) && CPolyBIG::SkipRaw(walk) && walk.Skip(sizeof(double));
 }
 
 void CFlexTrackBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,

@@ -17,6 +17,8 @@ public:
     /// Reads the raw record from behind its type code: a polygon's whole record with its code, and the maximum length
     /// (double).
     explicit CFlexTrackBIG(void* raw);
+    /// Skips that record. @return false when it is cut short
+    static bool SkipRaw(CRawWalk& walk);
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return CPolyBIG::GetParameterRawSize() + kTypeCodeSize + 8; }
@@ -35,6 +37,7 @@ public:
     /// A second key 300 with the polygon's code, the polygon's records, key 314 the maximum length (double).
     bool Load(FILE* file, int version) override;
     void Save(FILE* file) override;
+    std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<CFlexTrackBIG>(this); }
 
     void SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle, int lineThickness,
                              tPolyLegacySubType legacySubType) override;

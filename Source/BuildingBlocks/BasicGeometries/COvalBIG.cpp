@@ -2,6 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UReach.h"
@@ -17,6 +18,11 @@ COvalBIG::COvalBIG(void* raw) : CBasicGeometry(raw)
     cursor = UReach::Fetch(cursor, mRadiusX);
     cursor = UReach::Fetch(cursor, mRadiusY);
     KVURawMem::FetchDataFromRawMem(cursor, mLineThickness);
+}
+
+bool COvalBIG::SkipRaw(CRawWalk& walk)
+{
+    return walk.Skip(kCommonRawSize + 2 * sizeof(double) + sizeof(int));
 }
 
 void COvalBIG::SpecifyOvalGeometry(double xOffset, double yOffset, double radius, int lineThickness)

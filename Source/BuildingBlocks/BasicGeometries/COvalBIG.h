@@ -10,11 +10,11 @@ public:
     explicit COvalBIG(COvalBIG* source);
     /// Reads the raw record from behind its type code: the common record, both radii (doubles), line thickness (int).
     explicit COvalBIG(void* raw);
+    /// Skips that record. @return false when it is cut short
+    static bool SkipRaw(CRawWalk& walk);
 
     /// Places and dimensions the circle; its joints are disallowed and inactive, its gauge is 0.
     void SpecifyOvalGeometry(double xOffset, double yOffset, double radius, int lineThickness);
-    /// Multiplies both radii, with `scaleOffset` the item offset too.
-    void Scale(double factor, bool scaleOffset);
     double GetRadX() const { return mRadiusX; }
     double GetRadY() const { return mRadiusY; }
 
@@ -32,6 +32,8 @@ public:
     /// Common block, keys 315 and 316 the radii, key 317 the line thickness.
     bool Load(FILE* file, int version) override;
     void Save(FILE* file) override;
+    std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<COvalBIG>(this); }
+    void Scale(double factor, bool scaleOffset) override;
 
 private:
     int mLineThickness = 1;

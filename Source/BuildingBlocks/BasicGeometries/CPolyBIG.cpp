@@ -2,6 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 #include "Utilities/Geometry/UArcGeometry.h"
@@ -34,6 +35,11 @@ CPolyBIG::CPolyBIG(void* raw) : CBasicGeometry(raw)
     cursor = KVURawMem::FetchDataFromRawMem(cursor, mSecondFlag);
     cursor = KVURawMem::FetchDataFromRawMem(cursor, mLegacySubType);
     KVURawMem::FetchDataFromRawMem(cursor, mLineThickness);
+}
+
+bool CPolyBIG::SkipRaw(CRawWalk& walk)
+{
+    return walk.Skip(kCommonRawSize) && walk.SkipCounted<int>(kRawSizePerPoint) && walk.Skip(2 + 2 * sizeof(int));
 }
 
 void CPolyBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,

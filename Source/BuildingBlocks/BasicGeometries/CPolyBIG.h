@@ -25,6 +25,8 @@ public:
     /// Reads the raw record from behind its type code: the common record, number of points (int), x and y of each
     /// (doubles), close flag, second flag (bytes), legacy sub type, line thickness (ints). Heights are 0.
     explicit CPolyBIG(void* raw);
+    /// Skips that record. @return false when it is cut short
+    static bool SkipRaw(CRawWalk& walk);
 
     /// Points that every edit leaves.
     static constexpr int kFewestPoints = 2;
@@ -54,6 +56,8 @@ public:
     /// sub type, 323 line thickness (ints). The list of points ends where the stream does.
     bool Load(FILE* file, int version) override;
     void Save(FILE* file) override;
+    std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<CPolyBIG>(this); }
+    void Scale(double factor, bool scaleOffset) override;
 
     /// Places and shapes the polygon; its joints are disallowed and inactive, its gauge is 0.
     virtual void SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
@@ -94,9 +98,6 @@ public:
     /// Mirror the unturned polygon about the middle of its box: left to right, or top to bottom.
     virtual void MirrorPointsHorizontally();
     virtual void MirrorPointsVertically();
-    /// Multiplies the points and the trackbed width, and the item offset if the flag is set. A factor that is not
-    /// positive changes nothing.
-    virtual void Scale(double factor, bool scaleOffset);
     /// Takes over the points of another open line of the same kind, joined where two of their ends are nearest; ends
     /// that meet become one point, a gap becomes an edge. A line whose ends then meet is closed. The direction of this
     /// line stays, the other line is left as it is. @return false when either is closed or empty

@@ -219,7 +219,7 @@ void CPolyBIG::Scale(double factor, bool scaleOffset)
     if (!IsScale(factor)) {
         return;
     }
-    ScaleTrack(factor, scaleOffset);
+    CBasicGeometry::Scale(factor, scaleOffset);
     for (CPoint& point : mPoints) {
         point = point * factor;
     }

@@ -2,6 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
@@ -19,6 +20,11 @@ CStraightBIG::CStraightBIG(void* raw) : CBasicGeometry(raw)
 {
     UReach::Fetch(BehindCommonRecord(raw), mLength);
     mTrackLength = mLength;
+}
+
+bool CStraightBIG::SkipRaw(CRawWalk& walk)
+{
+    return walk.Skip(kCommonRawSize + sizeof(double));
 }
 
 void CStraightBIG::SpecifyStraightGeometry(double xOffset, double yOffset, double length, double angle, double gauge,
@@ -104,7 +110,7 @@ void CStraightBIG::Scale(double factor, bool scaleOffset)
     if (!IsScale(factor)) {
         return;
     }
-    ScaleTrack(factor, scaleOffset);
+    CBasicGeometry::Scale(factor, scaleOffset);
     mLength = mTrackLength = UReach::Clamp(mLength * factor);
 }
 

@@ -12,13 +12,13 @@ public:
     explicit CStraightBIG(CStraightBIG* source);
     /// Reads the raw record from behind its type code: the common record and the length (double).
     explicit CStraightBIG(void* raw);
+    /// Skips that record. @return false when it is cut short
+    static bool SkipRaw(CRawWalk& walk);
 
     /// Places and dimensions the track; joints are active where they are allowed.
     void SpecifyStraightGeometry(double xOffset, double yOffset, double length, double angle, double gauge,
                                  double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetLength() const { return mLength; }
-    /// Multiplies length, gauge and trackbed width, and the item offset if the flag is set.
-    void Scale(double factor, bool scaleOffset);
     /// Appends the centre line in the element's coordinates; nothing for a length of 0.
     void DefineCourse(double angle, tCourse& course);
 
@@ -35,6 +35,8 @@ public:
     /// Common block and key 311, the length.
     bool Load(FILE* file, int version) override;
     void Save(FILE* file) override;
+    std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<CStraightBIG>(this); }
+    void Scale(double factor, bool scaleOffset) override;
 
 private:
     double mLength = 0.0;

@@ -5,11 +5,13 @@
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "Drawing/UTextComponentBoundsCalculator.h"
+#include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -40,6 +42,12 @@ CTextBIG::CTextBIG(void* raw) : CBasicGeometry(raw)
     KVURawMem::FetchDataFromRawMem(cursor, mText);
 }
 
+bool CTextBIG::SkipRaw(CRawWalk& walk)
+{
+    return walk.Skip(kCommonRawSize + 2 * sizeof(int)) && walk.SkipCounted<uint16_t>(1) &&
+           walk.SkipCounted<uint16_t>(1);
+}
+
 CTextBIG& CTextBIG::operator=(const CTextBIG& source)
 {
     mFontName = source.mFontName;
@@ -62,7 +70,7 @@ void CTextBIG::Scale(double factor, bool scaleOffset)
     if (!IsScale(factor)) {
         return;
     }
-    ScaleTrack(factor, scaleOffset);
+    CBasicGeometry::Scale(factor, scaleOffset);
     mTextSize = static_cast<int>(std::clamp(std::round(mTextSize * factor), 1.0, UReach::kFarthest));
 }
 

@@ -13,6 +13,8 @@ public:
     /// Reads the raw record from behind its type code: the common record, size, style (ints), font name, text (each a
     /// 16-bit length and that many bytes).
     explicit CTextBIG(void* raw);
+    /// Skips that record. @return false when it is cut short
+    static bool SkipRaw(CRawWalk& walk);
     /// Copies font name, text, size and style; place and joints stay.
     CTextBIG& operator=(const CTextBIG& source);
 
@@ -24,8 +26,6 @@ public:
     const std::string& GetFontName() const { return mFontName; }
     /// Points.
     int GetTextSize() const { return mTextSize; }
-    /// Multiplies the size, rounded but never below 1, and the item offset if the flag is set.
-    void Scale(double factor, bool scaleOffset);
     /// Only carried.
     int GetTextStyle() const { return mTextStyle; }
 
@@ -43,6 +43,9 @@ public:
     bool Load(FILE* file, int version) override;
     /// Writes a fixed font name instead of the text's own, in a form that reads back without its first letter.
     void Save(FILE* file) override;
+    std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<CTextBIG>(this); }
+    /// The size is rounded, but never below 1.
+    void Scale(double factor, bool scaleOffset) override;
 
 private:
     std::string mText = "TEXT";

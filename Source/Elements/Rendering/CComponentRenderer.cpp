@@ -4,6 +4,8 @@
 #include "Elements/Rendering/GraphicRenderers.h"
 #include "Elements/Rendering/TrackRenderers.h"
 
+#include <iterator>
+
 CColor Mix(const CColor& one, const CColor& other, double partOfOther)
 {
     const double rest = 1.0 - partOfOther;
@@ -19,22 +21,11 @@ const CComponentRenderer* CComponentRenderer::Find(int type)
     static const CPolyRenderer sPoly;
     static const COvalRenderer sOval;
     static const CTextRenderer sText;
-    switch (type) {
-    case kStraightType:
-        return &sStraight;
-    case kCurveType:
-        return &sCurve;
-    case kFlexTrackType:
-        return &sFlexTrack;
-    case kPolyType:
-        return &sPoly;
-    case kOvalType:
-        return &sOval;
-    case kTextType:
-        return &sText;
-    default:
-        return nullptr;
-    }
+    // In the order of the type codes.
+    static constexpr const CComponentRenderer* kRenderers[] = {&sStraight, &sCurve, &sPoly,
+                                                               &sText,     &sOval,  &sFlexTrack};
+    static_assert(std::size(kRenderers) == UComponentKinds::kCount);
+    return UComponentKinds::Find(type) != nullptr ? kRenderers[type - 1] : nullptr;
 }
 
 CTrackCourse CComponentRenderer::MakeCourse(CBasicGeometry&, const tPlacement&) const
