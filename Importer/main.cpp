@@ -9,7 +9,7 @@
 
 /// One instance. A pointer to it serves as the pointer to the table's pointer that every COM interface is.
 struct MetadataImporterPluginType {
-    MDImporterInterfaceStruct* conduitInterface;
+    const MDImporterInterfaceStruct* conduitInterface;
     CFUUIDRef factoryID; ///< retained
     UInt32 refCount;     ///< not atomic: a host uses an instance from one thread at a time
 };
@@ -20,16 +20,16 @@ static HRESULT MetadataImporterQueryInterface(void* thisInstance, REFIID iid, LP
 static ULONG MetadataImporterPluginAddRef(void* thisInstance);
 static ULONG MetadataImporterPluginRelease(void* thisInstance);
 
-// The table's type has no const in it, and hosts are given pointers to it; nobody writes to it.
-static MDImporterInterfaceStruct sInterfaceTable = {nullptr, &MetadataImporterQueryInterface,
-                                                    &MetadataImporterPluginAddRef, &MetadataImporterPluginRelease,
-                                                    &GetMetadataForFile};
+// Shared by all instances: a host that writes to it ends there, instead of leading the next import astray.
+static const MDImporterInterfaceStruct kInterfaceTable = {nullptr, &MetadataImporterQueryInterface,
+                                                          &MetadataImporterPluginAddRef, &MetadataImporterPluginRelease,
+                                                          &GetMetadataForFile};
 
 static MetadataImporterPluginType* AllocMetadataImporterPluginType(CFUUIDRef factoryID)
 {
     auto* const instance = static_cast<MetadataImporterPluginType*>(malloc(sizeof(MetadataImporterPluginType)));
     memset(instance, 0, sizeof *instance);
-    instance->conduitInterface = &sInterfaceTable;
+    instance->conduitInterface = &kInterfaceTable;
     instance->factoryID = static_cast<CFUUIDRef>(CFRetain(factoryID));
     CFPlugInAddInstanceForFactory(factoryID);
     instance->refCount = 1;
@@ -51,14 +51,12 @@ static HRESULT MetadataImporterQueryInterface(void* thisInstance, REFIID iid, LP
 {
     const CFUUIDRef interfaceID = CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, iid);
     const bool known = CFEqual(interfaceID, kMDImporterInterfaceID) || CFEqual(interfaceID, IUnknownUUID);
-    CFRelease(interfaceID);
-    if (!known) {
-        *ppv = nullptr;
-        return E_NOINTERFACE;
+    if (known) {
+        static_cast<MetadataImporterPluginType*>(thisInstance)->conduitInterface->AddRef(thisInstance);
     }
-    static_cast<MetadataImporterPluginType*>(thisInstance)->conduitInterface->AddRef(thisInstance);
-    *ppv = thisInstance;
-    return S_OK;
+    *ppv = known ? thisInstance : nullptr;
+    CFRelease(interfaceID);
+    return known ? S_OK : E_NOINTERFACE;
 }
 
 static ULONG MetadataImporterPluginAddRef(void* thisInstance)

@@ -2,6 +2,7 @@
 
 #include "CheckError/CErr.h"
 #include "KVUStr/KVUStr.h"
+#include "Platform/Released.h"
 
 #include <climits>
 #include <new>
@@ -50,14 +51,10 @@ CBundle::~CBundle()
 
 const char* CBundle::GetBundleName() const
 {
-    const CFStringRef name = CFURLCopyLastPathComponent(mURL);
-    if (name == nullptr) {
-        return "";
-    }
+    const Platform::tReleased<CFStringRef> name(CFURLCopyLastPathComponent(mURL));
     // The conversion may hand out the string's own storage, which has to outlive this call.
     static std::string sName;
-    sName = TextOrEmpty(name);
-    CFRelease(name);
+    sName = TextOrEmpty(name.get());
     return sName.c_str();
 }
 
@@ -82,30 +79,17 @@ bool CBundle::GetBundleLocation(FSRef& location) const
 
 CFURLRef CBundle::GetURLForResource(const char* name, const char* type) const
 {
-    const CFStringRef nameString = CFStringCreateWithCString(kCFAllocatorDefault, name, kCFStringEncodingMacRoman);
-    const CFStringRef typeString = CFStringCreateWithCString(kCFAllocatorDefault, type, kCFStringEncodingMacRoman);
-    CFURLRef url = nullptr;
-    if (nameString != nullptr && typeString != nullptr) {
-        url = CFBundleCopyResourceURL(mBundle, nameString, typeString, nullptr);
-    }
-    if (nameString != nullptr) {
-        CFRelease(nameString);
-    }
-    if (typeString != nullptr) {
-        CFRelease(typeString);
-    }
-    return url;
+    using tString = Platform::tReleased<CFStringRef>;
+    const tString nameString(CFStringCreateWithCString(kCFAllocatorDefault, name, kCFStringEncodingMacRoman));
+    const tString typeString(CFStringCreateWithCString(kCFAllocatorDefault, type, kCFStringEncodingMacRoman));
+    return nameString && typeString ? CFBundleCopyResourceURL(mBundle, nameString.get(), typeString.get(), nullptr)
+                                    : nullptr;
 }
 
 bool CBundle::GetFSRefForResource(const char* name, const char* type, FSRef& resource) const
 {
-    const CFURLRef url = GetURLForResource(name, type);
-    if (url == nullptr) {
-        return false;
-    }
-    const bool found = Platform::MakeReference(PathOf(url), resource) == noErr;
-    CFRelease(url);
-    return found;
+    const Platform::tReleased<CFURLRef> url(GetURLForResource(name, type));
+    return url && Platform::MakeReference(PathOf(url.get()), resource) == noErr;
 }
 
 bool CBundle::GetFSRefForFileNextToApp(const char* name, FSRef& file) const
@@ -115,7 +99,14 @@ bool CBundle::GetFSRefForFileNextToApp(const char* name, FSRef& file) const
     if (separator == std::string::npos) {
         return false;
     }
+    HFSUniStr255 units = {};
+    int length = 0;
+    KVUStr::CStr2UniChar(name, reinterpret_cast<char*>(units.unicode), sizeof units.unicode, length);
+    const Platform::tReleased<CFStringRef> string(
+        CFStringCreateWithCharacters(kCFAllocatorDefault, units.unicode, length));
+    std::string fileName; // as the file system has it
     FSRef folder;
-    return Platform::MakeReference(separator == 0 ? "/" : bundle.substr(0, separator), folder) == noErr &&
-           Platform::MakeReferenceInFolder(folder, name, file) == noErr;
+    return KVUStr::GetText(string.get(), kCFStringEncodingUTF8, fileName) &&
+           Platform::MakeReference(separator == 0 ? "/" : bundle.substr(0, separator), folder) == noErr &&
+           Platform::MakeReferenceInFolder(folder, fileName, file) == noErr;
 }

@@ -36,20 +36,13 @@ std::string RomanOf(const std::string& utf8)
 }
 } // namespace
 
-CXMLNode::~CXMLNode()
-{
-    if (mKey != nullptr) {
-        CFRelease(mKey);
-    }
-}
-
 CFStringRef CXMLNode::GetKey() const
 {
-    if (mKey == nullptr && mNode) {
-        mKey = CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(mNode->text.data()),
-                                       static_cast<CFIndex>(mNode->text.size()), kCFStringEncodingUTF8, false);
+    if (!mKey && mNode) {
+        mKey.reset(CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(mNode->text.data()),
+                                           static_cast<CFIndex>(mNode->text.size()), kCFStringEncodingUTF8, false));
     }
-    return mKey;
+    return mKey.get();
 }
 
 char* CXMLNode::GetKey(char* buffer, int size) const
@@ -87,19 +80,8 @@ bool CXMLNode::ConvertText(const char* text, CFStringEncoding encoding, std::str
         utf8 = bytes; // nearly every text: no need to make a string object
         return true;
     }
-    const CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, text, encoding);
-    if (string == nullptr) {
-        return false;
-    }
-    const CFIndex size = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), kCFStringEncodingUTF8) + 1;
-    std::string converted(static_cast<size_t>(size), '\0');
-    const bool fits = CFStringGetCString(string, converted.data(), size, kCFStringEncodingUTF8) != 0;
-    CFRelease(string);
-    if (fits) {
-        converted.resize(std::strlen(converted.c_str()));
-        utf8 = converted;
-    }
-    return fits;
+    const Platform::tReleased<CFStringRef> string(CFStringCreateWithCString(kCFAllocatorDefault, text, encoding));
+    return KVUStr::GetText(string.get(), kCFStringEncodingUTF8, utf8);
 }
 
 std::string CXMLNode::MakeText(const char* text, CFStringEncoding encoding, const char* function)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CXMLDocument/XMLTree.h"
+#include "Platform/Released.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -17,7 +18,7 @@ public:
 
     CXMLNode(const CXMLNode&) = delete;
     CXMLNode& operator=(const CXMLNode&) = delete;
-    virtual ~CXMLNode();
+    virtual ~CXMLNode() = default;
 
     /// The key; owned by the node. Null for a node that no subclass made.
     CFStringRef GetKey() const;
@@ -47,5 +48,5 @@ protected:
 private:
     std::unique_ptr<tXMLNode> mNode;
     std::unique_ptr<tXMLTree> mTree;
-    mutable CFStringRef mKey = nullptr; ///< made when it is first asked for
+    mutable Platform::tReleased<CFStringRef> mKey; ///< made when it is first asked for
 };

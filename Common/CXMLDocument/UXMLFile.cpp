@@ -1,5 +1,6 @@
 #include "CXMLDocument/UXMLFile.h"
 
+#include "KVUStr/KVUStr.h"
 #include "Platform/Streams.h"
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -16,18 +17,6 @@ constexpr unsigned kParseFlags = pugi::parse_default | pugi::parse_comments | pu
 constexpr char kIndentation[] = "\t";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-bool IsUtf8(const std::string& bytes)
-{
-    const CFStringRef string =
-        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
-                                static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8, false);
-    if (string == nullptr) {
-        return false;
-    }
-    CFRelease(string);
-    return true;
-}
-
 bool HasTooManyMarks(const std::string& bytes)
 {
     const auto isMark = [](char c) { return c == '<' || c == '='; };
@@ -38,7 +27,7 @@ bool HasTooManyMarks(const std::string& bytes)
 bool IsWellEncoded(const std::string& bytes, pugi::xml_encoding encoding)
 {
     if (encoding == pugi::encoding_utf8) {
-        return bytes.find('\0') == std::string::npos && IsUtf8(bytes);
+        return bytes.find('\0') == std::string::npos && KVUStr::IsConvertible(bytes, kCFStringEncodingUTF8);
     }
     return encoding != pugi::encoding_latin1 || bytes.find('\0') == std::string::npos;
 }

@@ -4,6 +4,7 @@
 #include "CheckError/ReportFormatted.h"
 #include "KVUDate/KVUDate.h"
 #include "KVUSystem/KVUSystem.h"
+#include "Platform/Released.h"
 #include "Platform/Report.h"
 #include "Platform/System.h"
 
@@ -76,11 +77,12 @@ void WriteLogHeading(FILE* file, CErr::tCheckErrorAlertType kind)
     fprintf(file, " B.Version: %s\n", bundle.GetVersionNumber());
 }
 
-CFStringRef CreateAlertText(const std::string& message)
+Platform::tReleased<CFStringRef> CreateAlertText(const std::string& message)
 {
     const CFStringRef text = CFStringCreateWithCString(kCFAllocatorDefault, message.c_str(), kCFStringEncodingUTF8);
-    return text != nullptr ? text
-                           : CFStringCreateWithCString(kCFAllocatorDefault, message.c_str(), kCFStringEncodingMacRoman);
+    return Platform::tReleased<CFStringRef>(
+        text != nullptr ? text
+                        : CFStringCreateWithCString(kCFAllocatorDefault, message.c_str(), kCFStringEncodingMacRoman));
 }
 } // namespace
 
@@ -119,16 +121,13 @@ void CErr::DoRequester(short code, const char* function, const char* description
 
     const CFOptionFlags level =
         kind == kWarning ? kCFUserNotificationCautionAlertLevel : kCFUserNotificationStopAlertLevel;
-    const CFStringRef text = CreateAlertText(message);
+    const auto text = CreateAlertText(message);
     CFOptionFlags response = 0;
     // Not "occurred": users know the alert by this spelling.
     CFUserNotificationDisplayAlert(0, level, nullptr, nullptr, nullptr, CFSTR("An application error has occured."),
-                                   text, nullptr, nullptr, nullptr, &response);
+                                   text.get(), nullptr, nullptr, nullptr, &response);
     if (kind == kError) {
         exit(0);
-    }
-    if (text != nullptr) {
-        CFRelease(text);
     }
 }
 

@@ -1,10 +1,30 @@
 #include "KVUPrefsValue/KVUPrefsValue.h"
 
 #include "KVUStr/KVUStr.h"
+#include "Platform/Released.h"
 
 #include <algorithm>
+#include <limits>
+#include <string>
 
 namespace {
+/// A stored value; null for a key that is missing.
+Platform::tReleased<CFTypeRef> Stored(CFStringRef key, CFStringRef application)
+{
+    return Platform::tReleased<CFTypeRef>(CFPreferencesCopyAppValue(key, application));
+}
+
+/// Copies as many bytes as fit of a value. @return false when it is no data
+bool CopyData(CFTypeRef value, void* data, CFIndex capacity)
+{
+    if (value == nullptr || CFGetTypeID(value) != CFDataGetTypeID()) {
+        return false;
+    }
+    const CFDataRef bytes = static_cast<CFDataRef>(value);
+    CFDataGetBytes(bytes, CFRangeMake(0, std::min(CFDataGetLength(bytes), capacity)), static_cast<UInt8*>(data));
+    return true;
+}
+
 /// Stores a value that was created for it.
 void StoreAndRelease(CFStringRef key, CFStringRef application, CFTypeRef value)
 {
@@ -31,7 +51,8 @@ bool KVUPrefsValue::ReadValue(CFStringRef key, CFStringRef application, int& val
 {
     Boolean valid = 0;
     const CFIndex stored = CFPreferencesGetAppIntegerValue(key, application, &valid);
-    if (!valid) {
+    using tLimits = std::numeric_limits<int>;
+    if (!valid || stored < tLimits::min() || stored > tLimits::max()) {
         return false;
     }
     value = static_cast<int>(stored);
@@ -50,35 +71,25 @@ bool KVUPrefsValue::ReadValue(CFStringRef key, CFStringRef application, char& va
 
 bool KVUPrefsValue::ReadValue(CFStringRef key, CFStringRef application, char* text, size_t capacity)
 {
-    const CFTypeRef stored = CFPreferencesCopyAppValue(key, application);
-    if (stored == nullptr) {
+    const auto stored = Stored(key, application);
+    std::string converted; // not through the buffer of GetCStrFromCFStr: a text longer than that is cut like any other
+    if (!stored || CFGetTypeID(stored.get()) != CFStringGetTypeID() ||
+        !KVUStr::GetText(static_cast<CFStringRef>(stored.get()), kCFStringEncodingMacRoman, converted)) {
         return false;
     }
-    const char* converted = nullptr;
-    if (CFGetTypeID(stored) == CFStringGetTypeID()) {
-        converted = KVUStr::GetCStrFromCFStr(static_cast<CFStringRef>(stored), kCFStringEncodingMacRoman);
-    }
-    if (converted != nullptr) {
-        KVUStr::strncpy(text, converted, capacity);
-    }
-    CFRelease(stored);
-    return converted != nullptr;
+    KVUStr::strncpy(text, converted.c_str(), capacity);
+    return true;
 }
 
 bool KVUPrefsValue::ReadValue(CFStringRef key, CFStringRef application, void* data, size_t capacity)
 {
-    const CFTypeRef stored = CFPreferencesCopyAppValue(key, application);
-    if (stored == nullptr) {
-        return false;
-    }
-    const bool isData = CFGetTypeID(stored) == CFDataGetTypeID();
-    if (isData) {
-        const CFDataRef bytes = static_cast<CFDataRef>(stored);
-        const CFIndex count = std::min(CFDataGetLength(bytes), static_cast<CFIndex>(capacity));
-        CFDataGetBytes(bytes, CFRangeMake(0, count), static_cast<UInt8*>(data));
-    }
-    CFRelease(stored);
-    return isData;
+    constexpr size_t kMost = std::numeric_limits<CFIndex>::max();
+    return CopyData(Stored(key, application).get(), data, static_cast<CFIndex>(std::min(capacity, kMost)));
+}
+
+bool KVUPrefsValue::ReadValue(CFStringRef key, CFStringRef application, void* data)
+{
+    return ReadValue(key, application, data, std::numeric_limits<size_t>::max());
 }
 
 void KVUPrefsValue::WriteValue(CFStringRef key, CFStringRef application, bool value)

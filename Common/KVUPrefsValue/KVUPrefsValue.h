@@ -10,16 +10,20 @@
 class KVUPrefsValue {
 public:
     static bool ReadValue(CFStringRef key, CFStringRef application, bool& value);
+    /// A number beyond 32 bits is of another type.
     static bool ReadValue(CFStringRef key, CFStringRef application, int& value);
 
     /// The low byte of an integer.
     static bool ReadValue(CFStringRef key, CFStringRef application, char& value);
 
-    /// A text in Mac OS Roman, cut to `capacity` bytes with its zero. Fails for a text of 1024 bytes or more, too.
+    /// A text in Mac OS Roman, cut to `capacity` bytes with its zero. Fails where it has no such form, too.
     static bool ReadValue(CFStringRef key, CFStringRef application, char* text, size_t capacity);
 
     /// Data, cut to `capacity` bytes.
     static bool ReadValue(CFStringRef key, CFStringRef application, void* data, size_t capacity);
+
+    /// All bytes of the data: for those who know how many they stored.
+    static bool ReadValue(CFStringRef key, CFStringRef application, void* data);
 
     static void WriteValue(CFStringRef key, CFStringRef application, bool value);
     static void WriteValue(CFStringRef key, CFStringRef application, int value);

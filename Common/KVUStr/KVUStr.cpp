@@ -1,11 +1,14 @@
 #include "KVUStr/KVUStr.h"
 
 #include "CheckError/CErr.h"
+#include "Platform/Released.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+
+using tString = Platform::tReleased<CFStringRef>;
 
 namespace {
 // Not <cctype>: its answers change with the locale that preferences and property lists may set.
@@ -47,10 +50,13 @@ void CopyCut(char* dst, const std::string& text, size_t size)
 }
 
 /// A Core Foundation string of a text that is UTF-8 or else Mac OS Roman; null when it is neither.
-CFStringRef CreateString(const char* text)
+tString CreateString(const char* text)
 {
-    const CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8);
-    return string != nullptr ? string : CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman);
+    tString string(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8));
+    if (!string) {
+        string.reset(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman));
+    }
+    return string;
 }
 } // namespace
 
@@ -167,53 +173,60 @@ const char* KVUStr::GetCStrFromCFStr(CFStringRef text, unsigned encoding)
     return CFStringGetCString(text, sBuffer, sizeof sBuffer, encoding) ? sBuffer : nullptr;
 }
 
+bool KVUStr::GetText(CFStringRef text, unsigned encoding, std::string& out)
+{
+    if (text == nullptr) {
+        return false;
+    }
+    std::string converted(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(CFStringGetLength(text), encoding)) + 1,
+                          '\0');
+    if (!CFStringGetCString(text, converted.data(), static_cast<CFIndex>(converted.size()), encoding)) {
+        return false;
+    }
+    out = converted.c_str();
+    return true;
+}
+
+bool KVUStr::IsConvertible(const std::string& text, unsigned encoding)
+{
+    return tString(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), encoding)) != nullptr;
+}
+
 void KVUStr::CStr2UniChar(const char* text, char* out, int size, int& length)
 {
-    const CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8);
-    CErr::CheckNull(string, "static void KVUStr::CStr2UniChar(const char *, char *, int, int &)",
+    const tString string(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8));
+    CErr::CheckNull(string.get(), "static void KVUStr::CStr2UniChar(const char *, char *, int, int &)",
                     "Failed to create CFStringRef");
-    if (CFStringGetCString(string, out, size, kCFStringEncodingUnicode)) {
-        length = static_cast<int>(CFStringGetLength(string));
+    if (CFStringGetCString(string.get(), out, size, kCFStringEncodingUnicode)) {
+        length = static_cast<int>(CFStringGetLength(string.get()));
     } else {
         length = 0;
         if (size > 0) {
             out[0] = '\0';
         }
     }
-    CFRelease(string);
 }
 
 bool KVUStr::CStr2HFSUniStr(const char* text, HFSUniStr255* out)
 {
     out->length = 0;
-    const CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman);
-    if (string == nullptr) {
+    const tString string(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman));
+    if (!string) {
         return false;
     }
-    const bool fits = CFStringGetCString(string, reinterpret_cast<char*>(out->unicode), sizeof out->unicode,
+    const bool fits = CFStringGetCString(string.get(), reinterpret_cast<char*>(out->unicode), sizeof out->unicode,
                                          kCFStringEncodingUnicode) != 0;
     if (fits) {
-        out->length = static_cast<uint16_t>(CFStringGetLength(string));
+        out->length = static_cast<uint16_t>(CFStringGetLength(string.get()));
     }
-    CFRelease(string);
     return fits;
 }
 
 int KVUStr::CompareStrings(const char* a, const char* b)
 {
-    int result = 0;
-    const CFStringRef first = CreateString(a);
-    const CFStringRef second = CreateString(b);
-    if (first != nullptr && second != nullptr) {
-        result = static_cast<int>(CFStringCompare(first, second, 0));
-    }
-    if (first != nullptr) {
-        CFRelease(first);
-    }
-    if (second != nullptr) {
-        CFRelease(second);
-    }
-    return result;
+    const tString first = CreateString(a);
+    const tString second = CreateString(b);
+    return first && second ? static_cast<int>(CFStringCompare(first.get(), second.get(), 0)) : 0;
 }
 
 void KVUStr::CorrectCase(std::string& text)

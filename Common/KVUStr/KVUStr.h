@@ -61,6 +61,13 @@ public:
     ///         until the next call: it may lie in the one static buffer of all callers.
     static const char* GetCStrFromCFStr(CFStringRef text, unsigned encoding);
 
+    /// The text in an encoding of Core Foundation, of any length. @return false when it cannot be converted or there is
+    /// no string; `out` is then untouched
+    static bool GetText(CFStringRef text, unsigned encoding, std::string& out);
+
+    /// Whether a Core Foundation string can be made of a text in that encoding.
+    static bool IsConvertible(const std::string& text, unsigned encoding);
+
     /// UTF-8 as UTF-16 of host order without byte order mark. Malformed UTF-8 is fatal.
     /// @param out     destination of `size` bytes, terminated by one zero byte
     /// @param length  set to the number of UTF-16 units; 0, with an empty `out`, where they do not fit

@@ -2,7 +2,7 @@
 #include "Platform/Drawing.h"
 
 #include "Platform/Fonts.h"
-#include "Released.h"
+#include "Platform/Released.h"
 #include "TextPieces.h"
 
 #include <CoreGraphics/CoreGraphics.h>

@@ -1,6 +1,6 @@
 #include "Platform/Fonts.h"
 
-#include "Released.h"
+#include "Platform/Released.h"
 #include "TextPieces.h"
 
 #include <CoreText/CoreText.h>

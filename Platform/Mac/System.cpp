@@ -1,7 +1,7 @@
 #include "Platform/System.h"
 
 #include "Folders.h"
-#include "Released.h"
+#include "Platform/Released.h"
 
 #include <SystemConfiguration/SystemConfiguration.h>
 #include <algorithm>

@@ -2,31 +2,19 @@
 
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "CheckError/ULog.h"
+#include "KVUStr/KVUStr.h"
 #include "Platform/Fonts.h"
 #include "Platform/MacRoman.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
-namespace {
-/// Whether the bytes form a platform string in that encoding.
-bool IsConvertible(const std::string& text, CFStringEncoding encoding)
-{
-    CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), encoding);
-    if (string == nullptr) {
-        return false;
-    }
-    CFRelease(string);
-    return true;
-}
-} // namespace
-
 bool UTextComponentBoundsCalculator::GetCharacters(CTextBIG* text, std::string& characters)
 {
     characters = text->GetText();
-    if (IsConvertible(characters, kCFStringEncodingUTF8)) {
+    if (KVUStr::IsConvertible(characters, kCFStringEncodingUTF8)) {
         return true;
     }
-    if (!IsConvertible(characters, kCFStringEncodingMacRoman)) {
+    if (!KVUStr::IsConvertible(characters, kCFStringEncodingMacRoman)) {
         return false;
     }
     characters = Platform::MacRomanToUtf8(characters);

@@ -2,6 +2,7 @@
 
 #include "CheckError/CErr.h"
 #include "KVUPrefsValue/KVUPrefsValue.h"
+#include "Platform/Released.h"
 
 #include <new>
 
@@ -56,20 +57,12 @@ constexpr char kKeyDefaultLibraryName[] = "VLDefaultRSName";
 constexpr char kKeyStockFileName[] = "VLStockFileName";
 constexpr char kKeyFileFormat[] = "VLPrefsFileFormat";
 
-/// A key as a Core Foundation string, for as long as it lives.
-class CKey {
-public:
-    explicit CKey(const char* key) : mKey(CFStringCreateWithCString(kCFAllocatorDefault, key, kCFStringEncodingASCII))
-    {}
-    ~CKey() { CFRelease(mKey); }
-    CKey(const CKey&) = delete;
-    CKey& operator=(const CKey&) = delete;
-
-    operator CFStringRef() const { return mKey; }
-
-private:
-    CFStringRef mKey;
-};
+/// A key as a Core Foundation string.
+Platform::tReleased<CFStringRef> KeyOf(const char* key)
+{
+    return Platform::tReleased<CFStringRef>(
+        CFStringCreateWithCString(kCFAllocatorDefault, key, kCFStringEncodingASCII));
+}
 } // namespace
 
 CFStringRef CVLPreferences::GetIdentifier()
@@ -97,27 +90,27 @@ void CVLPreferences::Load()
 {
     const CFStringRef application = GetIdentifier();
     for (const tField<bool>& field : kSwitches) {
-        KVUPrefsValue::ReadValue(CKey(field.key), application, this->*field.member);
+        KVUPrefsValue::ReadValue(KeyOf(field.key).get(), application, this->*field.member);
     }
     for (const tField<int>& field : kNumbers) {
-        KVUPrefsValue::ReadValue(CKey(field.key), application, this->*field.member);
+        KVUPrefsValue::ReadValue(KeyOf(field.key).get(), application, this->*field.member);
     }
-    KVUPrefsValue::ReadValue(CKey(kKeyDefaultLibraryName), application, mDefaultLibraryName,
+    KVUPrefsValue::ReadValue(KeyOf(kKeyDefaultLibraryName).get(), application, mDefaultLibraryName,
                              sizeof mDefaultLibraryName);
-    KVUPrefsValue::ReadValue(CKey(kKeyStockFileName), application, mStockFileName, sizeof mStockFileName);
+    KVUPrefsValue::ReadValue(KeyOf(kKeyStockFileName).get(), application, mStockFileName, sizeof mStockFileName);
 }
 
 void CVLPreferences::Save() const
 {
     const CFStringRef application = GetIdentifier();
-    KVUPrefsValue::WriteValue(CKey(kKeyFileFormat), application, kFileFormat);
+    KVUPrefsValue::WriteValue(KeyOf(kKeyFileFormat).get(), application, kFileFormat);
     for (const tField<bool>& field : kSwitches) {
-        KVUPrefsValue::WriteValue(CKey(field.key), application, this->*field.member);
+        KVUPrefsValue::WriteValue(KeyOf(field.key).get(), application, this->*field.member);
     }
     for (const tField<int>& field : kNumbers) {
-        KVUPrefsValue::WriteValue(CKey(field.key), application, this->*field.member);
+        KVUPrefsValue::WriteValue(KeyOf(field.key).get(), application, this->*field.member);
     }
-    KVUPrefsValue::WriteValue(CKey(kKeyDefaultLibraryName), application, mDefaultLibraryName);
-    KVUPrefsValue::WriteValue(CKey(kKeyStockFileName), application, mStockFileName);
+    KVUPrefsValue::WriteValue(KeyOf(kKeyDefaultLibraryName).get(), application, mDefaultLibraryName);
+    KVUPrefsValue::WriteValue(KeyOf(kKeyStockFileName).get(), application, mStockFileName);
     KVUPrefsValue::SyncPrefs(application);
 }

@@ -4,6 +4,7 @@
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "KVUPath/KVUPath.h"
+#include "KVUStr/KVUStr.h"
 #include "Platform/MacRoman.h"
 #include "TrackLibraries/CRailSet.h"
 #include "TrackLibraries/CRailsetFolder.h"
@@ -28,12 +29,7 @@ constexpr int kFolderSize = 256;
 /// folder, only the latter serves.
 std::string FileSystemName(const std::string& name)
 {
-    const CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, name.c_str(), kCFStringEncodingUTF8);
-    if (string == nullptr) {
-        return Platform::MacRomanToUtf8(name);
-    }
-    CFRelease(string);
-    return name;
+    return KVUStr::IsConvertible(name, kCFStringEncodingUTF8) ? name : Platform::MacRomanToUtf8(name);
 }
 } // namespace
 

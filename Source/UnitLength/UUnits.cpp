@@ -3,6 +3,7 @@
 #include "CheckError/CErr.h"
 #include "KVUNum/KVUNum.h"
 #include "KVUStr/KVUStr.h"
+#include "Platform/Released.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -39,15 +40,14 @@ const tUnit* UnitOf(int code)
 void Localize(const char* text, char* localized)
 {
     KVUStr::strncpy(localized, text, kUnitSize);
-    const CFStringRef key = CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8);
-    if (key == nullptr) {
+    using tString = Platform::tReleased<CFStringRef>;
+    const tString key(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8));
+    if (!key) {
         return;
     }
-    const CFStringRef found = CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key, key, nullptr);
-    CFRelease(key);
-    if (found != nullptr) {
-        CFStringGetCString(found, localized, kUnitSize, kCFStringEncodingUTF8); // the key stays where it does not fit
-        CFRelease(found);
+    const tString found(CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key.get(), key.get(), nullptr));
+    if (found) { // the key stays where it does not fit
+        CFStringGetCString(found.get(), localized, kUnitSize, kCFStringEncodingUTF8);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "KVUPrefsValue/KVUPrefsValue.h"
+#include "Platform/Released.h"
 #include "Preferences/CVLPreferences.h"
 
 #include <gtest/gtest.h>
@@ -7,15 +8,11 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <string>
 
 namespace {
-struct tRelease {
-    void operator()(CFTypeRef object) const { CFRelease(object); }
-};
-using tHolder = std::unique_ptr<const void, tRelease>;
+using tHolder = Platform::tReleased<CFTypeRef>;
 using tStored = std::map<std::string, std::string>;
 
 // Every key with its default as other releases of the application find it: true or false, a number, or a text in
@@ -55,8 +52,8 @@ void Store(const std::string& key, const std::string& value)
     } else if (!value.empty() && value[0] == '\'') {
         object = MakeString(value.substr(1, value.size() - 2));
     } else if (!value.empty()) {
-        const int number = std::stoi(value);
-        object.reset(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &number));
+        const int64_t number = std::stoll(value);
+        object.reset(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &number));
     }
     CFPreferencesSetAppValue(static_cast<CFStringRef>(MakeString(key).get()), object.get(),
                              CVLPreferences::GetIdentifier());
@@ -137,12 +134,14 @@ TEST_F(CVLPreferencesStore, EveryOtherValueComesBackUnderItsKey)
 
 TEST_F(CVLPreferencesStore, LongTextsAreCutAndWrongTypesLeaveTheField)
 {
-    Store("VLStockFileName", "'" + std::string(500, 'x') + "'");
+    Store("VLStockFileName", "'" + std::string(5000, 'x') + "'");
     Store("VLUnits", "'4'");
+    Store("VLSnapLimit", "4294967300"); // its low 32 bits are 4
     Store("VLSoundsOn", "'x'");
     CVLPreferences preferences;
     EXPECT_EQ(preferences.mStockFileName, std::string(255, 'x'));
     EXPECT_EQ(preferences.mUnits, 2);
+    EXPECT_EQ(preferences.mSnapLimit, 135);
     EXPECT_TRUE(preferences.mSoundsOn);
     Store("VLStockFileName", "5");
     Store("VLDefaultRSName", "'\xE4\xB8\xAD'"); // no Mac OS Roman form
@@ -175,6 +174,11 @@ TEST(KVUPrefsValue, CharactersAndRawBytes)
     EXPECT_EQ(read[3], '#') << "cut to the capacity";
     EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read, sizeof read));
     EXPECT_EQ(memcmp(read, bytes, 5), 0);
+
+    memset(read, '#', sizeof read);
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read)) << "without a capacity: all bytes";
+    EXPECT_EQ(memcmp(read, bytes, 5), 0);
+    EXPECT_EQ(read[5], '#');
 
     char text[8] = "old";
     EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, text, sizeof text)) << "data is no text";

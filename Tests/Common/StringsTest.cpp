@@ -1,4 +1,5 @@
 #include "KVUStr/KVUStr.h"
+#include "Platform/Released.h"
 #include "Reports.h"
 
 #include <gtest/gtest.h>
@@ -10,10 +11,7 @@
 using testing::ExitedWithCode;
 
 namespace {
-struct tRelease {
-    void operator()(CFStringRef string) const { CFRelease(string); }
-};
-using tStringHolder = std::unique_ptr<const __CFString, tRelease>;
+using tStringHolder = Platform::tReleased<CFStringRef>;
 
 tStringHolder Make(const std::string& utf8)
 {

@@ -47,6 +47,8 @@ TEST(CBundle, AProgramThatIsNoBundleIsVelmora)
     ASSERT_TRUE(bundle.GetFSRefForFileNextToApp(program.filename().c_str(), file));
     EXPECT_EQ(fs::canonical(file.path), fs::canonical(program));
     EXPECT_FALSE(bundle.GetFSRefForFileNextToApp("no such file", file));
+    EXPECT_FALSE(bundle.GetFSRefForFileNextToApp(std::string(255, 'x').c_str(), file));
+    EXPECT_EXIT(bundle.GetFSRefForFileNextToApp("\xE4", file), ExitedWithCode(0), "CStr2UniChar");
     EXPECT_FALSE(bundle.GetFSRefForResource("no such", "txt", file));
 }
 

@@ -76,6 +76,7 @@ TEST(PlugIn, CountsReferencesDownToTheInstancesEnd)
         MDImporterInterfaceStruct** const importer = host.Importer();
         EXPECT_EQ(PlatformPlugInInstanceCount(factory), 1);
         EXPECT_EQ((*importer)->_reserved, nullptr);
+        EXPECT_DEATH((*importer)->AddRef = nullptr, "") << "the table is constant";
         EXPECT_EQ((*importer)->AddRef(importer), 2u);
 
         LPVOID unknown = nullptr;

@@ -1,6 +1,7 @@
 #include "Layers/CLayer.h"
 #include "Layouts/CLayout.h"
 #include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Platform/Released.h"
 #include "Reports.h"
 #include "Requests.h"
 #include "Texts.h"
@@ -14,25 +15,6 @@ static constexpr const char* kDescriptorFolder = "/proc/self/fd/";
 #else
 static constexpr const char* kDescriptorFolder = "/dev/fd/";
 #endif
-
-/// A Core Foundation object that is released at the end of the scope.
-template <typename tReference>
-class CHolder {
-public:
-    explicit CHolder(tReference reference) : mReference(reference) {}
-    ~CHolder()
-    {
-        if (mReference != nullptr) {
-            CFRelease(mReference);
-        }
-    }
-    CHolder(const CHolder&) = delete;
-    CHolder& operator=(const CHolder&) = delete;
-    tReference Get() const { return mReference; }
-
-private:
-    tReference mReference;
-};
 
 static void AddAttribute(tAnswer& answer, const std::string& key, CFTypeRef value)
 {
@@ -153,10 +135,10 @@ static tAnswer ExplainFailure(const std::string& path, int document)
 static bool CallImporter(const CPlugIn& plugIn, CFMutableDictionaryRef attributes, const std::string& contentType,
                          const std::string& path, bool& threw)
 {
-    const CHolder<CFStringRef> typeString(MakeString(contentType));
-    const CHolder<CFStringRef> pathString(MakeString(path));
+    const Platform::tReleased<CFStringRef> typeString(MakeString(contentType));
+    const Platform::tReleased<CFStringRef> pathString(MakeString(path));
     try {
-        return plugIn.Import(attributes, typeString.Get(), pathString.Get());
+        return plugIn.Import(attributes, typeString.get(), pathString.get());
     } catch (...) { // also what is not of C++
         threw = true;
         return false;
@@ -174,11 +156,11 @@ tAnswer AnswerImport(const CPlugIn& plugIn, const std::string& contentType, int 
         return MakeFailure(eFailure::kCrash, "the request came without its document");
     }
     const std::string path = PathOfDescriptor(document);
-    const CHolder<CFMutableDictionaryRef> attributes(CFDictionaryCreateMutable(
+    const Platform::tReleased<CFMutableDictionaryRef> attributes(CFDictionaryCreateMutable(
         kCFAllocatorDefault, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     bool threw = false;
-    if (CallImporter(plugIn, attributes.Get(), contentType, path, threw)) {
-        return ReadAttributes(attributes.Get());
+    if (CallImporter(plugIn, attributes.get(), contentType, path, threw)) {
+        return ReadAttributes(attributes.get());
     }
     if (threw) {
         return MakeFailure(eFailure::kCrash, "the plug-in raised an exception");

@@ -4,6 +4,7 @@
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CheckError/ULog.h"
 #include "Elements/Utilities/UElementVectorOperations.h"
+#include "KVUStr/KVUStr.h"
 #include "Platform/Fonts.h"
 #include "Platform/MacRoman.h"
 
@@ -17,17 +18,10 @@ namespace {
 constexpr char kFunction[] = "void CMissingLayoutFontsDoctor::RepairMissingFonts(vector<CCompositeGeometry *> &)";
 
 /// Whether a platform string can be made of the name: ASCII, else Mac OS Roman.
-bool IsConvertible(const char* name)
+bool IsConvertible(const std::string& name)
 {
-    CFStringRef string = CFStringCreateWithCString(kCFAllocatorDefault, name, kCFStringEncodingASCII);
-    if (string == nullptr) {
-        string = CFStringCreateWithCString(kCFAllocatorDefault, name, kCFStringEncodingMacRoman);
-    }
-    if (string == nullptr) {
-        return false;
-    }
-    CFRelease(string);
-    return true;
+    return KVUStr::IsConvertible(name, kCFStringEncodingASCII) ||
+           KVUStr::IsConvertible(name, kCFStringEncodingMacRoman);
 }
 } // namespace
 
@@ -53,7 +47,7 @@ void CMissingLayoutFontsDoctor::RepairMissingFonts(const std::vector<CCompositeG
             continue;
         }
         previous = &name;
-        if (!IsConvertible(name.c_str())) {
+        if (!IsConvertible(name)) {
             ULog::Warn("%s: Unable to check for font '%s'", kFunction, name.c_str());
         } else if (!Platform::IsFontInstalled(Platform::MacRomanToUtf8(name))) {
             mMissing.insert(name);

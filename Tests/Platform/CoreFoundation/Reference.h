@@ -1,19 +1,12 @@
 // Small helpers of the Core Foundation tests.
 #pragma once
 
-#include <CoreFoundation/CoreFoundation.h>
+#include "Platform/Released.h"
 
-#include <memory>
 #include <string>
-#include <type_traits>
 
-struct tReleaser {
-    void operator()(const void* object) const { CFRelease(object); }
-};
-
-/// Owns one reference, as the result of a Create or Copy function.
 template <typename T>
-using tOwned = std::unique_ptr<std::remove_pointer_t<T>, tReleaser>;
+using tOwned = Platform::tReleased<T>;
 
 inline tOwned<CFStringRef> Text(const std::string& utf8)
 {

@@ -1,7 +1,8 @@
-// Ownership of Core Foundation objects. For the macOS sources of Platform only.
+// Ownership of Core Foundation objects.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
+
 #include <memory>
 #include <type_traits>
 
