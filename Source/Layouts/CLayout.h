@@ -77,6 +77,7 @@ public:
     void SetAuthor(const char* author);
     void SetDesc(const char* description);
     void SetRevision(const char* revision);
+    /// Loading leaves the factor alone, whatever percentage the file has; saving stores 100 times the factor.
     void SetZoomFactor(double factor) { mZoomFactor = factor; }
     double GetZoomFactor() const { return mZoomFactor; }
     /// Sets the workspace and its bounds. @return true
@@ -101,7 +102,8 @@ public:
     // The lists. Whatever leaves the layout leaves its groups, the statistics and the register of joints with it; a
     // group that is left without members goes too.
 
-    /// Appends an element, which the layout owns from then on, at the price that its article has in this layout.
+    /// Appends an element, which the layout owns from then on, at the price that its article has in this layout. Joints
+    /// are not snapped.
     void AddItem(CCompositeGeometry* element);
     /// Takes an element out; the caller owns it then. @return false when it is not in the list
     bool RemoveItem(CCompositeGeometry* element);
@@ -148,6 +150,7 @@ private:
     /// Sizes of the texts with their zeros.
     static constexpr size_t kPrivateAuthorSize = 256;
 
+    void AddItem(CCompositeGeometry* element, bool takePrice);
     /// Takes elements that leave out of statistics, groups and the register of joints; all of them are in the list.
     void Forget(const std::unordered_set<CCompositeGeometry*>& leaving);
     void RegisterJoints(const std::vector<CCompositeGeometry*>& elements);

@@ -149,9 +149,7 @@ bool CLayout::ReadLayoutParameter(FILE* file, int version, int& elementCount)
     records.Read(kKeyGridSpacing, mGridSpacing);
     records.Read(kKeySetting415, mSetting415);
     records.Read(kKeyShowGrid, mShowGrid);
-    if (records.Read(kKeyZoomPercent, mZoomPercent)) {
-        mZoomFactor = mZoomPercent / 100.0;
-    }
+    records.Read(kKeyZoomPercent, mZoomPercent);
     records.Read(kKeyWidth, mWidth);
     records.Read(kKeyHeight, mHeight);
     ReadStructure(records, kKeyColor, mColor);

@@ -30,9 +30,19 @@ void DestroyAll(std::vector<tItem*>& items, const char* function, const char* me
 
 void CLayout::AddItem(CCompositeGeometry* element)
 {
-    UPriceManager::UpdateElementPriceToMatchLayoutPricing(this, element);
+    AddItem(element, true);
+}
+
+void CLayout::AddItem(CCompositeGeometry* element, bool takePrice)
+{
+    if (takePrice) {
+        UPriceManager::UpdateElementPriceToMatchLayoutPricing(this, element);
+    }
     mElements.push_back(element);
     mStatistics->ElementAdded(element);
+    if (mJointsConnected) {
+        RegisterJoints({element});
+    }
 }
 
 bool CLayout::RemoveItem(CCompositeGeometry* element)
@@ -107,17 +117,10 @@ void CLayout::InsertItemVec(std::vector<CCompositeGeometry*>& elements, bool sel
         }
     }
     BOOST_FOREACH(CCompositeGeometry* element, elements) {
-        if (takePrices) {
-            UPriceManager::UpdateElementPriceToMatchLayoutPricing(this, element);
-        }
-        mElements.push_back(element);
-        mStatistics->ElementAdded(element);
+        AddItem(element, takePrices);
         if (select) {
             element->Select();
         }
-    }
-    if (mJointsConnected) {
-        RegisterJoints(elements);
     }
     CLayoutJointsManager::SnapCloseJoints();
 }

@@ -7,24 +7,17 @@
 #include <boost/foreach.hpp>
 
 #include <algorithm>
+#include <iterator>
 
 CGroup::CGroup(CGroupsManager* manager) : mManager(manager) {}
 
 CGroup::~CGroup()
 {
-    BOOST_FOREACH(CCompositeGeometry* element, mItems) {
-        if (mManager->IsInGroup(element)) { // the element itself may be gone by now
-            mManager->Ungroup(element);
-        }
+    ClearParentGroup();
+    while (!mChildren.empty()) {
+        mChildren.front()->ClearParentGroup();
     }
-    if (mHolder != nullptr) {
-        mHolder->Detach(this);
-    }
-    for (CGroup* sub : GetMemberGroupsVec()) {
-        sub->mHolder = nullptr;
-        sub->ClearParentGroup();
-    }
-    mManager->RemoveGroup(this);
+    mManager->ForgetGroup(this);
 }
 
 void CGroup::AddMember(CCompositeGeometry* element)
@@ -40,61 +33,23 @@ void CGroup::AddMember(CCompositeGeometry* element)
 
 void CGroup::AddMember(CGroup* sub)
 {
-    if (sub == this || IsMember(sub)) {
-        return;
+    sub->SetParentGroup(this);
+    if (sub->mParent == this && !sub->mIsListed) {
+        sub->mIsListed = true;
+        mChildren.splice(mChildren.end(), mChildren, sub->mPlace);
+        mMembersAreCurrent = false;
     }
-    if (sub->IsMember(this)) {
-        ULog::Warn("%s: Group contains the group it should become a member of", "void CGroup::AddMember(CGroup *)");
-        return;
-    }
-    if (sub->mHolder != nullptr) {
-        ULog::Warn("%s: Parent group already assigned!", "void CGroup::AddMember(CGroup *)");
-        return;
-    }
-    Attach(sub);
-}
-
-void CGroup::Attach(CGroup* sub)
-{
-    sub->mHolder = this;
-    sub->mIndexInHolder = mGroups.size();
-    mGroups.push_back(sub);
-    if (sub->mParent == nullptr) {
-        sub->mParent = this;
-    } else if (sub->mParent != this) {
-        ULog::Warn("%s: Parent group already assigned!", "void CGroup::SetParentGroup(CGroup *)");
-    }
-}
-
-void CGroup::Detach(CGroup* sub)
-{
-    mGroups[sub->mIndexInHolder] = nullptr;
-    sub->mHolder = nullptr;
-    ++mNumRemoved;
-    if (mNumRemoved > mGroups.size() / 2) {
-        Compact();
-    }
-}
-
-void CGroup::Compact() const
-{
-    size_t kept = 0;
-    for (CGroup* sub : mGroups) {
-        if (sub != nullptr) {
-            sub->mIndexInHolder = kept;
-            mGroups[kept++] = sub;
-        }
-    }
-    mGroups.resize(kept);
-    mNumRemoved = 0;
 }
 
 const std::vector<CGroup*>& CGroup::GetMemberGroupsVec() const
 {
-    if (mNumRemoved > 0) {
-        Compact();
+    if (!mMembersAreCurrent) {
+        mMembers.clear();
+        std::copy_if(mChildren.begin(), mChildren.end(), std::back_inserter(mMembers),
+                     [](const CGroup* child) { return child->mIsListed; });
+        mMembersAreCurrent = true;
     }
-    return mGroups;
+    return mMembers;
 }
 
 void CGroup::AddMembers(const std::vector<CCompositeGeometry*>& elements)
@@ -108,7 +63,7 @@ void CGroup::AddMembers(const std::vector<CCompositeGeometry*>& elements)
         if (root == nullptr) {
             ULog::Warn("%s: Inconsistency detected - no super group found for %s",
                        "void CGroup::AddMembers(vector<CCompositeGeometry *> &)", element->GetName());
-        } else {
+        } else if (root != this) { // into which an element before it may have brought it
             AddMember(root);
         }
     }
@@ -116,8 +71,9 @@ void CGroup::AddMembers(const std::vector<CCompositeGeometry*>& elements)
 
 void CGroup::RemoveMember(CGroup* sub)
 {
-    if (sub->mHolder == this) {
-        Detach(sub);
+    if (sub->mParent == this) {
+        sub->mIsListed = false;
+        mMembersAreCurrent = false;
     }
 }
 
@@ -132,12 +88,10 @@ void CGroup::RemoveMember(CCompositeGeometry* element)
 bool CGroup::IsMember(const CGroup* sub) const
 {
     // Up from the one, not down through all members: a group stands in one list only.
-    for (const CGroup* holder = sub->mHolder; holder != nullptr; holder = holder->mHolder) {
-        if (holder == this) {
-            return true;
-        }
+    while (sub->mIsListed && sub->mParent != this) {
+        sub = sub->mParent;
     }
-    return false;
+    return sub->mIsListed;
 }
 
 void CGroup::SetParentGroup(CGroup* parent)
@@ -150,25 +104,45 @@ void CGroup::SetParentGroup(CGroup* parent)
         ULog::Warn("%s: Parent group already assigned!", kFunction);
         return;
     }
-    // A group without members can be nobody's ancestor; deep nests are built from the outside in.
-    if (!mGroups.empty() || parent == this) {
-        for (const CGroup* ancestor = parent; ancestor != nullptr; ancestor = ancestor->mParent) {
-            if (ancestor == this) {
-                ULog::Warn("%s: Group contains its parent", kFunction);
-                return;
-            }
-        }
+    CGroup* root = parent->GetRootGroup();
+    if (root == this) { // what has no parent contains those groups of which it is the root
+        ULog::Warn("%s: Group contains its parent", kFunction);
+        return;
     }
     mParent = parent;
+    mPlace = parent->mChildren.insert(parent->mChildren.end(), this);
+    RememberRoot(root);
+}
+
+void CGroup::ClearParentGroup()
+{
+    if (mParent != nullptr) {
+        mParent->mChildren.erase(mPlace);
+        mParent->mMembersAreCurrent = false;
+        mParent = nullptr;
+        mIsListed = false;
+        ++sNumCuts;
+    }
 }
 
 CGroup* CGroup::GetRootGroup()
 {
     CGroup* root = this;
     while (root->mParent != nullptr) {
-        root = root->mParent;
+        root = root->GetKnownAncestor();
+    }
+    for (CGroup* group = this; group != root;) {
+        CGroup* next = group->GetKnownAncestor();
+        group->RememberRoot(root);
+        group = next;
     }
     return root;
+}
+
+void CGroup::RememberRoot(CGroup* root)
+{
+    mAncestor = root;
+    mNumCutsThen = sNumCuts;
 }
 
 void CGroup::GetAllMemberItems(std::vector<CCompositeGeometry*>& out) const

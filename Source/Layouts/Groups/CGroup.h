@@ -2,42 +2,50 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <list>
 #include <vector>
 
 class CCompositeGeometry;
 class CGroupsManager;
 
 /// Elements and groups that are selected and moved together. Refers to its members and its parent without owning them.
-/// A group is a member of at most one other, and never of one inside itself, so groups form trees.
+///
+/// A group has at most one parent and never lies inside itself, so groups form trees. A parent lists its members; a
+/// group can also have a parent that does not list it, as documents may say. Either ends with any of the two groups.
 class CGroup {
 public:
     /// @param manager  where membership is registered; not owned, outlives the group
     explicit CGroup(CGroupsManager* manager);
-    /// Its elements become ungrouped, its member groups top-level; nothing else is deleted.
+    /// Its elements become ungrouped, the groups whose parent it is top-level; nothing else is deleted.
     ~CGroup();
     CGroup(const CGroup&) = delete;
     CGroup& operator=(const CGroup&) = delete;
 
     /// Adds an element, unless it is grouped already.
     void AddMember(CCompositeGeometry* element);
-    /// Adds a group, unless it is a member at any depth, this group itself, one that this group lies in, or a member of
-    /// another group.
+    /// Becomes the group's parent, if SetParentGroup allows it, and lists it as the last member. Does nothing to one
+    /// that is listed.
     void AddMember(CGroup* sub);
     /// Adds elements; of one that is grouped already the root of its groups is added instead.
     void AddMembers(const std::vector<CCompositeGeometry*>& elements);
-    /// Takes the group out of the list of members; its parent stays set.
+    /// Takes the group out of the list of members; this stays its parent.
     void RemoveMember(CGroup* sub);
     /// Takes the first occurrence of the element out of the list of members; the registry keeps it.
     void RemoveMember(CCompositeGeometry* element);
-    /// True when the group is a member at any depth.
+    /// True when the group is listed here or, at any depth, by one that is.
     bool IsMember(const CGroup* sub) const;
-    bool IsEmpty() const { return mItems.empty() && mGroups.size() == mNumRemoved; }
+    /// No elements, and no group's parent.
+    bool IsEmpty() const { return mItems.empty() && mChildren.empty(); }
 
-    /// Sets the parent, unless another one is set or the parent lies inside this group.
+    /// The one way in which groups are linked. Sets the parent, which does not list this group for that; with a warning
+    /// it stays as it was when another one is set or the new one lies inside this group.
     void SetParentGroup(CGroup* parent);
-    void ClearParentGroup() { mParent = nullptr; }
+    /// Makes the group top-level; its parent does not list it any more.
+    void ClearParentGroup();
     CGroup* GetParentGroup() const { return mParent; }
-    /// The group without a parent at the top of this one's tree.
+    /// The group without a parent at the top of this one's tree. However deep the tree, asking for all its groups takes
+    /// time in proportion to them, as long as no link is taken away.
     CGroup* GetRootGroup();
 
     /// Appends the elements of this group, then those of its member groups, in order and depth first.
@@ -46,22 +54,25 @@ public:
     const std::vector<CGroup*>& GetMemberGroupsVec() const;
 
 private:
+    friend class CGroupsManager;
     friend class UGroups;
 
-    /// Appends a group that is known to be no member of any other and not to contain this one, and sets its parent,
-    /// which stays the one it has if that is another.
-    void Attach(CGroup* sub);
-    /// Takes a member group out without moving the others.
-    void Detach(CGroup* sub);
-    void Compact() const;
+    /// The highest group above this one that is known without asking the next: its parent at least.
+    CGroup* GetKnownAncestor() const { return mNumCutsThen == sNumCuts ? mAncestor : mParent; }
+    void RememberRoot(CGroup* root);
 
     std::vector<CCompositeGeometry*> mItems;
-    /// Members, null where one was taken out: so that deleting many members one by one, first to last, costs no more
-    /// than each of them. Closed up when the list is asked for or half empty.
-    mutable std::vector<CGroup*> mGroups;
-    mutable size_t mNumRemoved = 0;
+    std::list<CGroup*> mChildren; ///< whose parent this is; those listed in the order in which they became members
+    mutable std::vector<CGroup*> mMembers; ///< the children that are listed, once somebody asked for them
+    mutable bool mMembersAreCurrent = true;
     CGroup* mParent = nullptr;
+    std::list<CGroup*>::iterator mPlace; ///< among the parent's children, when there is a parent
+    bool mIsListed = false;              ///< by the parent
     CGroupsManager* mManager;
-    CGroup* mHolder = nullptr;         ///< in whose list of members this group stands
-    mutable size_t mIndexInHolder = 0; ///< and where
+    size_t mNumRecords = 0; ///< elements that the registry has in this group; listed or not
+
+    // Links that are added leave an ancestor one; a link that is taken away, anywhere, makes all forget what they knew.
+    CGroup* mAncestor = nullptr;
+    uint64_t mNumCutsThen = UINT64_MAX;
+    static inline uint64_t sNumCuts = 0; ///< links taken away so far
 };

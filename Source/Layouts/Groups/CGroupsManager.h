@@ -10,7 +10,7 @@ class CGroup;
 /// Knows the groups of a layout and which group holds each element directly. Owns neither.
 class CGroupsManager {
 public:
-    /// A new group of this registry; the caller owns it.
+    /// A new group of this registry, which the caller owns; null when there is no memory for one.
     CGroup* CreateGroup();
     void RemoveGroup(CGroup* group) { mGroups.erase(group); }
     /// Records who holds the element; an older record stays, with a warning.
@@ -25,6 +25,11 @@ public:
     const std::set<CGroup*>& GetGroups() const { return mGroups; }
 
 private:
+    friend class CGroup;
+
+    /// Removes a group that dies, with all records that lead to it.
+    void ForgetGroup(CGroup* group);
+
     std::set<CGroup*> mGroups;
     std::map<CCompositeGeometry*, CGroup*> mMembership;
 };

@@ -13,12 +13,18 @@
 #include <algorithm>
 #include <cstdint>
 #include <new>
-#include <numeric>
 #include <unordered_map>
 
 namespace {
 constexpr char kDeserialize[] = "static void UGroups::DeserializeGroups(CGroupsManager *, vector<CGroup *> &, "
                                 "vector<CCompositeGeometry *> &, vector<int> &)";
+
+CGroup* MakeGroup(CGroupsManager* manager, const char* function)
+{
+    CGroup* group = manager->CreateGroup();
+    CErr::CheckNull(group, function, "Failed to create new group");
+    return group;
+}
 
 /// Reads the list form and builds the groups in two passes.
 class CGroupsReader {
@@ -33,9 +39,10 @@ public:
     {
         int64_t position = 0;
         const int count = Next(position);
-        for (int i = 0; i < count && position < Size(); ++i) {
+        int i = 0;
+        for (; i < count && position < Size(); ++i) {
             const int parent = Next(position);
-            CGroup* group = mManager->CreateGroup();
+            CGroup* group = MakeGroup(mManager, kDeserialize);
             mGroups.push_back(group);
             const tRange elements = NextRange(position);
             for (int64_t at = elements.begin; at < elements.end; ++at) {
@@ -48,6 +55,7 @@ public:
             }
             mClaims.push_back({parent, NextRange(position)});
         }
+        position += kSmallestEntry * std::max(count - i, 0); // of the groups that are not there
         if (position != Size()) {
             ULog::Warn("%s: Expected index doesn't match size of deserialized groups (current: %d, expected: %d)",
                        kDeserialize, static_cast<int>(std::min<int64_t>(position, INT32_MAX)),
@@ -55,46 +63,27 @@ public:
         }
     }
 
-    /// Second pass: a group enters the list of members that names it, unless it names another parent itself; one that
-    /// only names its parent enters that one's list last.
-    template <typename tAttach>
-    void LinkGroups(tAttach attach)
+    /// Second pass: group by group, the parent that it names, then the members that it lists. What contradicts a link
+    /// made before is refused by the groups.
+    void LinkGroups()
     {
-        mTree.resize(mGroups.size());
-        std::iota(mTree.begin(), mTree.end(), size_t{0});
-        mParents.assign(mGroups.size(), kNoParent);
-        for (size_t group = 0; group < mGroups.size(); ++group) {
-            tClaim& claim = mClaims[group];
-            if (claim.parent >= 0 && (!IsGroup(claim.parent) || static_cast<size_t>(claim.parent) == group)) {
-                ULog::Warn("%s: No parent group with index %d", kDeserialize, claim.parent);
-                claim.parent = kNoParent;
+        for (size_t i = 0; i < mGroups.size(); ++i) {
+            const auto [parent, members] = mClaims[i];
+            if (parent >= 0) {
+                if (CGroup* group = GroupAt(parent)) {
+                    mGroups[i]->SetParentGroup(group);
+                }
             }
-        }
-        for (size_t group = 0; group < mGroups.size(); ++group) {
-            const tRange members = mClaims[group].members;
             for (int64_t at = members.begin; at < members.end; ++at) {
-                const int member = mList[static_cast<size_t>(at)];
-                if (!IsGroup(member)) {
-                    ULog::Warn("%s: No group with index %d", kDeserialize, member);
-                    continue;
+                if (CGroup* group = GroupAt(mList[static_cast<size_t>(at)])) {
+                    mGroups[i]->AddMember(group);
                 }
-                const int claimed = mClaims[static_cast<size_t>(member)].parent;
-                if (claimed >= 0 && static_cast<size_t>(claimed) != group) {
-                    ULog::Warn("%s: Parent group already assigned!", kDeserialize);
-                    continue;
-                }
-                Link(group, static_cast<size_t>(member), attach);
-            }
-        }
-        for (size_t group = 0; group < mGroups.size(); ++group) {
-            if (mClaims[group].parent >= 0) {
-                Link(static_cast<size_t>(mClaims[group].parent), group, attach);
             }
         }
     }
 
 private:
-    static constexpr int kNoParent = -1;
+    static constexpr int64_t kSmallestEntry = 3; ///< parent and two counts
     struct tRange {
         int64_t begin;
         int64_t end;
@@ -105,7 +94,16 @@ private:
     };
 
     int64_t Size() const { return static_cast<int64_t>(mList.size()); }
-    bool IsGroup(int index) const { return index >= 0 && static_cast<size_t>(index) < mGroups.size(); }
+
+    /// Null, with a warning, for an index outside the list.
+    CGroup* GroupAt(int index) const
+    {
+        if (index < 0 || static_cast<size_t>(index) >= mGroups.size()) {
+            ULog::Warn("%s: No group with index %d", kDeserialize, index);
+            return nullptr;
+        }
+        return mGroups[static_cast<size_t>(index)];
+    }
 
     /// The next integer; 0 behind the end, which counts as read.
     int Next(int64_t& position) const
@@ -124,40 +122,11 @@ private:
         return range;
     }
 
-    size_t Root(size_t group)
-    {
-        while (mTree[group] != group) {
-            mTree[group] = mTree[mTree[group]];
-            group = mTree[group];
-        }
-        return group;
-    }
-
-    template <typename tAttach>
-    void Link(size_t parent, size_t member, tAttach attach)
-    {
-        int64_t& known = mParents[member];
-        if (known == static_cast<int64_t>(parent)) {
-            return;
-        }
-        // A group without a parent is the root of its tree: it must not be that of the parent as well.
-        if (known != kNoParent || Root(parent) == Root(member)) {
-            ULog::Warn("%s: Group %d cannot be a member of group %d", kDeserialize, static_cast<int>(member),
-                       static_cast<int>(parent));
-            return;
-        }
-        mTree[Root(member)] = Root(parent);
-        known = static_cast<int64_t>(parent);
-        attach(mGroups[parent], mGroups[member]);
-    }
-
     CGroupsManager* mManager;
     UGroups::tGroups& mGroups;
     const UGroups::tElements& mElements;
     const std::vector<int>& mList;
     std::vector<tClaim> mClaims;
-    std::vector<size_t> mTree; ///< disjoint sets: the groups of one tree so far
-    std::vector<int64_t> mParents;
 };
 } // namespace
 
@@ -169,8 +138,7 @@ CGroup* UGroups::NewGroupFromElementVector(CLayout* layout, const tElements& ele
         ULog::Warn("%s: Not enough elements to create group (%d)", kFunction, static_cast<int>(elements.size()));
         return nullptr;
     }
-    CGroup* group = layout->GetGroupsManager()->CreateGroup();
-    CErr::CheckNull(group, kFunction, "Failed to create new group");
+    CGroup* group = MakeGroup(layout->GetGroupsManager(), kFunction);
     layout->AddGroup(group);
     group->AddMembers(elements);
     return group;
@@ -220,7 +188,7 @@ void UGroups::DeserializeGroups(CGroupsManager* manager, tGroups& groups, const 
     }
     CGroupsReader reader(manager, groups, elements, list);
     reader.MakeGroups();
-    reader.LinkGroups([](CGroup* parent, CGroup* member) { parent->Attach(member); });
+    reader.LinkGroups();
 }
 
 UGroups::Byte* UGroups::GroupVectorToRawMem(const tGroups& groups, const tElements& elements, size_t& size)
@@ -306,33 +274,50 @@ void UGroups::GetGroupsInElementVector(const CGroupsManager* manager, const tEle
 void UGroups::CloneGroupings(CGroupsManager* manager, const tElements& sources, const tElements& copies,
                              tGroups& groups)
 {
+    static constexpr char kFunction[] = "static void UGroups::CloneGroupings(CGroupsManager *, "
+                                        "vector<CCompositeGeometry *> &, vector<CCompositeGeometry *> &, "
+                                        "vector<CGroup *> &)";
     std::unordered_map<const CCompositeGeometry*, CCompositeGeometry*> copyOf;
     for (size_t i = 0; i < sources.size() && i < copies.size(); ++i) {
         copyOf.emplace(sources[i], copies[i]);
     }
     tGroups originals;
     GetGroupsInElementVector(manager, sources, originals);
-    std::unordered_map<const CGroup*, CGroup*> cloneOf;
-    BOOST_FOREACH(const CGroup* original, originals) {
-        CGroup* clone = manager->CreateGroup();
-        cloneOf.emplace(original, clone);
-        groups.push_back(clone);
-        BOOST_FOREACH(CCompositeGeometry* item, original->GetMemberItemsVec()) {
+    // From the inside out, so that what is left of the groups inside is known. Where that is one thing only, it stands
+    // for its group in the one around.
+    struct tThing {
+        CCompositeGeometry* element;
+        CGroup* group;
+    };
+    std::unordered_map<const CGroup*, tThing> thingOf;
+    tGroups clones;
+    for (size_t i = originals.size(); i-- > 0;) {
+        std::vector<tThing> things;
+        BOOST_FOREACH(CCompositeGeometry* item, originals[i]->mItems) {
             const auto copy = copyOf.find(item);
             if (copy != copyOf.end()) {
-                clone->AddMember(copy->second);
+                things.push_back({copy->second, nullptr});
             }
         }
-    }
-    // Members in the order of the original's list, of those that were cloned.
-    BOOST_FOREACH(const CGroup* original, originals) {
-        BOOST_FOREACH(const CGroup* member, original->GetMemberGroupsVec()) {
-            const auto clone = cloneOf.find(member);
-            if (clone != cloneOf.end()) {
-                cloneOf[original]->Attach(clone->second);
+        for (const CGroup* child : originals[i]->mChildren) {
+            const auto thing = thingOf.find(child);
+            if (thing != thingOf.end()) {
+                things.push_back(thing->second);
             }
         }
+        if (things.size() > 1) {
+            CGroup* clone = MakeGroup(manager, kFunction);
+            for (const tThing& thing : things) {
+                thing.group != nullptr ? clone->AddMember(thing.group) : clone->AddMember(thing.element);
+            }
+            clones.push_back(clone);
+            things = {{nullptr, clone}};
+        }
+        if (!things.empty()) {
+            thingOf.emplace(originals[i], things.front());
+        }
     }
+    groups.insert(groups.end(), clones.rbegin(), clones.rend());
 }
 
 void UGroups::RemoveElements(CGroupsManager* manager, const std::unordered_set<CCompositeGeometry*>& elements,
@@ -354,13 +339,10 @@ void UGroups::RemoveElements(CGroupsManager* manager, const std::unordered_set<C
     std::unordered_set<const CGroup*> left;
     for (CGroup* group : touched) {
         while (group != nullptr && group->IsEmpty() && left.insert(group).second) {
-            CGroup* holder = group->mHolder;
+            CGroup* parent = group->GetParentGroup();
             emptied.push_back(group);
-            if (holder != nullptr) {
-                holder->Detach(group);
-            }
             group->ClearParentGroup();
-            group = holder;
+            group = parent;
         }
     }
 }

@@ -28,9 +28,10 @@ public:
     /// Replaces `out` by the list form. Members that are not among `groups` and `elements` are left out.
     static void SerializeGroups(const tGroups& groups, const tElements& elements, std::vector<int>& out);
     /// Replaces `groups` (whose old groups are not deleted) by new groups made from a list, owned by the caller.
-    /// Whatever a list claims, the result is a forest: indices out of range, elements grouped twice, second parents,
-    /// groups inside themselves and counts beyond the list are skipped with a warning. Linear in the list, whatever the
-    /// depth.
+    /// Links are taken group by group: first the parent that it names, which does not list it for that, then the
+    /// members that it lists. Whatever a list claims, the result is a forest: indices out of range, elements grouped
+    /// twice, links that contradict one made before or close a circle, and counts beyond the list are skipped with a
+    /// warning. Linear in the list, whatever the depth.
     static void DeserializeGroups(CGroupsManager* manager, tGroups& groups, const tElements& elements,
                                   const std::vector<int>& list);
     /// The groups in list form as a block for the clipboard: the number of integers (int) and the integers, host byte
@@ -51,14 +52,14 @@ public:
     static void UngroupGroupsInSelection(CLayout* layout);
     /// Appends every group that holds one of the elements at any depth, each once, a group before those inside it.
     static void GetGroupsInElementVector(const CGroupsManager* manager, const tElements& elements, tGroups& groups);
-    /// Groups `copies`, which correspond to `sources` one by one, as these are grouped, as far as they are.
+    /// Groups `copies`, which correspond to `sources` one by one, as these are grouped. Of a group in which one copied
+    /// element or group remains, only that one is left, in the group around or on its own.
     /// @param groups  the new groups are appended; the caller owns them
     static void CloneGroupings(CGroupsManager* manager, const tElements& sources, const tElements& copies,
                                tGroups& groups);
     /// Takes elements out of their groups.
-    /// @param emptied  receives the groups without members that this leaves; they are members of no group any more and
-    /// belong
-    ///                 to whoever owned them
+    /// @param emptied  receives the groups without members that this leaves; they have no parent any more and belong to
+    ///                 whoever owned them
     static void RemoveElements(CGroupsManager* manager, const std::unordered_set<CCompositeGeometry*>& elements,
                                tGroups& emptied);
     /// @return the group's index, or -1

@@ -32,13 +32,13 @@ tLayout SmallLayout(int version)
     return layout;
 }
 
-/// What differs between two runs of the settings' records, as "key" texts; dates and private author left out.
+/// What differs between two runs of the settings' records, as "key" texts; dates, private author and zoom left out.
 std::vector<int> ChangedSettings(const CRecords& expected, const CRecords& saved)
 {
     std::vector<int> changed;
     for (int key = 400; key <= 430; ++key) {
         const bool ofLayout = key == 423 || key == 424 || key == 425;
-        if (!ofLayout && key != 401 && key != 403 && expected.DataOf(key) != saved.DataOf(key)) {
+        if (!ofLayout && key != 401 && key != 403 && key != 417 && expected.DataOf(key) != saved.DataOf(key)) {
             changed.push_back(key);
         }
     }

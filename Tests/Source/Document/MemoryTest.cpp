@@ -1,4 +1,6 @@
 // How much memory a hostile document can claim. A program of its own: it counts what operator new hands out.
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "Layouts/Groups/UGroups.h"
 #include "TestLayout.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +14,7 @@
 namespace {
 size_t sNow = 0;
 size_t sPeak = 0;
+bool sIsExhausted = false;
 
 void* Allocate(size_t size)
 {
@@ -41,7 +44,7 @@ void* operator new(size_t size)
 }
 void* operator new(size_t size, const std::nothrow_t&) noexcept
 {
-    return Allocate(size);
+    return sIsExhausted ? nullptr : Allocate(size);
 }
 void* operator new[](size_t size)
 {
@@ -282,4 +285,14 @@ TEST(Memory, CountsAloneClaimNothing)
                       "abc")
                   .peak,
               kLittle);
+}
+
+TEST(MemoryDeathTest, AGroupForWhichThereIsNoMemoryIsReported)
+{
+    CTestLayout layout;
+    layout.AddItem(new CCompositeGeometry);
+    layout.AddItem(new CCompositeGeometry);
+    EXPECT_EXIT(sIsExhausted = true; UGroups::NewGroupFromElementVector(&layout, layout.GetElements()),
+                                     testing::ExitedWithCode(0),
+                                     "NewGroupFromElementVector.*(\n.*)*Failed to create new group");
 }

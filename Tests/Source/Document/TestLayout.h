@@ -9,6 +9,9 @@
 #include "support/DocumentBuilder.h"
 #include "support/ScratchFile.h"
 
+#include <algorithm>
+#include <iterator>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -47,27 +50,21 @@ private:
     CVLLayerNameResolver mResolver;
 };
 
-/// True when every group stands in at most one list of members, is the parent of what its list holds and is reached
-/// from exactly one root: no cycles, no second parents.
+/// True when every group is reached from one without a parent, exactly once, and lists only groups whose parent it is.
 inline bool IsForest(const std::vector<CGroup*>& groups)
 {
-    std::vector<const CGroup*> pending;
+    std::multimap<const CGroup*, const CGroup*> children;
     for (const CGroup* group : groups) {
-        if (group->GetParentGroup() == nullptr) {
-            pending.push_back(group);
-        }
+        children.emplace(group->GetParentGroup(), group);
     }
-    size_t reached = 0;
-    while (!pending.empty() && reached <= groups.size()) {
-        const CGroup* group = pending.back();
-        pending.pop_back();
-        ++reached;
-        for (const CGroup* member : group->GetMemberGroupsVec()) {
-            if (member->GetParentGroup() != group) {
-                return false;
-            }
-            pending.push_back(member);
-        }
+    std::vector<const CGroup*> pending = {nullptr};
+    for (size_t i = 0; i < pending.size(); ++i) {
+        const auto [begin, end] = children.equal_range(pending[i]);
+        std::transform(begin, end, std::back_inserter(pending), [](const auto& child) { return child.second; });
     }
-    return pending.empty() && reached == groups.size();
+    return pending.size() == groups.size() + 1 && std::all_of(groups.begin(), groups.end(), [](const CGroup* group) {
+               const std::vector<CGroup*>& members = group->GetMemberGroupsVec();
+               return std::all_of(members.begin(), members.end(),
+                                  [group](const CGroup* member) { return member->GetParentGroup() == group; });
+           });
 }

@@ -298,12 +298,15 @@ TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsCon
 TEST(CLayoutLists, NeighboursConnectWhenJointsAreConnectedAndLetGoWhenOneLeaves)
 {
     CLayout layout;
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < 2; ++i) {
         layout.AddItem(MakeStraight(1, i));
     }
     CLayoutJointsManager* manager = CLayoutJointsManager::Instance();
     EXPECT_TRUE(manager->IsEmpty());
     layout.ConnectJoints();
+    EXPECT_EQ(manager->GetNumberOfSnappedJoints(), 2);
+    layout.AddItem(MakeStraight(1, 2));
+    CLayoutJointsManager::SnapCloseJoints();
     EXPECT_EQ(manager->GetNumberOfSnappedJoints(), 4);
     CCompositeGeometry* last = layout.GetElements().back();
     ASSERT_TRUE(layout.DeleteItem(layout.GetElements()[1]));
@@ -333,27 +336,30 @@ TEST(UGroups, CopiesAndClipboardKeepTheGroupingOfWhatIsCopied)
     UGroups::GetGroupsInElementVector(layout.GetGroupsManager(), {all[5], all[1]}, found);
     EXPECT_EQ(found, (std::vector<CGroup*>{outer, inner}));
 
-    // Of the inner group only one element is copied.
     CLayout other;
     for (int i = 0; i < 2; ++i) {
         other.AddItem(MakeStraight(i, i));
     }
-    std::vector<CGroup*> clones;
-    {
-        CLayout copiesLayout;
-        for (int i = 0; i < 2; ++i) {
-            copiesLayout.AddItem(MakeStraight(i, i));
+    // What is copied out of the groups is grouped as far as there are two things to group.
+    const struct {
+        std::vector<CCompositeGeometry*> sources;
+        std::vector<int> list;
+    } cases[] = {{{all[0]}, {}},
+                 {{all[0], all[5]}, {}},
+                 {{all[0], all[2]}, {1, -1, 2, 1, 0, 0}},
+                 {{all[0], all[1]}, {1, -1, 2, 0, 1, 0}},
+                 {{all[2], all[1], all[0]}, {2, -1, 1, 0, 1, 1, 0, 2, 2, 1, 0}}};
+    for (const auto& c : cases) {
+        CLayout target;
+        for (size_t i = 0; i < c.sources.size(); ++i) {
+            target.AddItem(MakeStraight(0, 0));
         }
-        const std::vector<CCompositeGeometry*> copies = copiesLayout.GetElements();
-        UGroups::CloneGroupings(layout.GetGroupsManager(), {all[0], all[2]}, copies, clones);
-        ASSERT_EQ(clones.size(), 2u);
-        EXPECT_EQ(clones[0]->GetMemberItemsVec(), (std::vector<CCompositeGeometry*>{copies[1]}));
-        EXPECT_EQ(clones[0]->GetMemberGroupsVec(), (std::vector<CGroup*>{clones[1]}));
-        EXPECT_EQ(clones[1]->GetParentGroup(), clones[0]);
-        EXPECT_EQ(clones[1]->GetMemberItemsVec(), (std::vector<CCompositeGeometry*>{copies[0]}));
-        delete clones[0];
-        EXPECT_EQ(clones[1]->GetParentGroup(), nullptr);
-        delete clones[1];
+        std::vector<CGroup*> clones;
+        UGroups::CloneGroupings(layout.GetGroupsManager(), c.sources, target.GetElements(), clones);
+        std::vector<int> list;
+        UGroups::SerializeGroups(clones, target.GetElements(), list);
+        EXPECT_EQ(list, c.list);
+        target.AddGroupVec(clones);
     }
 
     size_t size = 0;
