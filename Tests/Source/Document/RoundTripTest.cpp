@@ -133,6 +133,7 @@ private:
             EXPECT_EQ(saved.data, std::string("3F3F3F\0", 7));
             break;
         case 403: // the time of saving
+        case 417: // the factor of the layout that was saved
             break;
         case 200:
         case 201:
@@ -341,16 +342,14 @@ TEST(RoundTrip, PricesFollowTheFirstOfEqualArticlesAndCurrenciesDoNot)
     }
 }
 
-TEST(RoundTrip, ZoomFollowsItsFactor)
+TEST(RoundTrip, ZoomIsThatOfTheLayoutNotOfTheFile)
 {
     CTestLayout layout;
-    tLayout source;
-    for (const int zoom : {-50, 0, 1, 29, 57, 58, 115, 123456}) {
-        source.zoom = zoom;
-        ASSERT_EQ(layout.LoadRecords(Layout(source)), CLayout::kLoaded);
-        EXPECT_EQ(layout.Saved().IntOf(417), zoom);
-    }
     layout.SetZoomFactor(1.2345);
+    tLayout source;
+    source.zoom = 50;
+    ASSERT_EQ(layout.LoadRecords(Layout(source)), CLayout::kLoaded);
+    EXPECT_EQ(layout.GetZoomFactor(), 1.2345);
     EXPECT_EQ(layout.Saved().IntOf(417), 123);
 }
 
