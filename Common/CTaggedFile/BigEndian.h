@@ -6,11 +6,6 @@
 #include <cstdint>
 #include <limits>
 
-/// Largest number of data bytes of one record.
-constexpr size_t kLargestRecord = 65535;
-/// Bytes of key and size in front of the data.
-constexpr size_t kRecordHeader = 4;
-
 namespace BigEndian {
 inline uint16_t Unsigned16(const unsigned char* bytes)
 {
@@ -51,7 +46,7 @@ inline double FixedPoint(const unsigned char* bytes)
         return whole;
     }
     double value = fraction / kFixedPointUnits + whole;
-    // One value in twenty would be cut by another unit of 1e-7 when it is stored again, and would creep towards zero
+    // One value in fourteen would be cut by another unit of 1e-7 when it is stored again, and would creep towards zero
     // with each save: such a value is read as the next double away from zero, which stores as the pair that was read.
     const double units = value * kFixedPointUnits - whole * kFixedPointUnits;
     if (fraction > 0 && whole >= 0 && units < fraction) {

@@ -1,16 +1,18 @@
 // A cursor over a stream of tagged records, the form of every binary document.
 #pragma once
 
-#include "CTaggedFile/CRecordRun.h"
+#include "CTaggedFile/CTag.h"
+#include "CTaggedFile/RecordData.h"
+#include "CTaggedFile/RecordTable.h"
 #include "Platform/Streams.h"
 
+#include <climits>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
-
-class CTag;
+#include <tuple>
+#include <type_traits>
+#include <utility>
 
 /// Reads and writes typed values by key. Readers ask for keys in the order in which they were written; records of other
 /// keys on the way are consumed and lost, so that asking for an absent key runs to the end of the stream. A record of
@@ -33,10 +35,18 @@ public:
 
     /// Typed reads: true when a record of the key was found. A value stays untouched when it was not, and also when the
     /// record is shorter than the type; a longer record gives its first bytes.
-    bool Read(unsigned short key, bool& value);
-    bool Read(unsigned short key, char& value);
-    bool Read(unsigned short key, int& value);
-    bool Read(unsigned short key, double& value);
+    template <RecordData::cFixed tValue>
+    bool Read(unsigned short key, tValue& value)
+    {
+        CTag::tView record;
+        if (!Find(key, record)) {
+            return false;
+        }
+        if (record.size >= RecordData::kSize<tValue>) {
+            RecordData::Decode(record.data, value);
+        }
+        return true;
+    }
     /// A text into a buffer of `size` bytes: cut to size - 1 characters, always terminated.
     bool Read(unsigned short key, char* text, size_t size);
     /// A text of at most 2,047 characters.
@@ -46,8 +56,78 @@ public:
     /// Raw data of any length up to `size`: the first bytes of the record. @param length set to the number of bytes
     /// copied
     bool ReadBlock(unsigned short key, void* destination, size_t size, size_t& length);
-    /// The next records where they lie in the stream's buffer, consumed as a whole, if they are the run. The numbers of
-    /// records read and skipped do not count them.
+    /// Reads the records of a table one after the other, each into the field at its place; those that the document's
+    /// version does not have are not asked for.
+    /// @param kTable  an array of tRecord
+    template <const auto& kTable, typename... tFields>
+    void ReadTable(const std::tuple<tFields&...>& fields, int version = INT_MAX)
+    {
+        static_assert(FitsTable<kTable, tFields...>(std::index_sequence_for<tFields...>()));
+        ReadTable<kTable>(fields, version, std::index_sequence_for<tFields...>());
+    }
+
+    /// Typed writes. A failure shows in the stream's error state; an empty block is not written.
+    template <RecordData::cFixed tValue>
+    void Write(unsigned short key, const tValue& value)
+    {
+        unsigned char bytes[RecordData::kSize<tValue>];
+        RecordData::Encode(value, bytes);
+        Write(key, bytes, sizeof bytes);
+    }
+    void Write(unsigned short key, const char* text);
+    /// At most 2,047 characters are carried, and none behind a zero character.
+    void Write(unsigned short key, const std::string& text);
+    void Write(unsigned short key, const void* data, size_t size) { CTag::Write(mFile, key, size, data); }
+    /// Writes all records of a table, each from the field at its place.
+    template <const auto& kTable, typename... tFields>
+    void WriteTable(const std::tuple<tFields&...>& fields)
+    {
+        static_assert(FitsTable<kTable, tFields...>(std::index_sequence_for<tFields...>()));
+        [&]<size_t... i>(std::index_sequence<i...>)
+        {
+            (Write(kTable[i].key, std::get<i>(fields)), ...);
+        }
+        (std::index_sequence_for<tFields...>());
+    }
+
+    /// True when a search ended because the stream did: nothing more will be found.
+    bool AtEnd() const { return mAtEnd; }
+    int GetNumberOfRecordsRead() const { return mNumRead; }
+    int GetNumberOfRecordsSkipped() const { return mNumSkipped; }
+
+private:
+    /// Whether the fields are as many as the table's records, and each takes its record's data.
+    template <const auto& kTable, typename... tFields, size_t... i>
+    static constexpr bool FitsTable(std::index_sequence<i...>)
+    {
+        return std::size(kTable) == sizeof...(tFields) && (TakesRecord<std::remove_const_t<tFields>>(kTable[i]) && ...);
+    }
+
+    template <const auto& kTable, typename... tFields, size_t... i>
+    void ReadTable(const std::tuple<tFields&...>& fields, int version, std::index_sequence<i...>)
+    {
+        if constexpr (sizeof...(i) > 1 && (RecordData::cFixed<tFields> && ...)) {
+            static constexpr CRecordRun kRun(kTable);
+            if (const unsigned char* bytes = version >= kRun.GetVersion() ? TakeRun(kRun) : nullptr) {
+                (RecordData::Decode(bytes + kRun.GetDataOffset(i), std::get<i>(fields)), ...);
+                return;
+            }
+        }
+        const auto read = [this, version](const tRecord& record, auto& field) {
+            if (version >= record.since) {
+                Read(record.key, field);
+            }
+        };
+        (read(kTable[i], std::get<i>(fields)), ...);
+    }
+
+    template <size_t kSize>
+    bool Read(unsigned short key, char (&text)[kSize])
+    {
+        return Read(key, text, kSize);
+    }
+
+    /// The next records where they lie in the stream's buffer, consumed as a whole, if they are the run.
     /// @return null, with nothing consumed, when they are others or not all in the buffer; valid until the stream is
     /// touched
     template <size_t kCount>
@@ -58,34 +138,16 @@ public:
             return nullptr;
         }
         Platform::ConsumeBuffered(mFile, run.GetSize());
+        mNumRead += static_cast<int>(kCount);
         return bytes;
     }
 
-    /// Typed writes. A failure shows in the stream's error state; an empty block is not written.
-    void Write(unsigned short key, bool value);
-    void Write(unsigned short key, char value);
-    void Write(unsigned short key, int value);
-    void Write(unsigned short key, double value);
-    void Write(unsigned short key, const char* text);
-    /// At most 2,047 characters are carried, and none behind a zero character.
-    void Write(unsigned short key, const std::string& text);
-    void Write(unsigned short key, const void* data, size_t size);
-
-    /// True when the last search ended because the stream did.
-    bool AtEnd() const { return mAtEnd; }
-    int GetNumberOfRecordsRead() const { return mNumRead; }
-    int GetNumberOfRecordsSkipped() const { return mNumSkipped; }
-
-private:
-    /// Data of the next record with the key, where it lies: in the stream's buffer or in the scratch buffer. Valid
-    /// until the stream is touched again. @return null when the search ended without one
-    const unsigned char* Find(unsigned short key, size_t& size);
-    const unsigned char* FindSlowly(unsigned short key, size_t& size);
-    void Skip(unsigned short key);
+    /// The next record with the key, where it lies. @return false when the search ended without one
+    bool Find(unsigned short key, CTag::tView& record);
 
     FILE* mFile;
     int mNumRead = 0;
     int mNumSkipped = 0;
     bool mAtEnd = false;
-    std::unique_ptr<unsigned char[]> mScratch; ///< a record that crosses the end of the stream's buffer
+    CTag::tScratch mScratch;
 };

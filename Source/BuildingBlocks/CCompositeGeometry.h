@@ -234,8 +234,6 @@ protected:
 private:
     bool ReadCompositeParameter(FILE* file, int version, int& componentCount);
     /// Reads the numbers between prefix and layer name record by record, or decodes them from a run of the usual shape.
-    void ReadNumbers(CTaggedFile& records, int version);
-    void DecodeNumbers(const unsigned char* block);
     void WriteCompositeParameter(FILE* file);
     static int ReadComponentTypeCode(FILE* file, int version);
     bool LoadComponents(FILE* file, int version, int count, std::string& error);

@@ -1,15 +1,15 @@
 // How an element is read from and written to files and raw memory.
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "CTaggedFile/DocumentHeader.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
-#include "KVUByteOrdering/KVUByteOrdering.h"
+#include "Formats/ComponentFormat.h"
+#include "Formats/ElementFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "KVUStr/KVUStr.h"
 #include "Layers/CLayer.h"
-#include "Platform/Streams.h"
 #include "UnitLength/URailConstants.h"
 #include "Utilities/Geometry/UReach.h"
 
@@ -23,54 +23,6 @@
 #include <utility>
 
 namespace {
-enum : unsigned short {
-    kKeyPositionX = 200,
-    kKeyPositionY = 201,
-    kKeyAngle = 202,
-    kKeyFillColor = 203,
-    kKeySecondColor = 204,
-    kKeyFillMode = 205,
-    kKeyNumComponents = 206,
-    kKeyName = 207,
-    kKeyDescription = 208,
-    kKeyManufacturer = 209,
-    kKeyRailSetName = 210,
-    kKeyPrefix = 211,
-    kKeyLibraryNumber = 212,
-    kKeyPrice = 213,
-    kKeyCurrency = 214,
-    kKeyModelScale = 215,
-    kKeyLibraryFlag = 216,
-    kKeyLayerName = 217,
-    kKeyPositionZ = 218
-};
-
-/// Everything between prefix and layer name in a record of the current version.
-constexpr CRecordRun kNumbersBlock({{kKeyLibraryNumber, 4},
-                                    {kKeyPrice, 4},
-                                    {kKeyCurrency, 4},
-                                    {kKeyModelScale, 4},
-                                    {kKeyLibraryFlag, 1},
-                                    {kKeyPositionX, 8},
-                                    {kKeyPositionY, 8},
-                                    {kKeyPositionZ, 8},
-                                    {CGradeVector::kFirstKey, 8},
-                                    {CGradeVector::kFirstKey + 1, 8},
-                                    {CGradeVector::kFirstKey + 2, 8},
-                                    {CGradeVector::kFirstKey + 3, 8},
-                                    {CGradeVector::kFirstKey + 4, 8},
-                                    {CGradeVector::kFirstKey + 5, 8},
-                                    {CGradeVector::kFirstKey + 6, 8},
-                                    {kKeyAngle, 8},
-                                    {kKeyFillColor, 6},
-                                    {kKeySecondColor, 6},
-                                    {kKeyFillMode, 1}});
-
-constexpr uint32_t kMagic = 0x52436967; // "RCig"
-constexpr uint32_t kOldestVersion = 3;
-/// The version that is written, and the only one with height, grade and layer.
-constexpr uint32_t kCurrentVersion = 4;
-constexpr size_t kHeaderSize = 8;
 /// Components for which room is made before they are seen: a count in a file is only a claim.
 constexpr int kMostReserved = 16;
 /// An element that was aligned when it was stored may start off (0, 0) by what its doubles lost to seven decimals. To
@@ -80,32 +32,34 @@ constexpr double kStoragePrecision = 5e-7;
 constexpr char kLoadFunction[] = "bool CCompositeGeometry::Load(FILE *, string &)";
 constexpr char kRawFunction[] = "CCompositeGeometry::CCompositeGeometry(void *)";
 
-void ReadColor(CTaggedFile& records, unsigned short key, RGBColor& color)
+// Attributes in the order of their records.
+auto TextFields(tLibraryItemAttributes& library)
 {
-    KVUByteOrdering::SwapHostToBig(color); // so that a missing record leaves the colour as it was
-    records.Read(key, &color, sizeof color);
-    KVUByteOrdering::SwapBigToHost(color);
+    return std::tie(library.name, library.description, library.manufacturer, library.railSetName, library.prefix);
 }
 
-void WriteColor(CTaggedFile& records, unsigned short key, RGBColor color)
+auto NumberFields(tLibraryItemAttributes& library, CPoint& position)
 {
-    KVUByteOrdering::SwapHostToBig(color);
-    records.Write(key, &color, sizeof color);
+    return std::tie(library.libraryNumber, library.price, library.currency, library.modelScale, library.libraryFlag,
+                    position.x, position.y, position.z);
+}
+
+auto PlacementFields(tLayoutItemAttributes& layout)
+{
+    return std::tie(layout.angle, layout.fillColor, layout.secondColor, layout.fillMode);
 }
 } // namespace
 
 bool CCompositeGeometry::Load(FILE* file, std::string& error)
 {
-    unsigned char header[kHeaderSize];
-    if (Platform::ReadUnlocked(file, header, sizeof header) != sizeof header ||
-        BigEndian::Unsigned32(header) != kMagic) {
+    tDocumentHeader header;
+    if (!header.Read(file) || header.magic != ElementFormat::kMagic) {
         error = "Element expected, bad header found.";
         return false;
     }
-    const uint32_t storedVersion = BigEndian::Unsigned32(header + 4);
     // Every version above the current one reads alike; the signed form is what the readers below take.
-    const int version = static_cast<int>(std::min(storedVersion, kCurrentVersion + 1));
-    if (storedVersion < kOldestVersion) {
+    const int version = static_cast<int>(std::min<uint32_t>(header.version, ElementFormat::kCurrentVersion + 1));
+    if (version < ElementFormat::kOldestVersion) {
         ULog::Warn("%s: Unsupported file format (version %d)", kLoadFunction, version);
         return false;
     }
@@ -123,75 +77,33 @@ bool CCompositeGeometry::Load(FILE* file, std::string& error)
     return true;
 }
 
-void CCompositeGeometry::ReadNumbers(CTaggedFile& records, int version)
-{
-    records.Read(kKeyLibraryNumber, mLibrary.libraryNumber);
-    records.Read(kKeyPrice, mLibrary.price);
-    records.Read(kKeyCurrency, mLibrary.currency);
-    records.Read(kKeyModelScale, mLibrary.modelScale);
-    records.Read(kKeyLibraryFlag, mLibrary.libraryFlag);
-    records.Read(kKeyPositionX, mLayout.position.x);
-    records.Read(kKeyPositionY, mLayout.position.y);
-    if (version == static_cast<int>(kCurrentVersion)) {
-        records.Read(kKeyPositionZ, mLayout.position.z);
-        mLayout.grade.Load(records, version);
-    }
-    records.Read(kKeyAngle, mLayout.angle);
-    ReadColor(records, kKeyFillColor, mLayout.fillColor);
-    ReadColor(records, kKeySecondColor, mLayout.secondColor);
-    records.Read(kKeyFillMode, mLayout.fillMode);
-}
-
-void CCompositeGeometry::DecodeNumbers(const unsigned char* block)
-{
-    const auto data = [block](size_t record) { return block + kNumbersBlock.GetDataOffset(record); };
-    const auto number = [&data](size_t record) { return BigEndian::FixedPoint(data(record)); };
-    mLibrary.libraryNumber = BigEndian::Signed32(data(0));
-    mLibrary.price = BigEndian::Signed32(data(1));
-    mLibrary.currency = BigEndian::Signed32(data(2));
-    mLibrary.modelScale = BigEndian::Signed32(data(3));
-    mLibrary.libraryFlag = *data(4) != 0;
-    mLayout.position.x = number(5);
-    mLayout.position.y = number(6);
-    mLayout.position.z = number(7);
-    mLayout.grade = CGradeVector({number(8), number(9), number(10)}, {number(11), number(12), number(13)}, number(14));
-    mLayout.angle = number(15);
-    std::memcpy(&mLayout.fillColor, data(16), sizeof mLayout.fillColor);
-    KVUByteOrdering::SwapBigToHost(mLayout.fillColor);
-    mLayout.fillMode = *data(18) != 0; // 17 is the second colour, which no load keeps
-}
-
 bool CCompositeGeometry::ReadCompositeParameter(FILE* file, int version, int& componentCount)
 {
-    const bool current = version == static_cast<int>(kCurrentVersion);
+    const bool current = version == ElementFormat::kCurrentVersion;
+    // Above the current version there are only the records of the oldest one.
+    const int recordsOf = current ? version : ElementFormat::kOldestVersion;
     CTaggedFile records(file);
-    records.Read(kKeyName, mLibrary.name, sizeof mLibrary.name);
-    records.Read(kKeyDescription, mLibrary.description, sizeof mLibrary.description);
-    records.Read(kKeyManufacturer, mLibrary.manufacturer, sizeof mLibrary.manufacturer);
-    records.Read(kKeyRailSetName, mLibrary.railSetName, sizeof mLibrary.railSetName);
-    records.Read(kKeyPrefix, mLibrary.prefix, sizeof mLibrary.prefix);
-    if (const unsigned char* block = current ? records.TakeRun(kNumbersBlock) : nullptr) {
-        DecodeNumbers(block);
-    } else {
-        ReadNumbers(records, version);
-    }
+    records.ReadTable<ElementFormat::kTexts>(TextFields(mLibrary));
+    records.ReadTable<ElementFormat::kNumbers>(NumberFields(mLibrary, mLayout.position), recordsOf);
+    mLayout.grade.Load(records, version);
+    records.ReadTable<ElementFormat::kPlacement>(PlacementFields(mLayout));
     if (current) {
         char layerName[CLayer::kNameCapacity] = "";
-        records.Read(kKeyLayerName, layerName, sizeof layerName);
+        records.Read(ElementFormat::kLayerName.key, layerName, sizeof layerName);
         mLayout.layer = layerName[0] != 0 ? CLayer::GetLayerByName(layerName) : nullptr;
     }
-    records.Read(kKeyNumComponents, componentCount);
+    records.Read(ElementFormat::kNumComponents.key, componentCount);
     return true;
 }
 
 int CCompositeGeometry::ReadComponentTypeCode(FILE* file, int version)
 {
-    if (version != static_cast<int>(kOldestVersion) && version != static_cast<int>(kCurrentVersion)) {
+    if (version < ElementFormat::kOldestVersion || version > ElementFormat::kCurrentVersion) {
         return -1;
     }
     CTaggedFile records(file);
     int type = -1;
-    records.Read(kKeyType, type);
+    records.Read(ComponentFormat::kType.key, type);
     return type;
 }
 
@@ -236,10 +148,7 @@ void CCompositeGeometry::AlignLoadedComponents()
 
 void CCompositeGeometry::Save(FILE* file)
 {
-    unsigned char header[kHeaderSize];
-    BigEndian::StoreUnsigned32(kMagic, header);
-    BigEndian::StoreUnsigned32(kCurrentVersion, header + 4);
-    if (fwrite(header, sizeof header, 1, file) != 1) {
+    if (!tDocumentHeader{ElementFormat::kMagic, ElementFormat::kCurrentVersion}.Write(file)) {
         return;
     }
     WriteCompositeParameter(file);
@@ -251,26 +160,12 @@ void CCompositeGeometry::Save(FILE* file)
 void CCompositeGeometry::WriteCompositeParameter(FILE* file)
 {
     CTaggedFile records(file);
-    records.Write(kKeyName, mLibrary.name);
-    records.Write(kKeyDescription, mLibrary.description);
-    records.Write(kKeyManufacturer, mLibrary.manufacturer);
-    records.Write(kKeyRailSetName, mLibrary.railSetName);
-    records.Write(kKeyPrefix, mLibrary.prefix);
-    records.Write(kKeyLibraryNumber, mLibrary.libraryNumber);
-    records.Write(kKeyPrice, mLibrary.price);
-    records.Write(kKeyCurrency, mLibrary.currency);
-    records.Write(kKeyModelScale, mLibrary.modelScale);
-    records.Write(kKeyLibraryFlag, mLibrary.libraryFlag);
-    records.Write(kKeyPositionX, mLayout.position.x);
-    records.Write(kKeyPositionY, mLayout.position.y);
-    records.Write(kKeyPositionZ, mLayout.position.z);
+    records.WriteTable<ElementFormat::kTexts>(TextFields(mLibrary));
+    records.WriteTable<ElementFormat::kNumbers>(NumberFields(mLibrary, mLayout.position));
     mLayout.grade.Save(records);
-    records.Write(kKeyAngle, mLayout.angle);
-    WriteColor(records, kKeyFillColor, mLayout.fillColor);
-    WriteColor(records, kKeySecondColor, mLayout.secondColor);
-    records.Write(kKeyFillMode, mLayout.fillMode);
-    records.Write(kKeyLayerName, mLayout.layer != nullptr ? mLayout.layer->GetName() : "");
-    records.Write(kKeyNumComponents, static_cast<int>(mComponents.size()));
+    records.WriteTable<ElementFormat::kPlacement>(PlacementFields(mLayout));
+    records.Write(ElementFormat::kLayerName.key, mLayout.layer != nullptr ? mLayout.layer->GetName() : "");
+    records.Write(ElementFormat::kNumComponents.key, static_cast<int>(mComponents.size()));
 }
 
 CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()

@@ -1,6 +1,7 @@
 #include "BuildingBlocks/CGradeVector.h"
 
 #include "CTaggedFile/CTaggedFile.h"
+#include "Formats/ElementFormat.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UReach.h"
 
@@ -8,19 +9,7 @@
 #include <cmath>
 
 namespace {
-enum : unsigned short {
-    kKeyStartX = CGradeVector::kFirstKey,
-    kKeyStartY,
-    kKeyStartZ,
-    kKeyEndX,
-    kKeyEndY,
-    kKeyEndZ,
-    kKeyDeltaHeight
-};
-
 constexpr double kDegreesPerRadian = 57.29577951308232;
-/// The one element record version that has a grade.
-constexpr int kVersionWithGrade = 4;
 } // namespace
 
 const CGradeVector CGradeVector::ZeroGrade;
@@ -54,29 +43,23 @@ double CGradeVector::GetGradeAngle() const
     return std::asin(length > mDeltaHeight ? mDeltaHeight / length : 1.0) * kDegreesPerRadian;
 }
 
+// In the order of their records.
+template <typename tPoint, typename tHeight>
+static auto Fields(tPoint& start, tPoint& end, tHeight& deltaHeight)
+{
+    return std::tie(start.x, start.y, start.z, end.x, end.y, end.z, deltaHeight);
+}
+
 void CGradeVector::Load(CTaggedFile& records, int version)
 {
-    if (version != kVersionWithGrade) {
-        return;
+    if (version == ElementFormat::kCurrentVersion) {
+        records.ReadTable<ElementFormat::kGrade>(Fields(mStart, mEnd, mDeltaHeight));
     }
-    records.Read(kKeyStartX, mStart.x);
-    records.Read(kKeyStartY, mStart.y);
-    records.Read(kKeyStartZ, mStart.z);
-    records.Read(kKeyEndX, mEnd.x);
-    records.Read(kKeyEndY, mEnd.y);
-    records.Read(kKeyEndZ, mEnd.z);
-    records.Read(kKeyDeltaHeight, mDeltaHeight);
 }
 
 void CGradeVector::Save(CTaggedFile& records) const
 {
-    records.Write(kKeyStartX, mStart.x);
-    records.Write(kKeyStartY, mStart.y);
-    records.Write(kKeyStartZ, mStart.z);
-    records.Write(kKeyEndX, mEnd.x);
-    records.Write(kKeyEndY, mEnd.y);
-    records.Write(kKeyEndZ, mEnd.z);
-    records.Write(kKeyDeltaHeight, mDeltaHeight);
+    records.WriteTable<ElementFormat::kGrade>(Fields(mStart, mEnd, mDeltaHeight));
 }
 
 void* CGradeVector::GetParameterAsRaw(void* destination) const

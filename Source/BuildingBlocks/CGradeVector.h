@@ -12,8 +12,6 @@ public:
     static const CGradeVector ZeroGrade;
     /// Differences in height below this, in mm, count as level; so does every descent: a grade runs upwards.
     static constexpr double kSmallestDeltaHeight = 0.001;
-    /// Seven keys from here on: start x, y, z, end x, y, z, difference in height.
-    static constexpr unsigned short kFirstKey = 219;
     /// Bytes of the raw record.
     static constexpr int kRawSize = 40;
 
@@ -39,7 +37,7 @@ public:
     /// Slope in degrees, asin(difference in height / vector length); 0 when not graded.
     double GetGradeAngle() const;
 
-    /// Reads keys 219 to 225: start x, y, z, end x, y, z, difference in height; from version 4 records only.
+    /// Reads both points and the difference in height; from elements of version 4 only.
     void Load(CTaggedFile& records, int version);
     void Save(CTaggedFile& records) const;
     /// Appends the raw record. @return the position behind it

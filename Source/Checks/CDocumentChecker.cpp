@@ -1,7 +1,10 @@
 #include "Checks/CDocumentChecker.h"
 
+#include "CTaggedFile/DocumentHeader.h"
 #include "Checks/CElementChecker.h"
 #include "Checks/CRecordChecker.h"
+#include "Formats/LayoutFormat.h"
+#include "Formats/LibraryFormat.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,55 +12,7 @@
 #include <unordered_set>
 
 namespace {
-using enum eRecordType;
-
-constexpr uint32_t kLayoutMagic = 0x576B5374;  // "WkSt"
-constexpr uint32_t kLibraryMagic = 0x52536574; // "RSet"
-constexpr size_t kHeaderSize = 8;
-constexpr int kOldestLayout = 3;
-constexpr int kFirstLayoutWithLayers = 4;
-constexpr int kCurrentLayout = 5;
-constexpr uint32_t kLibraryVersion = 2;
-
-constexpr tRecordRule kLayoutRules[] = {{400, kText, 128, "author"},
-                                        {401, kText, 256, "private author"},
-                                        {402, kText, 32, "creation date"},
-                                        {403, kText, 32, "modification date"},
-                                        {404, kText, 4096, "description"},
-                                        {405, kText, 1024, "free text"},
-                                        {406, kText, 128, "short free text"},
-                                        {407, kText, 32, "revision"},
-                                        {408, kChar, 0, "setting"},
-                                        {409, kInt, 0, "setting"},
-                                        {410, kInt, 0, "element labels"},
-                                        {411, kInt, 0, "track style"},
-                                        {412, kInt, 0, "colour scheme"},
-                                        {413, kInt, 0, "setting"},
-                                        {414, kInt, 0, "grid spacing"},
-                                        {415, kInt, 0, "setting"},
-                                        {416, kBool, 0, "show grid"},
-                                        {417, kInt, 0, "zoom"},
-                                        {418, kInt, 0, "workspace width"},
-                                        {419, kInt, 0, "workspace height"},
-                                        {420, kRaw, 6, "colour"},
-                                        {421, kRaw, 8, "rectangle"},
-                                        {422, kRaw, 20, "view parameters"}};
-constexpr tRecordRule kRulesFrom4[] = {{426, kBool, 0, "3D terrain"}, {427, kBool, 0, "3D tracks only"}};
-constexpr tRecordRule kRulesFrom5[] = {{428, kInt, 0, "setting"}, {429, kInt, 0, "setting"}, {430, kBool, 0, "flag"}};
-constexpr tRecordRule kLayerCount = {500, kInt, 0, "number of layers"};
-constexpr tRecordRule kLayerName = {501, kText, 64, "layer name"};
-constexpr tRecordRule kLayerState[] = {{502, kBool, 0, "layer locked"}, {503, kBool, 0, "layer visible"}};
-constexpr tRecordRule kElementCount = {423, kInt, 0, "number of elements"};
-constexpr tRecordRule kGroupCount = {424, kInt, 0, "number of group entries"};
-constexpr tRecordRule kGroupEntry = {425, kInt, 0, "group entry"};
-
-constexpr tRecordRule kLibraryCount = {100, kInt, 0, "number of elements"};
-constexpr tRecordRule kLibraryRules[] = {
-    {101, kInt, 0, "model scale"},  {102, kInt, 0, "content type"},    {103, kInt, 0, "currency"},
-    {104, kInt, 0, "gauge"},        {105, kInt, 0, "trackbed width"},  {106, kInt, 0, "rail width"},
-    {107, kText, 128, "free text"}, {108, kText, 128, "manufacturer"}, {109, kText, 256, "free text"},
-    {110, kText, 256, "free text"}, {111, kText, 8, "prefix"},         {112, kText, 512, "free text"},
-    {113, kText, 256, "free text"}, {114, kText, 32, "creation date"}, {115, kText, 32, "modification date"}};
+using namespace LayoutFormat;
 
 std::string Count(long long count)
 {
@@ -74,19 +29,22 @@ public:
     void Check()
     {
         int version = CheckHeader();
-        mRecords.Expect(kLayoutRules, {426, 428, 500, 423});
-        ExpectVersion(version, kFirstLayoutWithLayers, kRulesFrom4[0].key);
-        if (version >= kFirstLayoutWithLayers) {
-            mRecords.Expect(kRulesFrom4, {428, 500, 423});
-            ExpectVersion(version, kCurrentLayout, kRulesFrom5[0].key);
-            if (version >= kCurrentLayout) {
-                mRecords.Expect(kRulesFrom5, {500, 423});
+        const auto oldest = CRecordChecker::Since(kSettings, 0);
+        const auto withLayers = CRecordChecker::Since(kSettings, kFirstVersionWithLayers);
+        const auto current = CRecordChecker::Since(kSettings, kCurrentVersion);
+        mRecords.Expect(oldest, {withLayers[0].key, current[0].key, kNumLayers.key, kNumElements.key});
+        ExpectVersion(version, kFirstVersionWithLayers, withLayers[0].key);
+        if (version >= kFirstVersionWithLayers) {
+            mRecords.Expect(withLayers, {current[0].key, kNumLayers.key, kNumElements.key});
+            ExpectVersion(version, kCurrentVersion, current[0].key);
+            if (version >= kCurrentVersion) {
+                mRecords.Expect(current, {kNumLayers.key, kNumElements.key});
             }
             CheckLayers();
         }
-        if (mRecords.ExpectOne(kElementCount, {CElementChecker::kElementMagic >> 16, kGroupCount.key})) {
+        if (mRecords.ExpectOne(kNumElements, {CElementChecker::kHeaderKey, kNumGroupEntries.key})) {
             mNumElements = mRecords.DataAsInt();
-            mElements.CheckElements(mNumElements, kGroupCount.key, mRecords.GetRecordOffset(), kElementCount.key);
+            mElements.CheckElements(mNumElements, kNumGroupEntries.key, mRecords.GetRecordOffset(), kNumElements.key);
         }
         CheckGroups();
         if (!mRecords.IsLost() && mRecords.GetBytesLeft() > 0) {
@@ -99,18 +57,18 @@ public:
 private:
     int CheckHeader()
     {
-        if (mRecords.GetBytesLeft() < kHeaderSize) {
+        if (mRecords.GetBytesLeft() < tDocumentHeader::kSize) {
             mRecords.ReportEnd(0, "the header of a layout");
             return 0;
         }
-        if (mRecords.PeekWord() != kLayoutMagic) {
+        if (mRecords.PeekWord() != kMagic) {
             mRecords.Report(0, 0, "the file does not begin like a layout");
         }
         const int version = static_cast<int32_t>(mRecords.PeekWord(4));
-        if (version < kOldestLayout || version > kCurrentLayout) {
+        if (version < kOldestVersion || version > kCurrentVersion) {
             mRecords.Report(4, 0, "layout version " + Count(version) + " is not known");
         }
-        mRecords.Skip(kHeaderSize);
+        mRecords.Skip(tDocumentHeader::kSize);
         return version;
     }
 
@@ -127,28 +85,28 @@ private:
 
     void CheckLayers()
     {
-        const bool isCounted = mRecords.ExpectOne(kLayerCount, {kLayerName.key, kElementCount.key});
+        const bool isCounted = mRecords.ExpectOne(kNumLayers, {kLayerName.key, kNumElements.key});
         const int count = isCounted ? mRecords.DataAsInt() : 0;
         const size_t countOffset = mRecords.GetRecordOffset();
         int number = 0;
-        while (!mRecords.IsLost() && mRecords.PeekKey() != kElementCount.key &&
+        while (!mRecords.IsLost() && mRecords.PeekKey() != kNumElements.key &&
                (number < count || mRecords.PeekKey() == kLayerName.key)) {
             ++number;
-            if (mRecords.ExpectOne(kLayerName, {502, 503, kElementCount.key}) &&
+            if (mRecords.ExpectOne(kLayerName, {kLayerState[0].key, kLayerState[1].key, kNumElements.key}) &&
                 !mLayers.insert(mRecords.DataAsText()).second) {
                 mRecords.Report(mRecords.GetRecordOffset(), kLayerName.key,
                                 "the layer has the name of another; readers add a star", tFinding::eKind::kOddity);
             }
-            mRecords.Expect(kLayerState, {kLayerName.key, kElementCount.key});
+            mRecords.Expect(kLayerState, {kLayerName.key, kNumElements.key});
         }
         if (isCounted) {
-            mRecords.CheckCount(countOffset, kLayerCount.key, count, number, "layers");
+            mRecords.CheckCount(countOffset, kNumLayers.key, count, number, "layers");
         }
     }
 
     void CheckGroups()
     {
-        if (!mRecords.ExpectOne(kGroupCount, {kGroupEntry.key})) {
+        if (!mRecords.ExpectOne(kNumGroupEntries, {kGroupEntry.key})) {
             return;
         }
         const size_t countOffset = mRecords.GetRecordOffset();
@@ -162,7 +120,7 @@ private:
                 offsets.push_back(mRecords.GetRecordOffset());
             }
         }
-        mRecords.CheckCount(countOffset, kGroupCount.key, count, static_cast<long long>(entries.size()),
+        mRecords.CheckCount(countOffset, kNumGroupEntries.key, count, static_cast<long long>(entries.size()),
                             "group entries");
         if (!mRecords.IsLost() && count == static_cast<long long>(entries.size())) {
             CheckGroupList(entries, offsets);
@@ -219,9 +177,9 @@ CDocumentChecker::eDocument CDocumentChecker::GetKind(std::span<const unsigned c
 {
     std::vector<tFinding> none;
     const uint32_t magic = CRecordChecker(bytes, none).PeekWord();
-    return magic == kLayoutMagic    ? eDocument::kLayout
-           : magic == kLibraryMagic ? eDocument::kLibrary
-                                    : eDocument::kUnknown;
+    return magic == kMagic                  ? eDocument::kLayout
+           : magic == LibraryFormat::kMagic ? eDocument::kLibrary
+                                            : eDocument::kUnknown;
 }
 
 std::vector<tFinding> CDocumentChecker::CheckLayout(std::span<const unsigned char> bytes)
@@ -235,25 +193,26 @@ std::vector<tFinding> CDocumentChecker::CheckLibrary(std::span<const unsigned ch
 {
     std::vector<tFinding> findings;
     CRecordChecker records(bytes, findings);
-    if (bytes.size() < kHeaderSize) {
+    if (bytes.size() < tDocumentHeader::kSize) {
         records.ReportEnd(0, "the header of a track library");
         return findings;
     }
-    if (records.PeekWord() != kLibraryMagic) {
+    if (records.PeekWord() != LibraryFormat::kMagic) {
         records.Report(0, 0, "the file does not begin like a track library");
     }
-    if (records.PeekWord(4) != kLibraryVersion) {
+    if (records.PeekWord(4) != LibraryFormat::kVersion) {
         records.Report(4, 0, "library version " + Count(records.PeekWord(4)) + " is not known");
     }
-    records.Skip(kHeaderSize);
+    records.Skip(tDocumentHeader::kSize);
     int count = 0;
-    size_t countOffset = kHeaderSize;
-    if (records.ExpectOne(kLibraryCount, {101})) {
+    size_t countOffset = tDocumentHeader::kSize;
+    if (records.ExpectOne(LibraryFormat::kNumElements, {LibraryFormat::kCodes[0].key})) {
         count = records.DataAsInt();
         countOffset = records.GetRecordOffset();
     }
-    records.Expect(kLibraryRules, {CElementChecker::kElementMagic >> 16});
-    CElementChecker(records, nullptr).CheckElements(count, 0, countOffset, kLibraryCount.key);
+    records.Expect(CRecordChecker::Join({LibraryFormat::kCodes, LibraryFormat::kWidths, LibraryFormat::kTexts}),
+                   {CElementChecker::kHeaderKey});
+    CElementChecker(records, nullptr).CheckElements(count, 0, countOffset, LibraryFormat::kNumElements.key);
     if (!records.IsLost() && records.GetBytesLeft() > 0) {
         records.Report(records.GetPosition(), 0,
                        Count(static_cast<long long>(records.GetBytesLeft())) + " bytes behind the end of the library");

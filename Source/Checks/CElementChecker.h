@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Checks/CRecordChecker.h"
+#include "Formats/ElementFormat.h"
 
 #include <string>
 #include <unordered_set>
@@ -9,7 +10,8 @@
 /// Checks elements one after the other.
 class CElementChecker {
 public:
-    static constexpr uint32_t kElementMagic = 0x52436967; // "RCig"
+    /// What an element's header looks like where a record's key is expected.
+    static constexpr int kHeaderKey = ElementFormat::kMagic >> 16;
 
     /// @param layers  names that elements may refer to; null where elements have no layers
     CElementChecker(CRecordChecker& records, const std::unordered_set<std::string>* layers)
@@ -28,7 +30,7 @@ private:
     void CheckComponent();
     void CheckOwnRecords(int type);
     void CheckPoints();
-    bool IsAtElement() const { return mRecords.PeekWord() == kElementMagic; }
+    bool IsAtElement() const { return mRecords.PeekWord() == ElementFormat::kMagic; }
 
     CRecordChecker& mRecords;
     const std::unordered_set<std::string>* mLayers;

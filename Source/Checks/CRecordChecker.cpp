@@ -6,36 +6,22 @@
 #include <cstring>
 
 namespace {
-/// Parts into which a whole is divided.
-constexpr int32_t kFractionUnits = 10000000;
+constexpr auto kFractionUnits = static_cast<int32_t>(BigEndian::kFixedPointUnits);
 
 std::string Number(long long value)
 {
     return std::to_string(value);
 }
 
-std::string Describe(const tRecordRule& rule)
+std::string Describe(const tRecord& record)
 {
-    return "record " + Number(rule.key) + " (" + rule.name + ")";
+    return "record " + Number(record.key) + " (" + record.name + ")";
 }
 
 /// Bytes that a record of this kind always has; 0 for a text.
-size_t FixedSize(const tRecordRule& rule)
+size_t FixedSize(const tRecord& record)
 {
-    switch (rule.type) {
-    case eRecordType::kBool:
-    case eRecordType::kChar:
-        return 1;
-    case eRecordType::kInt:
-        return 4;
-    case eRecordType::kDouble:
-        return 8;
-    case eRecordType::kRaw:
-        return rule.size;
-    case eRecordType::kText:
-        break;
-    }
-    return 0;
+    return record.type == eRecordType::kText ? 0 : record.size;
 }
 } // namespace
 
@@ -106,34 +92,50 @@ std::string CRecordChecker::DataAsText() const
     return std::string(text, strnlen(text, mData.size()));
 }
 
-void CRecordChecker::Expect(std::span<const tRecordRule> rules, std::initializer_list<int> follow)
+std::span<const tRecord> CRecordChecker::Since(std::span<const tRecord> table, int version)
 {
-    for (size_t i = 0; i < rules.size() && !mLost; ++i) {
-        if (FindRecord(rules[i], follow, rules.subspan(i + 1))) {
-            CheckData(rules[i]);
+    const auto isOther = [version](const tRecord& record) { return record.since != version; };
+    const auto begin = std::find_if_not(table.begin(), table.end(), isOther);
+    return {begin, std::find_if(begin, table.end(), isOther)};
+}
+
+std::vector<tRecord> CRecordChecker::Join(std::initializer_list<std::span<const tRecord>> tables)
+{
+    std::vector<tRecord> all;
+    for (const std::span<const tRecord> table : tables) {
+        all.insert(all.end(), table.begin(), table.end());
+    }
+    return all;
+}
+
+void CRecordChecker::Expect(std::span<const tRecord> table, std::initializer_list<int> follow)
+{
+    for (size_t i = 0; i < table.size() && !mLost; ++i) {
+        if (FindRecord(table[i], follow, table.subspan(i + 1))) {
+            CheckData(table[i]);
         }
     }
 }
 
-bool CRecordChecker::ExpectOne(const tRecordRule& rule, std::initializer_list<int> follow)
+bool CRecordChecker::ExpectOne(const tRecord& record, std::initializer_list<int> follow)
 {
-    if (mLost || !FindRecord(rule, follow, {})) {
+    if (mLost || !FindRecord(record, follow, {})) {
         return false;
     }
-    const size_t fixed = FixedSize(rule);
-    CheckData(rule);
+    const size_t fixed = FixedSize(record);
+    CheckData(record);
     return fixed == 0 || mData.size() == fixed;
 }
 
-// Takes the record if it is there. Otherwise says so, and either leaves what stands there to the rules that follow, or
-// passes over it when none of them knows it.
-bool CRecordChecker::FindRecord(const tRecordRule& rule, std::initializer_list<int> follow,
-                                std::span<const tRecordRule> later)
+// Takes the record if it is there. Otherwise says so, and either leaves what stands there to the records that follow,
+// or passes over it when none of them knows it.
+bool CRecordChecker::FindRecord(const tRecord& record, std::initializer_list<int> follow,
+                                std::span<const tRecord> later)
 {
     bool reported = false;
     while (!mLost) {
         if (GetBytesLeft() < kRecordHeader) {
-            ReportEnd(rule.key, Describe(rule));
+            ReportEnd(record.key, Describe(record));
             return false;
         }
         mRecordOffset = mPosition;
@@ -141,10 +143,10 @@ bool CRecordChecker::FindRecord(const tRecordRule& rule, std::initializer_list<i
         const size_t size = BigEndian::Unsigned16(&mBytes[mPosition + 2]);
         const bool isKnownLater =
             std::find(follow.begin(), follow.end(), key) != follow.end() ||
-            std::any_of(later.begin(), later.end(), [key](const tRecordRule& next) { return next.key == key; });
-        if (key != rule.key) {
+            std::any_of(later.begin(), later.end(), [key](const tRecord& next) { return next.key == key; });
+        if (key != record.key) {
             if (!reported) {
-                Report(mPosition, rule.key, Describe(rule) + " was expected, key " + Number(key) + " was found");
+                Report(mPosition, record.key, Describe(record) + " was expected, key " + Number(key) + " was found");
                 reported = true;
             }
             if (isKnownLater) {
@@ -152,9 +154,9 @@ bool CRecordChecker::FindRecord(const tRecordRule& rule, std::initializer_list<i
             }
         }
         if (size > GetBytesLeft() - kRecordHeader) {
-            if (key == rule.key || !reported) {
-                Report(mPosition, rule.key,
-                       Describe(rule) + " claims " + Number(static_cast<long long>(size)) + " bytes, " +
+            if (key == record.key || !reported) {
+                Report(mPosition, record.key,
+                       Describe(record) + " claims " + Number(static_cast<long long>(size)) + " bytes, " +
                            Number(static_cast<long long>(GetBytesLeft() - kRecordHeader)) + " are left in the file");
             }
             mLost = true;
@@ -162,25 +164,25 @@ bool CRecordChecker::FindRecord(const tRecordRule& rule, std::initializer_list<i
         }
         mData = mBytes.subspan(mPosition + kRecordHeader, size);
         mPosition += kRecordHeader + size;
-        if (key == rule.key) {
+        if (key == record.key) {
             return true;
         }
     }
     return false;
 }
 
-void CRecordChecker::CheckData(const tRecordRule& rule)
+void CRecordChecker::CheckData(const tRecord& record)
 {
-    const size_t fixed = FixedSize(rule);
+    const size_t fixed = FixedSize(record);
     const auto report = [&](const std::string& text, tFinding::eKind kind = tFinding::eKind::kDamage) {
-        Report(mRecordOffset, rule.key, Describe(rule) + " " + text, kind);
+        Report(mRecordOffset, record.key, Describe(record) + " " + text, kind);
     };
     if (mData.empty() || (fixed != 0 && mData.size() != fixed)) {
         report("has " + Number(static_cast<long long>(mData.size())) + " bytes of data" +
                (fixed != 0 ? ", not " + Number(static_cast<long long>(fixed)) : std::string()));
         return;
     }
-    switch (rule.type) {
+    switch (record.type) {
     case eRecordType::kBool:
         if (mData[0] > 1) {
             report("holds " + Number(mData[0]) + ", neither 0 nor 1");
@@ -206,9 +208,9 @@ void CRecordChecker::CheckData(const tRecordRule& rule)
             report("holds " + Number(static_cast<long long>(mData.size() - length - 1)) +
                    " bytes behind the end of its text");
         }
-        if (length >= rule.size) {
+        if (length >= record.size) {
             report("holds " + Number(static_cast<long long>(length)) + " characters, of which readers keep " +
-                       Number(static_cast<long long>(rule.size - 1)),
+                       Number(static_cast<long long>(record.size - 1)),
                    tFinding::eKind::kOddity);
         }
         break;

@@ -1,6 +1,7 @@
 // Holds the records of a document against what a writer would have written.
 #pragma once
 
+#include "CTaggedFile/RecordTable.h"
 #include "Checks/tFinding.h"
 
 #include <cstddef>
@@ -9,24 +10,6 @@
 #include <span>
 #include <string>
 #include <vector>
-
-/// What the data of a record must look like.
-enum class eRecordType {
-    kBool,   ///< one byte, 0 or 1
-    kChar,   ///< one byte
-    kInt,    ///< 4 bytes
-    kDouble, ///< 8 bytes: whole and fraction of one sign, the fraction below 1
-    kText,   ///< characters and one zero at the end, in a field of `size` bytes
-    kRaw     ///< `size` bytes
-};
-
-/// A record that a document must hold at its place.
-struct tRecordRule {
-    int key;
-    eRecordType type;
-    size_t size;      ///< of the field of a text, or of raw data; else 0
-    const char* name; ///< what it holds, in words
-};
 
 /// Walks over the records of a file in memory. Every header is tested before it is believed, so that a wrong byte in a
 /// key or size is found at its record or at the next.
@@ -50,11 +33,16 @@ public:
     /// Moves to the next place from here on that holds this 32-bit word; else the walk is lost.
     void SeekWord(uint32_t word);
 
-    /// Checks the rules' records one after the other. A record that is missing is reported where the next one stands,
-    /// foreign ones are reported and passed over.
-    void Expect(std::span<const tRecordRule> rules, std::initializer_list<int> follow);
+    /// The part of a table that documents have from this version on.
+    static std::span<const tRecord> Since(std::span<const tRecord> table, int version);
+    /// Tables that lie behind each other in a document as one.
+    static std::vector<tRecord> Join(std::initializer_list<std::span<const tRecord>> tables);
+
+    /// Checks the records of a table one after the other. A record that is missing is reported where the next one
+    /// stands, foreign ones are reported and passed over.
+    void Expect(std::span<const tRecord> table, std::initializer_list<int> follow);
     /// Checks one record. @return true when it was there, whole and of the right size; its data is then in Data()
-    bool ExpectOne(const tRecordRule& rule, std::initializer_list<int> follow);
+    bool ExpectOne(const tRecord& record, std::initializer_list<int> follow);
     std::span<const unsigned char> Data() const { return mData; }
     int32_t DataAsInt() const;
     std::string DataAsText() const;
@@ -70,8 +58,8 @@ public:
     void ReportEnd(int key, const std::string& expected);
 
 private:
-    bool FindRecord(const tRecordRule& rule, std::initializer_list<int> follow, std::span<const tRecordRule> later);
-    void CheckData(const tRecordRule& rule);
+    bool FindRecord(const tRecord& record, std::initializer_list<int> follow, std::span<const tRecord> later);
+    void CheckData(const tRecord& record);
 
     std::span<const unsigned char> mBytes;
     std::vector<tFinding>& mFindings;

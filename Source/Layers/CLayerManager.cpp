@@ -2,17 +2,11 @@
 
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
+#include "Formats/LayoutFormat.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
-
-namespace {
-enum : unsigned short { kKeyCount = 500, kKeyName = 501, kKeyLocked = 502, kKeyVisible = 503 };
-
-/// First document version with a layer section.
-constexpr int kFirstVersionWithLayers = 4;
-} // namespace
 
 CLayerManager::CLayerManager(const char* initialName)
 {
@@ -51,26 +45,25 @@ void CLayerManager::Clear()
 
 bool CLayerManager::Load(FILE* file, int version, std::string& message)
 {
-    if (version < kFirstVersionWithLayers) {
+    if (version < LayoutFormat::kFirstVersionWithLayers) {
         message = "The object is not recognized by this version of Velmora.\r\r"
                   "Please check the Velmora Website for a newer version.";
         return false;
     }
     CTaggedFile records(file);
     int count = 0;
-    records.Read(kKeyCount, count);
+    records.Read(LayoutFormat::kNumLayers.key, count);
     Clear();
     bool locked = false;
     bool visible = true;
     for (int i = 0; i < count; ++i) {
         char name[CLayer::kNameCapacity] = "";
-        if (!records.Read(kKeyName, name, sizeof name)) {
+        if (!records.Read(LayoutFormat::kLayerName.key, name, sizeof name)) {
             break;
         }
         CLayer* layer = AddLayer(TestMakeUniqueName(name).c_str());
         CErr::CheckNull(layer, "bool CLayerManager::Load(FILE *, int, string &)", "No reference to new layer");
-        records.Read(kKeyLocked, locked);
-        records.Read(kKeyVisible, visible);
+        records.ReadTable<LayoutFormat::kLayerState>(std::tie(locked, visible));
         layer->SetVisible(visible);
         layer->SetLocked(locked);
     }
@@ -80,11 +73,12 @@ bool CLayerManager::Load(FILE* file, int version, std::string& message)
 void CLayerManager::Save(FILE* file) const
 {
     CTaggedFile records(file);
-    records.Write(kKeyCount, GetNumberOfLayers());
+    records.Write(LayoutFormat::kNumLayers.key, GetNumberOfLayers());
     for (const CLayer* layer : mLayers) {
-        records.Write(kKeyName, layer->GetName());
-        records.Write(kKeyLocked, layer->GetLocked());
-        records.Write(kKeyVisible, layer->GetIsVisible());
+        records.Write(LayoutFormat::kLayerName.key, layer->GetName());
+        const bool locked = layer->GetLocked();
+        const bool visible = layer->GetIsVisible();
+        records.WriteTable<LayoutFormat::kLayerState>(std::tie(locked, visible));
     }
 }
 

@@ -156,6 +156,7 @@ private:
     void RegisterJoints(const std::vector<CCompositeGeometry*>& elements);
     bool LoadElements(FILE* file, int count);
     bool WriteContent(FILE* file);
+    auto SettingFields();
     void ResetWorkspaceBounds();
 
     std::vector<CCompositeGeometry*> mElements; ///< owned, in file order

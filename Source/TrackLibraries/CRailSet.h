@@ -37,11 +37,6 @@ struct tRailSetParameters {
 /// them.
 class CRailSet {
 public:
-    /// First four bytes of a library file: "RSet".
-    static constexpr uint32_t kMagic = 0x52536574;
-    /// Bytes of magic and version.
-    static constexpr size_t kHeaderSize = 8;
-
     /// What Load answers.
     enum eLoadResult : int {
         kLoaded = 0,

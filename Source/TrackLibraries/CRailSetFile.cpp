@@ -1,8 +1,10 @@
 // How a track library is read from and written to its file.
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "CTaggedFile/DocumentHeader.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
+#include "Formats/LibraryFormat.h"
 #include "KVUDate/KVUDate.h"
 #include "KVUNum/KVUNum.h"
 #include "Layers/CLayer.h"
@@ -14,33 +16,33 @@
 #include <boost/foreach.hpp>
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <memory>
 #include <new>
 
 namespace {
-enum : unsigned short {
-    kKeyNumElements = 100,
-    kKeyModelScale,
-    kKeyContentType,
-    kKeyCurrency,
-    kKeyGauge,
-    kKeyTrackbedWidth,
-    kKeyRailWidth,
-    kKeyText107,
-    kKeyManufacturer,
-    kKeyText109,
-    kKeyText110,
-    kKeyPrefix,
-    kKeyText112,
-    kKeyText113,
-    kKeyCreationDate,
-    kKeyModificationDate
-};
-static_assert(kKeyModificationDate == 115);
-
-constexpr uint32_t kVersion = 2;
 /// Widths are stored in tenths of a millimetre.
 constexpr double kWidthUnits = 10.0;
+
+// Parameters in the order of their records.
+template <typename tParameters>
+auto CodeFields(tParameters& parameters)
+{
+    return std::tie(parameters.modelScale, parameters.contentType, parameters.currency);
+}
+
+constexpr double tRailSetParameters::*kWidths[] = {&tRailSetParameters::gauge, &tRailSetParameters::trackbedWidth,
+                                                   &tRailSetParameters::railWidth};
+static_assert(std::size(kWidths) == std::size(LibraryFormat::kWidths));
+
+template <typename tParameters>
+auto TextFields(tParameters& parameters)
+{
+    return std::tie(parameters.text107, parameters.manufacturer, parameters.text109, parameters.text110,
+                    parameters.prefix, parameters.text112, parameters.text113, parameters.creationDate,
+                    parameters.modificationDate);
+}
 
 constexpr char kLoadFunction[] = "int CRailSet::Load()";
 
@@ -68,11 +70,11 @@ int CRailSet::Load()
         ULog::Warn("%s: Failed to open library at '%s'", kLoadFunction, mPath.c_str());
         return kCannotOpen;
     }
-    unsigned char header[kHeaderSize];
-    if (fread(header, sizeof header, 1, file) != 1 || BigEndian::Unsigned32(header) != kMagic) {
+    tDocumentHeader header;
+    if (!header.Read(file) || header.magic != LibraryFormat::kMagic) {
         return kNoLibrary;
     }
-    if (BigEndian::Unsigned32(header + 4) != kVersion) {
+    if (header.version != LibraryFormat::kVersion) {
         return kUnsupportedVersion;
     }
     const int count = ReadParameters(file);
@@ -81,32 +83,18 @@ int CRailSet::Load()
 
 int CRailSet::ReadParameters(FILE* file)
 {
-    tRailSetParameters& to = mParameters;
     CTaggedFile records(file);
     int count = 0;
-    records.Read(kKeyNumElements, count);
-    records.Read(kKeyModelScale, to.modelScale);
-    tRailSetContentType contentType = 0;
-    records.Read(kKeyContentType, contentType);
-    to.contentType = contentType; // 0 where the file names none, never the default
-    records.Read(kKeyCurrency, to.currency);
+    records.Read(LibraryFormat::kNumElements.key, count);
+    mParameters.contentType = 0; // where the file names none, never the default
+    records.ReadTable<LibraryFormat::kCodes>(CodeFields(mParameters));
     // One number for the three: a width that is missing repeats the one before it, a gauge that is missing is 0.
     int tenths = 0;
-    records.Read(kKeyGauge, tenths);
-    to.gauge = tenths / kWidthUnits;
-    records.Read(kKeyTrackbedWidth, tenths);
-    to.trackbedWidth = tenths / kWidthUnits;
-    records.Read(kKeyRailWidth, tenths);
-    to.railWidth = tenths / kWidthUnits;
-    records.Read(kKeyText107, to.text107, sizeof to.text107);
-    records.Read(kKeyManufacturer, to.manufacturer, sizeof to.manufacturer);
-    records.Read(kKeyText109, to.text109, sizeof to.text109);
-    records.Read(kKeyText110, to.text110, sizeof to.text110);
-    records.Read(kKeyPrefix, to.prefix, sizeof to.prefix);
-    records.Read(kKeyText112, to.text112, sizeof to.text112);
-    records.Read(kKeyText113, to.text113, sizeof to.text113);
-    records.Read(kKeyCreationDate, to.creationDate, sizeof to.creationDate);
-    records.Read(kKeyModificationDate, to.modificationDate, sizeof to.modificationDate);
+    for (size_t i = 0; i < std::size(kWidths); ++i) {
+        records.Read(LibraryFormat::kWidths[i].key, tenths);
+        mParameters.*kWidths[i] = tenths / kWidthUnits;
+    }
+    records.ReadTable<LibraryFormat::kTexts>(TextFields(mParameters));
     return std::max(count, 0);
 }
 
@@ -148,10 +136,7 @@ bool CRailSet::Save()
     if (file == nullptr) {
         return false;
     }
-    unsigned char header[kHeaderSize];
-    BigEndian::StoreUnsigned32(kMagic, header);
-    BigEndian::StoreUnsigned32(kVersion, header + 4);
-    fwrite(header, sizeof header, 1, file);
+    tDocumentHeader{LibraryFormat::kMagic, LibraryFormat::kVersion}.Write(file);
     KVUDate::FormatNow(mParameters.modificationDate, sizeof mParameters.modificationDate);
     WriteParameters(file);
     const std::string libraryName = ULibraryFiles::GetLibraryName(mPath);
@@ -165,22 +150,11 @@ bool CRailSet::Save()
 
 void CRailSet::WriteParameters(FILE* file) const
 {
-    const tRailSetParameters& from = mParameters;
     CTaggedFile records(file);
-    records.Write(kKeyNumElements, static_cast<int>(mElements.size()));
-    records.Write(kKeyModelScale, from.modelScale);
-    records.Write(kKeyContentType, from.contentType);
-    records.Write(kKeyCurrency, from.currency);
-    records.Write(kKeyGauge, KVUNum::d2i(from.gauge * kWidthUnits));
-    records.Write(kKeyTrackbedWidth, KVUNum::d2i(from.trackbedWidth * kWidthUnits));
-    records.Write(kKeyRailWidth, KVUNum::d2i(from.railWidth * kWidthUnits));
-    records.Write(kKeyText107, from.text107);
-    records.Write(kKeyManufacturer, from.manufacturer);
-    records.Write(kKeyText109, from.text109);
-    records.Write(kKeyText110, from.text110);
-    records.Write(kKeyPrefix, from.prefix);
-    records.Write(kKeyText112, from.text112);
-    records.Write(kKeyText113, from.text113);
-    records.Write(kKeyCreationDate, from.creationDate);
-    records.Write(kKeyModificationDate, from.modificationDate);
+    records.Write(LibraryFormat::kNumElements.key, static_cast<int>(mElements.size()));
+    records.WriteTable<LibraryFormat::kCodes>(CodeFields(mParameters));
+    for (size_t i = 0; i < std::size(kWidths); ++i) {
+        records.Write(LibraryFormat::kWidths[i].key, KVUNum::d2i(mParameters.*kWidths[i] * kWidthUnits));
+    }
+    records.WriteTable<LibraryFormat::kTexts>(TextFields(mParameters));
 }

@@ -4,40 +4,13 @@
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
-#include "KVUByteOrdering/KVUByteOrdering.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UPointVec.h"
 #include "Utilities/Geometry/UReach.h"
 
 #include <cstdint>
 #include <cstring>
-
-namespace {
-enum : unsigned short {
-    kKeyXOffset = 301,
-    kKeyYOffset,
-    kKeyGauge,
-    kKeyAngle,
-    kKeyJoint0Allowed,
-    kKeyJoint1Allowed,
-    kKeyTrackbedWidth,
-    kKeyRailWidth,
-    kKeyMidRailFlag,
-    kKeyFixedColor
-};
-
-/// The common block as it is always written.
-constexpr CRecordRun kCommonBlock({{kKeyXOffset, 8},
-                                   {kKeyYOffset, 8},
-                                   {kKeyGauge, 8},
-                                   {kKeyAngle, 8},
-                                   {kKeyJoint0Allowed, 1},
-                                   {kKeyJoint1Allowed, 1},
-                                   {kKeyTrackbedWidth, 8},
-                                   {kKeyRailWidth, 8},
-                                   {kKeyMidRailFlag, 4},
-                                   {kKeyFixedColor, 6}});
-} // namespace
 
 CBasicGeometry::CBasicGeometry() = default;
 
@@ -245,42 +218,20 @@ void CBasicGeometry::WarnUnsupported(const char* function, int version)
     ULog::Warn("%s: Unsupported file format (version %d)", function, version);
 }
 
+// In the order of their records.
+auto CBasicGeometry::CommonFields()
+{
+    return std::tie(mItemXOffset, mItemYOffset, mGauge, mAngle, mJointAllowed[0], mJointAllowed[1], mTrackbedWidth,
+                    mRailWidth, mMidRailFlag, mFixedColor);
+}
+
 bool CBasicGeometry::Load(FILE* file, int version)
 {
     if (!IsKnownVersion(version)) {
         WarnUnsupported("virtual bool CBasicGeometry::Load(FILE *, int)", version);
         return false;
     }
-    CTaggedFile records(file);
-    if (const unsigned char* block = records.TakeRun(kCommonBlock)) {
-        const auto data = [block](size_t record) { return block + kCommonBlock.GetDataOffset(record); };
-        mItemXOffset = BigEndian::FixedPoint(data(0));
-        mItemYOffset = BigEndian::FixedPoint(data(1));
-        mGauge = BigEndian::FixedPoint(data(2));
-        mAngle = BigEndian::FixedPoint(data(3));
-        mJointAllowed[0] = *data(4) != 0;
-        mJointAllowed[1] = *data(5) != 0;
-        mTrackbedWidth = BigEndian::FixedPoint(data(6));
-        mRailWidth = BigEndian::FixedPoint(data(7));
-        mMidRailFlag = BigEndian::Signed32(data(8));
-        std::memcpy(&mFixedColor, data(9), sizeof mFixedColor);
-        KVUByteOrdering::SwapBigToHost(mFixedColor);
-    } else {
-        records.Read(kKeyXOffset, mItemXOffset);
-        records.Read(kKeyYOffset, mItemYOffset);
-        records.Read(kKeyGauge, mGauge);
-        records.Read(kKeyAngle, mAngle);
-        records.Read(kKeyJoint0Allowed, mJointAllowed[0]);
-        records.Read(kKeyJoint1Allowed, mJointAllowed[1]);
-        records.Read(kKeyTrackbedWidth, mTrackbedWidth);
-        records.Read(kKeyRailWidth, mRailWidth);
-        records.Read(kKeyMidRailFlag, mMidRailFlag);
-        RGBColor color = mFixedColor;
-        KVUByteOrdering::SwapHostToBig(color); // so that a missing colour stays the default
-        records.Read(kKeyFixedColor, &color, sizeof color);
-        KVUByteOrdering::SwapBigToHost(color);
-        mFixedColor = color;
-    }
+    CTaggedFile(file).ReadTable<ComponentFormat::kCommon>(CommonFields());
     mJoints[0].SetActiveTo(mJointAllowed[0]);
     mJoints[1].SetActiveTo(mJointAllowed[1]);
     return true;
@@ -288,17 +239,5 @@ bool CBasicGeometry::Load(FILE* file, int version)
 
 void CBasicGeometry::Save(FILE* file)
 {
-    CTaggedFile records(file);
-    records.Write(kKeyXOffset, mItemXOffset);
-    records.Write(kKeyYOffset, mItemYOffset);
-    records.Write(kKeyGauge, mGauge);
-    records.Write(kKeyAngle, mAngle);
-    records.Write(kKeyJoint0Allowed, mJointAllowed[0]);
-    records.Write(kKeyJoint1Allowed, mJointAllowed[1]);
-    records.Write(kKeyTrackbedWidth, mTrackbedWidth);
-    records.Write(kKeyRailWidth, mRailWidth);
-    records.Write(kKeyMidRailFlag, mMidRailFlag);
-    RGBColor color = mFixedColor;
-    KVUByteOrdering::SwapHostToBig(color);
-    records.Write(kKeyFixedColor, &color, sizeof color);
+    CTaggedFile(file).WriteTable<ComponentFormat::kCommon>(CommonFields());
 }

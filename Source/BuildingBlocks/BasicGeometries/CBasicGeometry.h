@@ -8,6 +8,7 @@
 #include "CColor/RGBColor.h"
 #include "CPoint/CPoint.h"
 #include "CRect/DRect.h"
+#include "Formats/ElementFormat.h"
 
 #include <cstdio>
 #include <memory>
@@ -139,7 +140,10 @@ protected:
     /// A component's own fields in raw memory that starts with the common record.
     static const void* BehindCommonRecord(const void* raw) { return static_cast<const char*>(raw) + kCommonRawSize; }
     /// True for the element versions whose component records are known.
-    static bool IsKnownVersion(int version) { return version == 3 || version == 4; }
+    static bool IsKnownVersion(int version)
+    {
+        return version >= ElementFormat::kOldestVersion && version <= ElementFormat::kCurrentVersion;
+    }
     /// Reports a record version that `function` does not know.
     static void WarnUnsupported(const char* function, int version);
     /// Allows or disallows both joints, active as allowed.
@@ -158,4 +162,7 @@ protected:
     RGBColor mFixedColor = {0, 0, 0};
     bool mJointAllowed[2] = {true, true};
     CJoint mJoints[2];
+
+private:
+    auto CommonFields();
 };

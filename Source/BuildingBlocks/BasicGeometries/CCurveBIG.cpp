@@ -1,7 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
@@ -164,9 +164,7 @@ bool CCurveBIG::Load(FILE* file, int version)
     if (!CBasicGeometry::Load(file, version)) {
         return false;
     }
-    CTaggedFile records(file);
-    records.Read(kKeyRadius, mRadius);
-    records.Read(kKeyArcAngle, mArcAngle);
+    CTaggedFile(file).ReadTable<ComponentFormat::kCurve>(std::tie(mRadius, mArcAngle));
     UpdateCurvedRailLength();
     return true;
 }
@@ -174,8 +172,7 @@ bool CCurveBIG::Load(FILE* file, int version)
 void CCurveBIG::Save(FILE* file)
 {
     CTaggedFile records(file);
-    records.Write(kKeyType, GetType());
+    records.Write(ComponentFormat::kType.key, GetType());
     CBasicGeometry::Save(file);
-    records.Write(kKeyRadius, mRadius);
-    records.Write(kKeyArcAngle, mArcAngle);
+    records.WriteTable<ComponentFormat::kCurve>(std::tie(mRadius, mArcAngle));
 }

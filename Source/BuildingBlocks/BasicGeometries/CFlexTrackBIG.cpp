@@ -1,7 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
@@ -235,11 +235,11 @@ bool CFlexTrackBIG::Load(FILE* file, int version)
 {
     CTaggedFile records(file);
     int polygonCode = 0;
-    records.Read(kKeyType, polygonCode); // the element has read the flexible track's own
+    records.Read(ComponentFormat::kType.key, polygonCode); // the element has read the flexible track's own
     if (!CPolyBIG::Load(file, version)) {
         return false;
     }
-    records.Read(kKeyMaxLength, mMaxLength);
+    records.ReadTable<ComponentFormat::kFlexTrack>(std::tie(mMaxLength));
     CalcBezierCurve();
     return true;
 }
@@ -247,7 +247,7 @@ bool CFlexTrackBIG::Load(FILE* file, int version)
 void CFlexTrackBIG::Save(FILE* file)
 {
     CTaggedFile records(file);
-    records.Write(kKeyType, GetType());
+    records.Write(ComponentFormat::kType.key, GetType());
     CPolyBIG::Save(file);
-    records.Write(kKeyMaxLength, mMaxLength);
+    records.WriteTable<ComponentFormat::kFlexTrack>(std::tie(mMaxLength));
 }

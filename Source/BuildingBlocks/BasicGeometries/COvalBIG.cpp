@@ -1,7 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
@@ -77,19 +77,14 @@ bool COvalBIG::Load(FILE* file, int version)
     if (!CBasicGeometry::Load(file, version)) {
         return false;
     }
-    CTaggedFile records(file);
-    records.Read(kKeyRadiusX, mRadiusX);
-    records.Read(kKeyRadiusY, mRadiusY);
-    records.Read(kKeyOvalLineThickness, mLineThickness);
+    CTaggedFile(file).ReadTable<ComponentFormat::kOval>(std::tie(mRadiusX, mRadiusY, mLineThickness));
     return true;
 }
 
 void COvalBIG::Save(FILE* file)
 {
     CTaggedFile records(file);
-    records.Write(kKeyType, GetType());
+    records.Write(ComponentFormat::kType.key, GetType());
     CBasicGeometry::Save(file);
-    records.Write(kKeyRadiusX, mRadiusX);
-    records.Write(kKeyRadiusY, mRadiusY);
-    records.Write(kKeyOvalLineThickness, mLineThickness);
+    records.WriteTable<ComponentFormat::kOval>(std::tie(mRadiusX, mRadiusY, mLineThickness));
 }

@@ -1,7 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
@@ -221,32 +221,27 @@ bool CPolyBIG::Load(FILE* file, int version)
     }
     CTaggedFile records(file);
     int count = 0;
-    records.Read(kKeyNumPoints, count);
+    records.Read(ComponentFormat::kNumPoints.key, count);
     for (int i = 0; i < count; ++i) {
         CPoint point;
-        records.Read(kKeyPointX, point.x);
-        if (!records.Read(kKeyPointY, point.y) && records.AtEnd()) {
+        records.ReadTable<ComponentFormat::kPoint>(std::tie(point.x, point.y));
+        if (records.AtEnd()) {
             break;
         }
         mPoints.push_back(point);
     }
-    records.Read(kKeyCloseFlag, mCloseFlag);
-    records.Read(kKeyLegacySubType, mLegacySubType);
-    records.Read(kKeyPolyLineThickness, mLineThickness);
+    records.ReadTable<ComponentFormat::kPolygon>(std::tie(mCloseFlag, mLegacySubType, mLineThickness));
     return true;
 }
 
 void CPolyBIG::Save(FILE* file)
 {
     CTaggedFile records(file);
-    records.Write(kKeyType, static_cast<int>(kPolyType));
+    records.Write(ComponentFormat::kType.key, static_cast<int>(kPolyType));
     CBasicGeometry::Save(file);
-    records.Write(kKeyNumPoints, GetNumberOfPoints());
+    records.Write(ComponentFormat::kNumPoints.key, GetNumberOfPoints());
     for (const CPoint& point : mPoints) {
-        records.Write(kKeyPointX, point.x);
-        records.Write(kKeyPointY, point.y);
+        records.WriteTable<ComponentFormat::kPoint>(std::tie(point.x, point.y));
     }
-    records.Write(kKeyCloseFlag, mCloseFlag);
-    records.Write(kKeyLegacySubType, mLegacySubType);
-    records.Write(kKeyPolyLineThickness, mLineThickness);
+    records.WriteTable<ComponentFormat::kPolygon>(std::tie(mCloseFlag, mLegacySubType, mLineThickness));
 }

@@ -1,7 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
@@ -132,8 +132,7 @@ bool CStraightBIG::Load(FILE* file, int version)
     if (!CBasicGeometry::Load(file, version)) {
         return false;
     }
-    CTaggedFile records(file);
-    records.Read(kKeyLength, mLength);
+    CTaggedFile(file).ReadTable<ComponentFormat::kStraight>(std::tie(mLength));
     mTrackLength = mLength;
     return true;
 }
@@ -141,7 +140,7 @@ bool CStraightBIG::Load(FILE* file, int version)
 void CStraightBIG::Save(FILE* file)
 {
     CTaggedFile records(file);
-    records.Write(kKeyType, GetType());
+    records.Write(ComponentFormat::kType.key, GetType());
     CBasicGeometry::Save(file);
-    records.Write(kKeyLength, mLength);
+    records.WriteTable<ComponentFormat::kStraight>(std::tie(mLength));
 }

@@ -1,10 +1,10 @@
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 
-#include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "Drawing/UTextComponentBoundsCalculator.h"
+#include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UReach.h"
@@ -15,8 +15,6 @@
 #include <cstring>
 
 namespace {
-/// Bytes of the font name block: a length and the characters.
-constexpr size_t kFontNameBlock = 256;
 /// What is stored for every font. Older readers expect these letters where the length should be, and so get "rial".
 constexpr char kSavedFontName[] = "Arial";
 } // namespace
@@ -117,29 +115,32 @@ bool CTextBIG::Load(FILE* file, int version)
     if (!CBasicGeometry::Load(file, version)) {
         return false;
     }
+    const auto& [textSize, textStyle, fontName, text] = ComponentFormat::kTextItem;
     CTaggedFile records(file);
-    records.Read(kKeyTextSize, mTextSize);
-    records.Read(kKeyTextStyle, mTextStyle);
-    char block[kFontNameBlock];
+    records.Read(textSize.key, mTextSize);
+    records.Read(textStyle.key, mTextStyle);
+    char block[fontName.size];
     size_t size = 0;
-    if (records.ReadBlock(kKeyFontName, block, sizeof block, size)) {
+    if (records.ReadBlock(fontName.key, block, sizeof block, size)) {
+        // A length and the characters.
         const size_t length = std::min<size_t>(static_cast<unsigned char>(block[0]), size - 1);
         mFontName.assign(block + 1, strnlen(block + 1, length));
     }
-    records.Read(kKeyText, mText);
+    records.Read(text.key, mText);
     return true;
 }
 
 void CTextBIG::Save(FILE* file)
 {
+    const auto& [textSize, textStyle, fontName, text] = ComponentFormat::kTextItem;
     CTaggedFile records(file);
-    records.Write(kKeyType, GetType());
+    records.Write(ComponentFormat::kType.key, GetType());
     CBasicGeometry::Save(file);
-    records.Write(kKeyTextSize, mTextSize);
-    records.Write(kKeyTextStyle, mTextStyle);
+    records.Write(textSize.key, mTextSize);
+    records.Write(textStyle.key, mTextStyle);
     ULog::Warn("No saving fontnames yet!");
-    char block[kFontNameBlock] = {};
+    char block[fontName.size] = {};
     std::memcpy(block, kSavedFontName, std::strlen(kSavedFontName));
-    records.Write(kKeyFontName, block, sizeof block);
-    records.Write(kKeyText, mText);
+    records.Write(fontName.key, block, sizeof block);
+    records.Write(text.key, mText);
 }

@@ -32,7 +32,7 @@ struct tComponentKind {
 };
 
 /// The table of all kinds. A new kind is its class, its row here, its renderer (CComponentRenderer::Find) and its
-/// records for the checks (CElementChecker).
+/// records (Formats/ComponentFormat.h).
 class UComponentKinds {
 public:
     UComponentKinds() = delete;

@@ -1,11 +1,11 @@
 #include "TrackLibraries/Utilities/ULibraryFiles.h"
 
 #include "CTaggedFile/BigEndian.h"
+#include "Formats/LibraryFormat.h"
 #include "KVUPath/KVUPath.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Streams.h"
 #include "Platform/System.h"
-#include "TrackLibraries/CRailSet.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -111,7 +111,7 @@ bool ULibraryFiles::IsLibraryFile(const std::string& path)
     const Platform::CInputFile input(path);
     unsigned char magic[4];
     return input.Get() != nullptr && fread(magic, sizeof magic, 1, input.Get()) == 1 &&
-           BigEndian::Unsigned32(magic) == CRailSet::kMagic;
+           BigEndian::Unsigned32(magic) == LibraryFormat::kMagic;
 }
 
 std::vector<std::string> ULibraryFiles::Collect(const std::vector<std::string>& paths,

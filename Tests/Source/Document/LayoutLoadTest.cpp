@@ -32,13 +32,14 @@ tLayout SmallLayout(int version)
     return layout;
 }
 
-/// What differs between two runs of the settings' records, as "key" texts; dates, private author and zoom left out.
+/// What differs between two runs of the settings' records, as "key" texts; what a save sets by itself left out.
 std::vector<int> ChangedSettings(const CRecords& expected, const CRecords& saved)
 {
     std::vector<int> changed;
     for (int key = 400; key <= 430; ++key) {
         const bool ofLayout = key == 423 || key == 424 || key == 425;
-        if (!ofLayout && key != 401 && key != 403 && key != 417 && expected.DataOf(key) != saved.DataOf(key)) {
+        const bool isSet = key == 401 || key == 403 || key == 417;
+        if (!ofLayout && !isSet && expected.DataOf(key) != saved.DataOf(key)) {
             changed.push_back(key);
         }
     }
