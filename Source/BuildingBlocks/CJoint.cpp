@@ -55,6 +55,13 @@ bool CJoint::AppropriateAngleForConnection(const CJoint& other) const
     return difference < kConnectionTolerance || 360.0 - difference < kConnectionTolerance;
 }
 
+bool CJoint::LiesAt(const CJoint& other) const
+{
+    return std::fabs(mPosition.x - other.mPosition.x) <= kSnapTolerance &&
+           std::fabs(mPosition.y - other.mPosition.y) <= kSnapTolerance &&
+           std::fabs(mPosition.z - other.mPosition.z) <= kSnapTolerance;
+}
+
 double CJoint::DistanceToJoint(const CJoint& other) const
 {
     return mPosition.CalcDistance2D(other.mPosition);

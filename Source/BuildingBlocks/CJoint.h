@@ -14,6 +14,8 @@ using tJointOpFlag = unsigned short;
 /// owner and partner without owning them; a joint that dies frees its partner.
 class CJoint {
 public:
+    /// How far joints that are connected may lie apart along each axis, mm.
+    static constexpr double kSnapTolerance = 0.5;
     /// What CalculateTrackMarkEndpoints marks: this value the local point, every other the absolute position.
     static constexpr int kMarkLocalPoint = 2;
 
@@ -37,6 +39,8 @@ public:
 
     /// True when the two joints face exactly opposite ways, to within 0.01 degrees.
     bool AppropriateAngleForConnection(const CJoint& other) const;
+    /// Whether the positions are close enough for a connection, heights included.
+    bool LiesAt(const CJoint& other) const;
     /// Distance of the positions in the drawing plane, mm; heights are ignored.
     double DistanceToJoint(const CJoint& other) const;
     /// Ends of the cross line of length 2 × `halfWidth` through the joint, perpendicular to its direction.

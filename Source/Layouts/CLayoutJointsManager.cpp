@@ -13,8 +13,6 @@
 
 namespace {
 constexpr double kSmallestSnapRadius = 2.5;
-/// How far joints that snap may lie apart along each axis; whatever radius the user prefers for dragging.
-constexpr double kSnapTolerance = 0.5;
 /// By how much the searched square exceeds the radius.
 constexpr double kSnapAreaMargin = 1.0;
 constexpr int kDefaultScale = 16;
@@ -154,17 +152,15 @@ void CLayoutJointsManager::privateSnapCloseJoints()
         if (!a->second->IsActive()) {
             continue;
         }
-        const CPoint& place = a->second->GetPosition();
         for (auto b = std::next(a); b != free.end(); ++b) {
             if (!b->second->IsActive() || b->second->GetOwner() == a->second->GetOwner()) {
                 continue;
             }
-            if (b->first - a->first > kSnapTolerance) {
+            if (b->first - a->first > CJoint::kSnapTolerance) {
                 break;
             }
-            const CPoint& other = b->second->GetPosition();
-            if (std::fabs(place.y - other.y) <= kSnapTolerance && std::fabs(place.z - other.z) <= kSnapTolerance &&
-                a->second->AppropriateAngleForConnection(*b->second)) {
+            // Whatever radius the user prefers for dragging.
+            if (a->second->LiesAt(*b->second) && a->second->AppropriateAngleForConnection(*b->second)) {
                 a->second->ConnectToJoint(b->second);
                 break;
             }

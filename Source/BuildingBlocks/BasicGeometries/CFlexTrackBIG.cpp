@@ -1,5 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 
+#include "BuildingBlocks/CCompositeGeometry.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
@@ -46,6 +47,8 @@ bool CFlexTrackBIG::SkipRaw(CRawWalk& walk)
 void CFlexTrackBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle,
                                         int lineThickness, tPolyLegacySubType legacySubType)
 {
+    mJoints[0].DisconnectJoint();
+    mJoints[1].DisconnectJoint();
     CPolyBIG::SpecifyPolyGeometry(x, y, points, angle, lineThickness, legacySubType);
     CalcBezierCurve();
 }
@@ -72,24 +75,83 @@ bool CFlexTrackBIG::MayBecome(const std::vector<CPoint>& points) const
     return UBezier::Length(points) <= GetLengthLimit();
 }
 
-bool CFlexTrackBIG::SetPoints(const std::vector<CPoint>& points)
+bool CFlexTrackBIG::Fit(std::vector<CPoint>& points, double spare) const
 {
-    std::vector<CPoint> wanted = points;
-    UPointVec::ClampToReach(wanted);
+    UPointVec::ClampToReach(points);
     const double limit = GetLengthLimit();
-    if (UBezier::Length(wanted) > limit) {
-        const auto isSame = [](const CPoint& a, const CPoint& b) { return a.x == b.x && a.y == b.y; };
-        const bool pullsFirst =
-            !mPoints.empty() && isSame(mPoints.back(), wanted.back()) && !isSame(mPoints.front(), wanted.front());
-        if (pullsFirst) {
-            std::reverse(wanted.begin(), wanted.end());
+    if (UBezier::Length(points) <= std::max(limit, mMaxLength * (1.0 + spare))) {
+        return true;
+    }
+    const bool holdsFirst = IsHeld(0, points.front());
+    const bool holdsLast = IsHeld(1, points.back());
+    if (holdsFirst && holdsLast) {
+        if (points.size() != mPoints.size()) {
+            return false;
         }
-        DrawBack(wanted, limit);
-        if (pullsFirst) {
-            std::reverse(wanted.begin(), wanted.end());
+        GoTowards(points, limit);
+        return true;
+    }
+    const auto isSame = [](const CPoint& a, const CPoint& b) { return a.x == b.x && a.y == b.y; };
+    const bool pullsFirst =
+        !mPoints.empty() && isSame(mPoints.back(), points.back()) && !isSame(mPoints.front(), points.front());
+    const bool drawsFirst = holdsLast || (pullsFirst && !holdsFirst);
+    if (drawsFirst) {
+        std::reverse(points.begin(), points.end());
+    }
+    DrawBack(points, limit);
+    if (drawsFirst) {
+        std::reverse(points.begin(), points.end());
+    }
+    return true;
+}
+
+bool CFlexTrackBIG::IsHeld(int joint, const CPoint& wanted) const
+{
+    if (mJoints[joint].GetPartner() == nullptr || mPoints.empty()) {
+        return false;
+    }
+    const CPoint& end = joint == 0 ? mPoints.front() : mPoints.back();
+    return end.CalcDistance2D(wanted) <= CJoint::kSnapTolerance;
+}
+
+void CFlexTrackBIG::GoTowards(std::vector<CPoint>& wanted, double limit) const
+{
+    const auto at = [&](double share) {
+        std::vector<CPoint> points = mPoints;
+        for (size_t i = 0; i < points.size(); ++i) {
+            points[i] = points[i] + (wanted[i] - points[i]) * share;
+        }
+        return points;
+    };
+    double fits = 0.0;
+    double tooLong = 1.0;
+    for (int i = 0; i < kDrawBackSteps; ++i) {
+        const double middle = (fits + tooLong) / 2.0;
+        (UBezier::Length(at(middle)) <= limit ? fits : tooLong) = middle;
+    }
+    wanted = at(fits);
+}
+
+void CFlexTrackBIG::Edited()
+{
+    const CCompositeGeometry* element = mJoints[0].GetOwner();
+    if (element != nullptr) {
+        DefineJoints(element->GetPosition(), element->GetAngle(), element->GetGrade(), kPlaceForConnection);
+    } else {
+        DefineJoints(CPoint::ZeroPos, 0.0, CGradeVector::ZeroGrade, kPlaceForConnection);
+    }
+    for (CJoint& joint : mJoints) {
+        CJoint* const partner = joint.GetPartner();
+        if (partner == nullptr) {
+            continue;
+        }
+        if (partner->GetOwner() != nullptr && partner->GetOwner() != element) {
+            partner->GetOwner()->DefineAllJoints(); // its element may have been moved since they were placed
+        }
+        if (!joint.LiesAt(*partner)) {
+            joint.DisconnectJoint();
         }
     }
-    return CPolyBIG::SetPoints(wanted);
 }
 
 void CFlexTrackBIG::DrawBack(std::vector<CPoint>& points, double limit)
@@ -153,6 +215,7 @@ void CFlexTrackBIG::SetAngle(double angle)
 {
     CPolyBIG::SetAngle(angle);
     CalcBezierCurve();
+    Edited();
 }
 
 void CFlexTrackBIG::CalcBezierCurve()

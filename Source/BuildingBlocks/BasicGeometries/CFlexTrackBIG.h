@@ -8,8 +8,12 @@
 /// either end. It turns about the middle of its points like a polygon, and is never closed.
 ///
 /// Edits respect the maximum length as the real thing does: a track that is bent more, or pulled, beyond it draws back
-/// its last end along its course; its first end when that is the one being pulled. A track that a document made longer
-/// may stay as long, but no edit makes it grow. A maximum that is not positive bounds nothing.
+/// its last end along its course; its first end when that is the one being pulled, or the only one that is free. With
+/// both ends connected it moves as far as its length allows, and takes no point that needs more. A point inserted
+/// halfway may lengthen it a little. A track that a document made longer may stay as long, but no edit makes it grow. A
+/// maximum that is not positive bounds nothing.
+///
+/// An edit places both joints anew, and frees one that has left its partner.
 class CFlexTrackBIG : public CPolyBIG {
 public:
     CFlexTrackBIG();
@@ -41,7 +45,6 @@ public:
 
     void SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>& points, double angle, int lineThickness,
                              tPolyLegacySubType legacySubType) override;
-    bool SetPoints(const std::vector<CPoint>& points) override;
     /// An end that is connected is no handle: its neighbour holds it.
     int PointIsCloseToHandle(const CPoint& point, Point32& handle) const override;
     /// Multiplies the maximum length too: the same article in another scale.
@@ -64,6 +67,8 @@ public:
 protected:
     bool IsClosed() const override { return false; }
     void PointsChanged() override { CalcBezierCurve(); }
+    void Edited() override;
+    bool Fit(std::vector<CPoint>& points, double spare) const override;
     bool MayBecome(const std::vector<CPoint>& points) const override;
     /// On the curve, so that a point more does not change it much.
     CPoint Halfway(size_t from, size_t to) const override;
@@ -73,6 +78,10 @@ private:
     double GetLengthLimit() const;
     /// Cuts the list of points where their curve is that long, from the first of them on.
     static void DrawBack(std::vector<CPoint>& points, double limit);
+    /// Goes from the points towards as many wanted ones as far as that length allows.
+    void GoTowards(std::vector<CPoint>& wanted, double limit) const;
+    /// Whether an end is connected, and stays where it is.
+    bool IsHeld(int joint, const CPoint& wanted) const;
 
     static constexpr double kLengthUnknown = -1.0;
 

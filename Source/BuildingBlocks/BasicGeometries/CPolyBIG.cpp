@@ -16,7 +16,7 @@
 
 CPolyBIG::CPolyBIG(CPolyBIG* source)
     : CBasicGeometry(source), mPoints(source->mPoints), mRotatedPoints(source->mRotatedPoints),
-      mFirstWorkPoint(source->mFirstWorkPoint), mCloseFlag(source->mCloseFlag), mSecondFlag(source->mSecondFlag),
+      mEditedPoint(source->mEditedPoint), mCloseFlag(source->mCloseFlag), mSecondFlag(source->mSecondFlag),
       mLineThickness(source->GetLineThickness()), mLegacySubType(source->mLegacySubType),
       mSecondWorkPoint(source->mSecondWorkPoint)
 {}
@@ -52,6 +52,7 @@ void CPolyBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>
     mLegacySubType = legacySubType;
     mPoints = points;
     UPointVec::ClampToReach(mPoints);
+    mEditedPoint = -1;
     mLineThickness = lineThickness;
     AllowJoints(false, false);
 }

@@ -86,7 +86,7 @@ public:
     virtual bool DelPoint(int index);
     /// Moves the point added or inserted last into a direction seen from its neighbour in front (from the one behind
     /// for the first point): "h" level with it, "v" straight above or below it, "d" the nearest multiple of 45°.
-    /// @return false for another word, or when there is no such point any more
+    /// @return false for any other text, or when there is no such point, or none any more
     virtual bool RestrictPolyPoint(const char* restriction);
     /// The handle that a click takes hold of: the nearest point within kHandleReach.
     /// @param point   in the element's coordinates
@@ -100,7 +100,8 @@ public:
     virtual void MirrorPointsVertically();
     /// Takes over the points of another open line of the same kind, joined where two of their ends are nearest; ends
     /// that meet become one point, a gap becomes an edge. A line whose ends then meet is closed. The direction of this
-    /// line stays, the other line is left as it is. @return false when either is closed or empty
+    /// line stays. The other line is left as it is, but for what its far joint was connected to, which this one's joint
+    /// there takes over. @return false when either is closed or empty
     virtual bool Merge(CPolyBIG* other);
     /// Turns the points by the component's own angle, which becomes 0, drops those that repeat their predecessor and
     /// lets their box begin at (0, 0). Nothing moves in the element.
@@ -121,6 +122,12 @@ protected:
     virtual bool IsClosed() const { return mCloseFlag; }
     /// Brings what depends on the points up to date.
     virtual void PointsChanged() {}
+    /// What follows an edit once all lies where it stays.
+    virtual void Edited() {}
+    /// Changes the points that an edit wants to what may be.
+    /// @param spare  by how much of itself a maximum may be exceeded
+    /// @return false when nothing like it may be
+    virtual bool Fit(std::vector<CPoint>& points, double spare) const;
     /// Whether a merged line may become that.
     virtual bool MayBecome(const std::vector<CPoint>&) const { return true; }
     /// The point halfway between two neighbours.
@@ -132,13 +139,14 @@ protected:
     /// Nearest handle among the points from `first` to before `last`.
     int FindHandle(const CPoint& point, int first, int last, Point32& handle) const;
     /// Replaces the points so that those that stay keep their place.
-    bool Edit(const std::vector<CPoint>& points);
+    bool Edit(std::vector<CPoint> points, double spare = 0.0);
+    bool Insert(int index, const CPoint& point, double spare);
     bool IsIndex(int index) const { return index >= 0 && index < GetNumberOfPoints(); }
 
     std::vector<CPoint> mPoints;
     std::vector<CPoint>
-        mRotatedPoints;     ///< the points turned by the component's own angle, where a component needs them
-    CPoint mFirstWorkPoint; ///< the point added or inserted last
+        mRotatedPoints;    ///< the points turned by the component's own angle, where a component needs them
+    int mEditedPoint = -1; ///< index of the point added or inserted last, or -1
     bool mCloseFlag = true;
     bool mSecondFlag = true; ///< not stored in files
     int mLineThickness = 1;

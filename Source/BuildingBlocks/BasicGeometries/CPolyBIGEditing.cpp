@@ -9,10 +9,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <iterator>
+#include <limits>
+#include <utility>
 
 namespace {
 constexpr double kPi = 3.141592653589793;
+/// A point more on a track changes its curve a little, although it lies on it: by more than rounding, by less than a
+/// joint may be off.
+constexpr double kInsertedSpare = 1e-3;
+constexpr double kAnySpare = std::numeric_limits<double>::infinity();
 
 bool IsSamePoint(const CPoint& a, const CPoint& b)
 {
@@ -35,25 +40,44 @@ double CPolyBIG::GetElementAngle() const
     return element != nullptr ? element->GetAngle() : 0.0;
 }
 
-bool CPolyBIG::SetPoints(const std::vector<CPoint>& points)
+bool CPolyBIG::Fit(std::vector<CPoint>& points, double) const
 {
-    mPoints = points;
-    UPointVec::ClampToReach(mPoints);
-    PointsChanged();
+    UPointVec::ClampToReach(points);
     return true;
 }
 
-bool CPolyBIG::Edit(const std::vector<CPoint>& points)
+bool CPolyBIG::SetPoints(const std::vector<CPoint>& points)
 {
-    const CPoint before = GetMiddle();
-    if (!SetPoints(points)) {
+    std::vector<CPoint> fitting = points;
+    if (!Fit(fitting, 0.0)) {
         return false;
     }
+    if (fitting.size() != mPoints.size()) {
+        mEditedPoint = -1;
+    }
+    mPoints.swap(fitting);
+    PointsChanged();
+    Edited();
+    return true;
+}
+
+bool CPolyBIG::Edit(std::vector<CPoint> points, double spare)
+{
+    const CPoint before = GetMiddle();
+    if (!Fit(points, spare)) {
+        return false;
+    }
+    if (points.size() != mPoints.size()) {
+        mEditedPoint = -1;
+    }
+    mPoints.swap(points);
+    PointsChanged();
     // A point p lies at offset + middle + turned (p - middle), so the offset makes up for the new middle.
     const CPoint moved = before - GetMiddle();
     const tDirection turn = UArcGeometry::Direction(mAngle + GetElementAngle());
     MoveItemBy(moved.x - (moved.x * turn.cosine - moved.y * turn.sine),
                moved.y - (moved.y * turn.cosine + moved.x * turn.sine));
+    Edited();
     return true;
 }
 
@@ -75,6 +99,11 @@ bool CPolyBIG::AddPoint(const CPoint& point)
 
 bool CPolyBIG::InsertPointAtIdx(int index, const CPoint& point)
 {
+    return Insert(index, point, index > 0 && index < GetNumberOfPoints() ? kInsertedSpare : 0.0);
+}
+
+bool CPolyBIG::Insert(int index, const CPoint& point, double spare)
+{
     if (index < 0 || index > GetNumberOfPoints()) {
         return false;
     }
@@ -83,10 +112,11 @@ bool CPolyBIG::InsertPointAtIdx(int index, const CPoint& point)
     points.assign(mPoints.begin(), mPoints.begin() + index);
     points.push_back(point);
     points.insert(points.end(), mPoints.begin() + index, mPoints.end());
-    if (!Edit(points)) {
+    const size_t count = points.size();
+    if (!Edit(std::move(points), spare)) {
         return false;
     }
-    mFirstWorkPoint = GetPoint(std::min(index, GetNumberOfPoints() - 1));
+    mEditedPoint = mPoints.size() == count ? index : -1;
     return true;
 }
 
@@ -102,7 +132,7 @@ bool CPolyBIG::InsertPointBefore(int index)
     }
     const size_t at = static_cast<size_t>(index);
     if (at > 0) {
-        return InsertPointAtIdx(index, Halfway(at - 1, at));
+        return Insert(index, Halfway(at - 1, at), kAnySpare);
     }
     if (IsClosed()) {
         return InsertPointAtIdx(0, Halfway(mPoints.size() - 1, 0));
@@ -117,7 +147,7 @@ bool CPolyBIG::InsertPointAfter(int index)
     }
     const size_t at = static_cast<size_t>(index);
     if (at + 1 < mPoints.size()) {
-        return InsertPointAtIdx(index + 1, Halfway(at, at + 1));
+        return Insert(index + 1, Halfway(at, at + 1), kAnySpare);
     }
     if (IsClosed()) {
         return InsertPointAtIdx(index + 1, Halfway(at, 0));
@@ -132,17 +162,24 @@ bool CPolyBIG::DelPoint(int index)
     }
     std::vector<CPoint> points = mPoints;
     points.erase(points.begin() + index);
-    return Edit(points);
+    const size_t count = points.size();
+    const int edited = mEditedPoint;
+    if (!Edit(std::move(points))) {
+        return false;
+    }
+    if (mPoints.size() == count && edited != index) {
+        mEditedPoint = edited > index ? edited - 1 : edited;
+    }
+    return true;
 }
 
 bool CPolyBIG::RestrictPolyPoint(const char* restriction)
 {
-    const auto found = std::find_if(mPoints.rbegin(), mPoints.rend(),
-                                    [this](const CPoint& point) { return IsSamePoint(point, mFirstWorkPoint); });
-    if (restriction == nullptr || found == mPoints.rend() || GetNumberOfPoints() < kFewestPoints) {
+    if (restriction == nullptr || restriction[0] == 0 || restriction[1] != 0 || !IsIndex(mEditedPoint) ||
+        GetNumberOfPoints() < kFewestPoints) {
         return false;
     }
-    const size_t index = static_cast<size_t>(std::distance(found, mPoints.rend())) - 1;
+    const auto index = static_cast<size_t>(mEditedPoint);
     const CPoint& neighbour = mPoints[index > 0 ? index - 1 : 1];
     CPoint moved = mPoints[index];
     switch (*restriction) {
@@ -166,11 +203,7 @@ bool CPolyBIG::RestrictPolyPoint(const char* restriction)
     }
     std::vector<CPoint> points = mPoints;
     points[index] = moved;
-    if (!Edit(points)) {
-        return false;
-    }
-    mFirstWorkPoint = GetPoint(std::min(static_cast<int>(index), GetNumberOfPoints() - 1));
-    return true;
+    return Edit(std::move(points));
 }
 
 int CPolyBIG::FindHandle(const CPoint& point, int first, int last, Point32& handle) const
@@ -203,6 +236,7 @@ void CPolyBIG::MirrorPointsHorizontally()
         point.x = 2.0 * middle.x - point.x;
     }
     PointsChanged();
+    Edited();
 }
 
 void CPolyBIG::MirrorPointsVertically()
@@ -212,6 +246,7 @@ void CPolyBIG::MirrorPointsVertically()
         point.y = 2.0 * middle.y - point.y;
     }
     PointsChanged();
+    Edited();
 }
 
 void CPolyBIG::Scale(double factor, bool scaleOffset)
@@ -251,14 +286,15 @@ bool CPolyBIG::Merge(CPolyBIG* other)
     const CPoint& last = mPoints.back();
     const double behind = std::min(distance(last, theirs.front()), distance(last, theirs.back()));
     const double before = std::min(distance(first, theirs.front()), distance(first, theirs.back()));
-    const CPoint& joined = behind <= before ? last : first;
+    const bool isBehind = behind <= before;
+    const CPoint joined = isBehind ? last : first;
     // Behind this line the other follows with its near end first, before it with its near end last.
     const bool nearIsFront = distance(joined, theirs.front()) <= distance(joined, theirs.back());
-    if (nearIsFront != (behind <= before)) {
+    if (nearIsFront != isBehind) {
         std::reverse(theirs.begin(), theirs.end());
     }
-    std::vector<CPoint> points = behind <= before ? mPoints : theirs;
-    const std::vector<CPoint>& rest = behind <= before ? theirs : mPoints;
+    std::vector<CPoint> points = isBehind ? mPoints : theirs;
+    const std::vector<CPoint>& rest = isBehind ? theirs : mPoints;
     if (std::min(behind, before) <= kSamePlace) {
         points.back() = joined;
         points.insert(points.end(), rest.begin() + 1, rest.end());
@@ -268,12 +304,27 @@ bool CPolyBIG::Merge(CPolyBIG* other)
     if (!MayBecome(points)) {
         return false;
     }
+    const int added = static_cast<int>(points.size() - mPoints.size());
     const bool closes = points.size() > 3 && distance(points.front(), points.back()) <= kSamePlace;
     if (closes && GetType() == kPolyType) {
         points.pop_back();
         SetPolyCloseFlag(true);
     }
-    return Edit(points);
+    // The joint at the end that the other line adds goes on where the other's did; what was joined is inside now.
+    CJoint& end = mJoints[isBehind ? 1 : 0];
+    CJoint& far = other->mJoints[nearIsFront ? 1 : 0];
+    CJoint* const onward = far.GetPartner();
+    end.DisconnectJoint();
+    far.DisconnectJoint();
+    if (onward != nullptr && onward != &mJoints[isBehind ? 0 : 1]) {
+        end.ConnectToJoint(onward);
+    }
+    const int edited = mEditedPoint < 0 || isBehind ? mEditedPoint : mEditedPoint + added;
+    if (!Edit(std::move(points))) {
+        return false;
+    }
+    mEditedPoint = IsIndex(edited) ? edited : -1;
+    return true;
 }
 
 void CPolyBIG::Normalize()
@@ -297,12 +348,16 @@ void CPolyBIG::Normalize()
     for (CPoint& point : points) {
         point.MoveBy(-corner.x, -corner.y, 0.0);
     }
+    if (points.size() != mPoints.size()) {
+        mEditedPoint = -1;
+    }
     mPoints.swap(points);
-    SetAngle(0.0);
+    mAngle = 0.0;
     PointsChanged();
     // What was the middle lies where it lay.
     const tVector2D now = Placing(elementAngle).Apply({middle.x - corner.x, middle.y - corner.y});
     MoveItemBy(place.x - now.x, place.y - now.y);
+    Edited();
 }
 
 void CPolyBIG::RoundPointPositions()
@@ -311,5 +366,5 @@ void CPolyBIG::RoundPointPositions()
     for (CPoint& point : points) {
         point.SetPos(std::floor(point.x + 0.5), std::floor(point.y + 0.5));
     }
-    Edit(points);
+    Edit(std::move(points));
 }

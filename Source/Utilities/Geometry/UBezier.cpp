@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
 namespace {
 constexpr double kDegreesPerRadian = 57.29577951308232;
@@ -15,6 +16,8 @@ constexpr int kDeepestHalving = 16;
 constexpr int kCurvatureSteps = 8;
 /// Bisections that narrow a turning point down to the last bits.
 constexpr int kBisections = 60;
+/// What the coordinates of a box may lose by rounding, of their size.
+constexpr double kRounding = 4e-15;
 /// Halvings of a piece for its course: no fewer, so that an S is not taken for a line, and no more.
 constexpr int kLeastCourseDepth = 2;
 constexpr int kDeepestCourse = 8;
@@ -93,30 +96,87 @@ void ForEachRoot(double d0, double d1, double d2, tUse use)
     }
 }
 
-/// Grows a box over the curve points and their offsets on both sides.
+/// Grows a box over the curve points and their offsets on both sides: first over all pieces, then, where NeedsSearch
+/// says so, over what only a search finds.
 class COffsetBox {
 public:
-    COffsetBox(DRect& box, double halfWidth) : mGrow(box), mHalfWidth(halfWidth) {}
+    COffsetBox(DRect& box, double halfWidth) : mBox(box), mGrow(box), mHalfWidth(std::fabs(halfWidth)) {}
 
+    /// Adds the ends of a piece, and where it runs level or upright: there a line beside it is as far out as it gets,
+    /// unless it bends more tightly than its distance.
     void Add(const tBezierSegment& segment)
     {
+        // The end of a piece is the start of the next; only the first piece adds both.
+        if (!mStarted) {
+            AddPoint(segment.p0, Difference(segment.p1, segment.p0));
+            mStarted = true;
+        }
+        if (Holds(BoxOf({segment.p0, segment.p1, segment.p2, segment.p3}), kRounding)) {
+            return;
+        }
         const tVector2D d0 = Difference(segment.p1, segment.p0);
         const tVector2D d1 = Difference(segment.p2, segment.p1);
         const tVector2D d2 = Difference(segment.p3, segment.p2);
-        // The end of a piece is the start of the next; only the first piece adds both.
-        if (!mStarted) {
-            AddPoint(segment.p0, d0);
-            mStarted = true;
-        }
         AddPoint(segment.p3, d2);
-        ForEachRoot(d0.x, d1.x, d2.x, [&](double t) { AddAt(segment, t); });
-        ForEachRoot(d0.y, d1.y, d2.y, [&](double t) { AddAt(segment, t); });
-        if (mHalfWidth != 0.0 && MayBeTight(segment, d0, d1, d2)) {
+        ForEachExtreme(d0, d1, d2, [&](double t) { AddAt(segment, t); });
+        mNeedsSearch = mNeedsSearch || (mHalfWidth != 0.0 && MayBeTight(segment, d0, d1, d2));
+    }
+
+    bool NeedsSearch() const { return mNeedsSearch; }
+
+    /// Adds what a tight bend in a piece comes to. The search is dear, and only a bend near an open end, where the
+    /// curve itself reaches out and the square end of its lines does not, can come to anything.
+    void Search(const tBezierSegment& segment)
+    {
+        DRect box = BoxOf({segment.p0, segment.p1, segment.p2, segment.p3});
+        if (Holds(box, -kRounding)) {
+            return;
+        }
+        const tVector2D d0 = Difference(segment.p1, segment.p0);
+        const tVector2D d1 = Difference(segment.p2, segment.p1);
+        const tVector2D d2 = Difference(segment.p3, segment.p2);
+        CCalcBoundingBox grow(box);
+        grow.Update(segment.p0.x, segment.p0.y);
+        grow.Update(segment.p3.x, segment.p3.y);
+        ForEachExtreme(d0, d1, d2, [&](double t) {
+            const tVector2D point = UBezier::PointAt(segment, t);
+            grow.Update(point.x, point.y);
+        });
+        if (!Holds(box, -kRounding) && MayBeTight(segment, d0, d1, d2)) {
             AddTurningPoints(d0, d1, d2, segment);
         }
     }
 
 private:
+    static DRect BoxOf(std::initializer_list<tVector2D> points)
+    {
+        DRect box = {};
+        CCalcBoundingBox grow(box);
+        for (const tVector2D point : points) {
+            grow.Update(point.x, point.y);
+        }
+        return box;
+    }
+
+    /// Whether the box holds all that lies within half the width of a part of the curve, with so much to spare of what
+    /// the coordinates come to; below 0 it may lack as much.
+    bool Holds(const DRect& part, double spare) const
+    {
+        const double size =
+            std::max({std::fabs(mBox.left), std::fabs(mBox.right), std::fabs(mBox.top), std::fabs(mBox.bottom)});
+        const double reach = mHalfWidth + spare * (size + mHalfWidth);
+        return part.left - reach >= mBox.left && part.right + reach <= mBox.right && part.top - reach >= mBox.top &&
+               part.bottom + reach <= mBox.bottom;
+    }
+
+    /// Calls `use` where a piece with these derivative controls runs level or upright.
+    template <typename tUse>
+    static void ForEachExtreme(tVector2D d0, tVector2D d1, tVector2D d2, tUse use)
+    {
+        ForEachRoot(d0.x, d1.x, d2.x, use);
+        ForEachRoot(d0.y, d1.y, d2.y, use);
+    }
+
     void AddAt(const tBezierSegment& segment, double t)
     {
         AddPoint(UBezier::PointAt(segment, t), UBezier::DerivativeAt(segment, t));
@@ -144,7 +204,7 @@ private:
         const tVector2D e0 = Difference(d1, d0);
         const tVector2D e1 = Difference(d2, d1);
         const double second = 6.0 * std::max(Norm(e0), Norm(e1));
-        return slowest <= 0.0 || second * std::fabs(mHalfWidth) > slowest * slowest;
+        return slowest <= 0.0 || second * mHalfWidth > slowest * slowest;
     }
 
     /// Adds where the curvature passes that of the half width: an offset curve turns back there and may have its
@@ -217,9 +277,11 @@ private:
         std::sort(stops.begin(), stops.end());
     }
 
+    DRect& mBox;
     CCalcBoundingBox mGrow;
     double mHalfWidth;
     bool mStarted = false;
+    bool mNeedsSearch = false;
 };
 
 double TurnBetween(tVector2D from, tVector2D to)
@@ -456,15 +518,19 @@ void UBezier::CalcEndAngles(const std::vector<CPoint>& points, double& start, do
 void UBezier::CalcBox(const std::vector<CPoint>& points, const tTurn& turn, double halfWidth, DRect& box)
 {
     COffsetBox offset(box, halfWidth);
-    const auto add = [&](const tBezierSegment& segment) {
-        offset.Add({turn.Apply(segment.p0), turn.Apply(segment.p1), turn.Apply(segment.p2), turn.Apply(segment.p3)});
+    const auto placed = [&turn](const tBezierSegment& segment) {
+        return tBezierSegment{turn.Apply(segment.p0), turn.Apply(segment.p1), turn.Apply(segment.p2),
+                              turn.Apply(segment.p3)};
     };
-    if (ForEachSegment(points, add) == 0) {
+    if (ForEachSegment(points, [&](const tBezierSegment& segment) { offset.Add(placed(segment)); }) == 0) {
         CCalcBoundingBox grow(box);
         for (const CPoint& point : points) {
-            const tVector2D placed = turn.Apply({point.x, point.y});
-            grow.Update(placed.x, placed.y);
+            const tVector2D at = turn.Apply({point.x, point.y});
+            grow.Update(at.x, at.y);
         }
+    }
+    if (offset.NeedsSearch()) {
+        ForEachSegment(points, [&](const tBezierSegment& segment) { offset.Search(placed(segment)); });
     }
 }
 

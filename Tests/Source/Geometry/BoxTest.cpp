@@ -211,7 +211,8 @@ TEST(Box, OfAFlexibleTrackIsThatOfItsTrackbedHoweverTight)
         const double width = random.Between(0, 60);
         CFlexTrackBIG flex;
         flex.SpecifyFlexGeometry(random.Between(-100, 100), random.Between(-100, 100),
-                                 random.Points(2 + random.Below(6), reach), random.Between(-360, 360), width, 800);
+                                 random.Points(2 + random.Below(i % 20 == 0 ? 80 : 6), reach),
+                                 random.Between(-360, 360), width, 800);
         const double angle = random.Between(-720, 720);
         const auto points = Placed(flex, flex.GetAngle() + angle, flex.GetItemXOffset(), flex.GetItemYOffset());
         std::vector<tLine> edges;

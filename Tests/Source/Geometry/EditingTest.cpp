@@ -2,6 +2,7 @@
 #include "Utilities/Geometry/UBezier.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 /// Adds a polygon to a new element that is turned and moved; the polygon is turned as well.
@@ -227,6 +228,166 @@ TEST(Editing, NoEditMakesAFlexibleTrackLongerThanItsMaximum)
     EXPECT_NEAR(longer.GetTrackLength(), 700, kTolerance);
     longer.SetLineThickness(9);
     EXPECT_EQ(longer.GetLineThickness(), 1);
+}
+
+TEST(Editing, AConnectedTrackStaysWithItsNeighboursOrLetsGo)
+{
+    CRandom random(55);
+    for (int i = 0; i < 120; ++i) {
+        SCOPED_TRACE(i);
+        // A track of nearly its full length, with a neighbour at its first end, its last, or both.
+        auto flex = std::make_unique<CFlexTrackBIG>();
+        CFlexTrackBIG& track = *flex;
+        const std::vector<CPoint> points = {{0, 0, 0}, {150, random.Between(-30, 30), 0}, {300, 0, 0}, {450, 30, 0}};
+        flex->SpecifyFlexGeometry(0, 0, points, 0, 30, UBezier::Length(points) + random.Between(0, 0.5));
+        const double most = track.GetFlexTrackMaxLength() * (1 + 1e-5);
+        const auto element = InTurnedElement(flex.release(), random);
+        CCompositeGeometry neighbours[2];
+        for (int k = 0; k < 2; ++k) {
+            neighbours[k].AppendBIG(RandomComponent(random, kStraightType).release());
+            neighbours[k].AlignComponentJointOnPoint(0, k, track.GetJoint(k)->GetPosition());
+            if (i % 3 != k) {
+                track.GetJoint(k)->ConnectToJoint(neighbours[k].GetBIGAtIndex(0)->GetJoint(k));
+            }
+        }
+        const auto before = Places(*element, track);
+        const auto expectStays = [&] {
+            const auto after = Places(*element, track);
+            for (int k = 0; k < 2; ++k) {
+                EXPECT_EQ(track.GetJoint(k)->GetPartner() != nullptr, i % 3 != k);
+                if (i % 3 != k) {
+                    ExpectSamePlace(k == 0 ? after.front() : after.back(), k == 0 ? before.front() : before.back());
+                }
+            }
+            EXPECT_LE(track.GetTrackLength(), most);
+        };
+        const int middle = 1 + random.Below(2);
+        const CPoint far = track.GetPoint(middle) + CPoint(0, i % 2 == 0 ? 200 : -200, 0);
+        track.InsertPointAtIdx(middle, far); // refused where both ends are held
+        expectStays();
+        if (i % 3 == 2) {
+            EXPECT_EQ(track.GetNumberOfPoints(), 4);
+        } else {
+            EXPECT_GT(track.GetTrackLength(), most * 0.9);
+        }
+        if (i % 3 == 2 && track.GetNumberOfPoints() == 4) {
+            ASSERT_TRUE(track.InsertPointAfter(middle));
+            ASSERT_TRUE(track.RestrictPolyPoint("v"));
+            ASSERT_TRUE(track.DelPoint(middle + 1));
+            expectStays();
+        }
+        // Whatever is done to it, joints that are still connected lie on each other.
+        const std::function<void()> edits[] = {
+            [&] { track.DelPoint(random.Below(track.GetNumberOfPoints())); },
+            [&] { track.AddPoint(random.Point(500)); },
+            [&] { track.SetPoints(random.Points(3, 300)); },
+            [&] { track.InsertPointBefore(0); },
+            [&] { track.MirrorPointsVertically(); },
+            [&] { track.Normalize(); },
+            [&] { static_cast<CBasicGeometry&>(track).SetAngle(random.Between(-9, 9)); },
+            [&] { track.SpecifyFlexGeometry(9, 9, points, 0, 30, 900); },
+        };
+        edits[i % 8]();
+        element->DefineAllJoints();
+        for (int k = 0; k < 2; ++k) {
+            CJoint& joint = *track.GetJoint(k);
+            CJoint& neighbour = *neighbours[k].GetBIGAtIndex(0)->GetJoint(k);
+            neighbours[k].DefineAllJoints();
+            EXPECT_EQ(joint.GetPartner() != nullptr, neighbour.GetPartner() == &joint);
+            EXPECT_EQ(joint.IsActive(), joint.GetPartner() == nullptr);
+            EXPECT_TRUE(joint.GetPartner() == nullptr || joint.LiesAt(neighbour));
+        }
+        if (i % 8 == 5) {
+            expectStays(); // moves nothing
+        }
+    }
+}
+
+TEST(Editing, APointHalfwayLeavesBothEndsOfAFullTrack)
+{
+    CRandom random(56);
+    for (int i = 0; i < 200; ++i) {
+        SCOPED_TRACE(i);
+        std::vector<CPoint> points = {{0, 0, 0}};
+        for (int k = 0; k < 5; ++k) {
+            points.push_back(points.back() + CPoint(random.Between(50, 150), random.Between(-20, 20), 0));
+        }
+        CFlexTrackBIG flex;
+        flex.SpecifyFlexGeometry(0, 0, points, 0, 30, UBezier::Length(points));
+        const int at = random.Below(5);
+        ASSERT_TRUE(i % 2 == 0 ? flex.InsertPointAfter(at) : flex.InsertPointBefore(at + 1));
+        ExpectSamePlace(flex.GetPoint(0), points[0]);
+        ExpectSamePlace(flex.GetPoint(6), points[5]);
+        EXPECT_NEAR(flex.GetTrackLength() / flex.GetFlexTrackMaxLength(), 1.0, 5e-3);
+    }
+}
+
+TEST(Editing, ARestrictionMovesThePointOfTheLastEditAndNoOther)
+{
+    const std::vector<CPoint> square = {{0, 0, 0}, {100, 5, 0}, {100, 100, 0}, {0, 100, 0}};
+    const std::unique_ptr<CPolyBIG> line(Line(square));
+    EXPECT_FALSE(line->RestrictPolyPoint("h")); // none was edited, wherever they lie
+    ASSERT_TRUE(line->InsertPointAtIdx(2, {100, 5, 0}));
+    for (const char* wrong : {"hello", "", "H", "hv"}) {
+        EXPECT_FALSE(line->RestrictPolyPoint(wrong));
+    }
+    line->MirrorPointsHorizontally();
+    ASSERT_TRUE(line->DelPoint(0));
+    ASSERT_TRUE(line->InsertPointAtIdx(1, {40, 50, 0}));
+    ASSERT_TRUE(line->InsertPointAtIdx(4, {90, 90, 0}));
+    ASSERT_TRUE(line->DelPoint(0));
+    const std::unique_ptr<CPolyBIG> other(Line({{-20, 0, 0}, {-10, -10, 0}, {2, 7, 0}}));
+    std::vector<CPoint> points = line->GetPoints();
+    ASSERT_TRUE(line->RestrictPolyPoint("h"));
+    points[3].y = points[2].y;
+    ExpectSamePlaces(line->GetPoints(), points);
+    ASSERT_TRUE(line->Merge(other.get()));
+    const int now = line->GetPoint(0).x == -20 ? 6 : 3;
+    points = line->GetPoints();
+    ASSERT_TRUE(line->RestrictPolyPoint("v"));
+    points[static_cast<size_t>(now)].x = points[static_cast<size_t>(now) - 1].x;
+    ExpectSamePlaces(line->GetPoints(), points);
+    ASSERT_TRUE(line->DelPoint(now));
+    EXPECT_FALSE(line->RestrictPolyPoint("h"));
+}
+
+TEST(Editing, AMergedTrackGoesOnWhereTheOtherDid)
+{
+    CRandom random(57);
+    for (int i = 0; i < 8; ++i) {
+        SCOPED_TRACE(i);
+        const bool isBehind = i % 2 == 0;
+        const bool runsBack = i % 4 < 2; // the other one, which is absorbed
+        const bool isNear = i < 4;       // what follows lies where the other ends
+        std::vector<CPoint> theirs = {{200, 0, 0}, {300, 40, 0}, {400, 0, 0}};
+        auto one = std::make_unique<CFlexTrackBIG>();
+        auto two = std::make_unique<CFlexTrackBIG>();
+        one->SpecifyFlexGeometry(
+            0, 0, isBehind ? std::vector<CPoint>{{0, 0, 0}, {200, 0, 0}} : std::vector<CPoint>{{200, 0, 0}, {0, 0, 0}},
+            0, 30, 900);
+        if (runsBack) {
+            std::reverse(theirs.begin(), theirs.end());
+        }
+        two->SpecifyFlexGeometry(0, 0, theirs, 0, 30, 900);
+        CFlexTrackBIG& mine = *one;
+        CFlexTrackBIG& absorbed = *two;
+        CCompositeGeometry elements[3];
+        elements[0].AppendBIG(one.release());
+        elements[1].AppendBIG(two.release());
+        elements[2].AppendBIG(RandomComponent(random, kStraightType).release());
+        elements[0].DefineAllJoints();
+        elements[1].DefineAllJoints();
+        CJoint* const joined = mine.GetJoint(isBehind ? 1 : 0);
+        CJoint* const far = absorbed.GetJoint(runsBack ? 0 : 1);
+        CJoint* const onward = elements[2].GetBIGAtIndex(0)->GetJoint(0);
+        elements[2].AlignComponentJointOnPoint(0, 0, far->GetPosition() + CPoint(isNear ? 0 : 3, 0, 0));
+        joined->ConnectToJoint(absorbed.GetJoint(runsBack ? 1 : 0));
+        far->ConnectToJoint(onward);
+        ASSERT_TRUE(mine.Merge(&absorbed));
+        EXPECT_EQ(joined->GetPartner(), isNear ? onward : nullptr);
+        EXPECT_EQ(onward->GetPartner(), isNear ? joined : nullptr);
+        EXPECT_TRUE(absorbed.GetJoint(0)->IsActive() && absorbed.GetJoint(1)->IsActive());
+    }
 }
 
 TEST(Editing, LinesWhoseEndsMeetBecomeOne)
