@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <map>
 #include <sstream>
 
@@ -84,6 +85,39 @@ TEST(Parts, SayWhatIsInStockAndWhatMustBeBought)
     const tProgramResult page = RunVelmora({"parts", "--stock", stock, "--format", "html", kSamples + "/oval.velmora"});
     EXPECT_NE(page.out.find("<td>Quirrin Bauten &amp; Zubehör</td>"), std::string::npos);
     EXPECT_NE(page.out.find("<th class=\"number\">To buy</th>"), std::string::npos);
+}
+
+TEST(Parts, TakeTheUsersStockAndSaySo)
+{
+    const std::string home = MakeFolder("home");
+    tProgramRun run;
+    run.environment = {"XDG_DATA_HOME=" + home, "XDG_CONFIG_HOME=" + home};
+    const auto inStock = [&](const std::string& option, std::string& err) {
+        run.arguments = {BUILD_FOLDER "/velmora", "parts", "--format", "json", option, kSamples + "/oval.velmora"};
+        const tProgramResult result = RunProgram(run);
+        EXPECT_EQ(result.status, 0) << result.err;
+        err = result.err;
+        return tJSON::parse(result.out)["parts"][0].value("in_stock", -1);
+    };
+    const auto item = [](int count) { return StockItem("3100", "Halvensen H0 Profilgleis", count); };
+    std::string err;
+    EXPECT_EQ(inStock("--timeout=60", err), -1);
+    EXPECT_EQ(err, "");
+    std::filesystem::create_directories(home + "/Velmora");
+    std::filesystem::copy(StockFile(item(7)), home + "/Velmora/Stock.xml");
+    EXPECT_EQ(inStock("--timeout=60", err), 7);
+    EXPECT_NE(err.find(home + "/Velmora/Stock.xml"), std::string::npos) << err;
+    EXPECT_EQ(inStock("--no-stock", err), -1);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(inStock("--stock=" + StockFile(item(8)), err), 8);
+    EXPECT_EQ(err, "");
+
+    std::filesystem::create_directories(home + "/velmora");
+    WriteFile(home + "/velmora/com.velmora.Velmora.plist",
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist "
+              "version=\"1.0\"><dict><key>VLStockFileName</key><string>Mine.xml</string></dict></plist>");
+    std::filesystem::copy(StockFile(item(9)), home + "/Velmora/Mine.xml");
+    EXPECT_EQ(inStock("--timeout=60", err), 9);
 }
 
 TEST(Parts, MarkWhatLibrariesShareAndWhatTheyDoNotKnow)

@@ -131,7 +131,7 @@ static bool Misbehave(const std::string& command, const tFrame& request)
 
 int main(int argc, char** argv)
 {
-    const std::string plugIn = argc == 11 ? argv[4] : ""; // --socket N --plugin PATH --memory MB and more
+    const std::string plugIn = argc > 4 ? argv[4] : ""; // --socket N --plugin PATH and more
     if (plugIn.ends_with("/dies")) {
         return 5;
     }

@@ -154,6 +154,7 @@ std::string Encode(const tHello& hello)
         writer.Put(std::string_view(layer.detail));
     });
     writer.Put(std::string_view(hello.sandboxNote));
+    writer.Put(std::string_view(hello.stockFile));
     return writer.Take();
 }
 
@@ -171,6 +172,7 @@ bool Decode(std::string_view message, tHello& hello)
         return layer;
     });
     hello.sandboxNote = reader.GetText();
+    hello.stockFile = reader.GetText();
     return reader.IsWhole();
 }
 

@@ -77,6 +77,7 @@ struct tHello {
     eFailure reason = eFailure::kPlugIn;     ///< when not ready: kPlugIn or kSandbox
     std::vector<tSandboxLayer> sandbox = {}; ///< the layers it was to put on
     std::string sandboxNote = {};            ///< why there is no sandbox; empty where there is one
+    std::string stockFile = {};              ///< what the user's preferences call the stock file; empty if not asked
 };
 
 struct tFailure {

@@ -12,6 +12,7 @@
 #include "Layouts/CLayoutStatistics.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Streams.h"
+#include "Preferences/CVLPreferences.h"
 #include "Stock/CStock.h"
 #include "TrackLibraries/CRailSet.h"
 #include "UnitLength/URailConstants.h"
@@ -308,6 +309,11 @@ tAnswer AnswerLibrary(const std::string& path)
                                     {"created", Text(parameters.creationDate)},
                                     {"modified", Text(parameters.modificationDate)},
                                     {"articles", articles}});
+}
+
+std::string GetStockFileName()
+{
+    return Text(CVLPreferences::Instance()->mStockFileName);
 }
 
 tAnswer AnswerStock(const std::string& path)

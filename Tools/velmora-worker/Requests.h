@@ -28,6 +28,10 @@ tAnswer AnswerLibrary(const std::string& path);
 /// The entries of a stock file.
 tAnswer AnswerStock(const std::string& path);
 
+/// What the user's preferences call the stock file, in UTF-8: a path, or a name in the application's folder. Not in a
+/// jail.
+std::string GetStockFileName();
+
 /// The picture of a layout.
 tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& wish);
 /// Loads what drawing needs, fonts included, before the first document is seen.

@@ -20,6 +20,7 @@ struct tArguments {
     std::string plugIn;
     Sandbox::tMode sandbox;
     Jail::eProfile profile = Jail::eProfile::kRead;
+    bool tellsStockFile = false;
 };
 } // namespace
 
@@ -44,6 +45,12 @@ static bool ParseProfile(std::string_view text, Jail::eProfile& profile)
     return text == "draw" || text == "read";
 }
 
+static bool ParseTell(std::string_view text, bool& tellsStockFile)
+{
+    tellsStockFile = text == "stock-file";
+    return tellsStockFile || text == "nothing";
+}
+
 static bool ParseArgument(std::string_view name, const char* value, tArguments& arguments)
 {
     if (name == "--plugin") {
@@ -54,6 +61,7 @@ static bool ParseArgument(std::string_view name, const char* value, tArguments& 
            : name == "--memory"  ? ParseNumber(value, arguments.megabytes)
            : name == "--sandbox" ? ParseSandbox(value, arguments.sandbox)
            : name == "--profile" ? ParseProfile(value, arguments.profile)
+           : name == "--tell"    ? ParseTell(value, arguments.tellsStockFile)
                                  : false;
 }
 
@@ -162,6 +170,9 @@ int main(int argc, char** argv)
     if (hello.ready) {
         CWarmUp warmUp(plugIn);
         warmUp.Run(arguments.profile);
+        if (arguments.tellsStockFile) { // the preferences are a file, too
+            hello.stockFile = GetStockFileName();
+        }
         Sandbox::Close(arguments.sandbox, arguments.profile, arguments.megabytes, hello);
         warmUp.Rehearse();
     }

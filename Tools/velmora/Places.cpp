@@ -86,15 +86,27 @@ static std::string UserFolder(const char* variable, const char* inHome)
     return !folder.empty() || home.empty() ? folder : home + inHome;
 }
 
-std::string Places::FindDataFolder()
+/// A folder of this name among the user's application data; empty when there is no place for it.
+static std::string DataFolder([[maybe_unused]] const char* name)
 {
 #if defined(__APPLE__)
     const std::string home = FolderFromEnvironment("HOME");
     return home.empty() ? home : home + "/Library/Application Support/Velmora";
 #else
     const std::string data = UserFolder("XDG_DATA_HOME", "/.local/share");
-    return data.empty() ? data : data + "/velmora";
+    return data.empty() ? data : data + name;
 #endif
+}
+
+std::string Places::FindDataFolder()
+{
+    return DataFolder("/velmora");
+}
+
+std::string Places::FindStock(const std::string& name)
+{
+    const std::string folder = DataFolder("/Velmora");
+    return name.empty() || name[0] == '/' ? name : folder.empty() ? folder : folder + "/" + name;
 }
 
 std::string Places::FindIndex()

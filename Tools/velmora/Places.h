@@ -21,6 +21,11 @@ std::string FindDataFolder();
 /// The user's search index, in the data folder, which need not exist. @return empty when there is no place for it
 std::string FindIndex();
 
+/// The user's stock file, which need not exist: as the core finds it for the application, whose data folder on Linux
+/// is ${XDG_DATA_HOME:-~/.local/share}/Velmora. @param name  what the preferences call it @return empty when there is
+/// no place for it
+std::string FindStock(const std::string& name);
+
 /// Makes the folder a file is to lie in, and those above it, for this user alone. Who needs it sees when it is missing.
 void MakeFolderOf(const std::string& path);
 

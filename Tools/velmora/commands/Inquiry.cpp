@@ -68,8 +68,14 @@ CReport CReport::GetObject(const char* key) const
     return Has(key) ? CReport(mJSON[key]) : CReport();
 }
 
-CInquiry::CInquiry(const tWorkerOptions& options)
-    : mPool(GetWorkerSettings(options, mCannotServe), options.timeoutSeconds, 1)
+CInquiry::CInquiry(const tWorkerOptions& options, bool asksForStock)
+    : mPool(
+          [&] {
+              tWorkerSettings settings = GetWorkerSettings(options, mCannotServe);
+              settings.tellsStockFile = asksForStock;
+              return settings;
+          }(),
+          options.timeoutSeconds, 1)
 {
     tFailure failure;
     if (!mCannotServe && mPool.WaitUntilReady(failure) == CWorkerPool::eResult::kFailed) {

@@ -38,7 +38,8 @@ private:
 /// Asks about documents in the order of their names on the command line.
 class CInquiry {
 public:
-    explicit CInquiry(const tWorkerOptions& options);
+    /// @param asksForStock  GetStockFileName will be wanted
+    explicit CInquiry(const tWorkerOptions& options, bool asksForStock = false);
 
     enum class eResult { kDone, kFailed, kInterrupted };
     /// What is to be done with the answer for one document.
@@ -49,6 +50,9 @@ public:
     /// Asks about each document that the paths name; folders are walked for layouts.
     /// @return kFailed when one of them failed, the others were done
     eResult Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use, const tUseFailure& useFailure = {});
+
+    /// What the user's preferences call the stock file; empty without a worker.
+    const std::string& GetStockFileName() const { return mPool.GetGreeting().stockFile; }
 
 private:
     std::optional<tFailure> mCannotServe;

@@ -1,6 +1,8 @@
 // velmora parts: the list of parts of one or more layouts, and what of it must still be bought.
+#include "Places.h"
 #include "commands/Inquiry.h"
 #include "input/LibraryFiles.h"
+#include "output/COutput.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
@@ -10,12 +12,14 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <unistd.h>
 
 namespace {
 struct tPartsOptions : tWorkerOptions {
     std::vector<std::string> paths;
     std::string format = "text";
-    std::string stock;                  ///< a stock file; empty for none
+    std::string stock;                  ///< a stock file; empty for the user's
+    bool noStock = false;               ///< not even the user's
     std::vector<std::string> libraries; ///< track library files, and folders of them
 };
 
@@ -59,8 +63,12 @@ struct tTotals {
 static void AddPartsOptions(CLI::App& app, tPartsOptions& options)
 {
     app.add_option("LAYOUT", options.paths, "Layouts, added up; folders are searched for layouts");
-    app.add_option("--stock", options.stock, "A stock file: shows what is there and what must be bought")
-        ->type_name("FILE");
+    CLI::Option* const stock =
+        app.add_option("--stock", options.stock,
+                       "A stock file: shows what is there and what must be bought (default: the user's, if there is "
+                       "one)")
+            ->type_name("FILE");
+    app.add_flag("--no-stock", options.noStock, "Leave the user's stock out")->excludes(stock);
     app.add_option("--library", options.libraries,
                    "A track library, or a folder of them, besides those in VELMORA_LIBRARIES and the user's "
                    "library folder: marks numbers that libraries share, and parts that their library lacks")
@@ -297,10 +305,24 @@ static std::string Format(const tPartsList& list, const tPartsOptions& options)
     return text;
 }
 
+/// The stock to compare with. @return empty for none
+static std::string FindStock(const tPartsOptions& options, const CInquiry& inquiry)
+{
+    if (!options.stock.empty() || options.noStock) {
+        return options.stock;
+    }
+    const std::string path = Places::FindStock(inquiry.GetStockFileName());
+    if (path.empty() || access(path.c_str(), F_OK) != 0) {
+        return {};
+    }
+    COutput::PrintMessage("compared with the stock file " + Escapes::ForTerminal(path) + "; --no-stock leaves it out");
+    return path;
+}
+
 static int RunParts(const tPartsOptions& options)
 {
     tPartsList list;
-    CInquiry inquiry(options);
+    CInquiry inquiry(options, options.stock.empty() && !options.noStock);
     CInquiry::eResult worst = CInquiry::eResult::kDone;
     const auto ask = [&](eVerb verb, const std::vector<std::string>& paths, const CInquiry::tUse& use) {
         if (worst != CInquiry::eResult::kInterrupted && !paths.empty()) {
@@ -317,8 +339,9 @@ static int RunParts(const tPartsOptions& options)
                 articles.insert(article.GetText("number"));
             }
         });
-    if (!options.stock.empty()) {
-        ask(eVerb::kStock, {options.stock}, [&list](const std::string&, const CReport& report) {
+    const std::string stock = FindStock(options, inquiry);
+    if (!stock.empty()) {
+        ask(eVerb::kStock, {stock}, [&list](const std::string&, const CReport& report) {
             list.hasStock = true;
             for (const CReport& item : report.GetList("items")) {
                 const auto part = list.parts.find({item.GetText("library"), item.GetText("number")});

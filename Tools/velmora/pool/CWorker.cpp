@@ -50,6 +50,8 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
                                settings.sandbox.c_str(),
                                "--profile",
                                settings.draws ? "draw" : "read",
+                               "--tell",
+                               settings.tellsStockFile ? "stock-file" : "nothing",
                                nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;

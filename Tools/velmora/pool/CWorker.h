@@ -17,6 +17,7 @@ struct tWorkerSettings {
     std::string sandbox = "auto";    ///< "auto", "require" or "off"; or names of layers with plus signs between them
     unsigned processorSeconds = 0;   ///< processor time for one request; 0 for no limit but the owner's clock
     bool draws = false;              ///< it may start threads and read fonts
+    bool tellsStockFile = false;     ///< its greeting says what the user's preferences call the stock file
 };
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
