@@ -134,12 +134,14 @@ public:
     /// The box of all components in the element's coordinates: add the position for the layout's. Without components
     /// `box` stays.
     void CalcBoundingBox(DRect& box);
-    /// Moves the components so that their box starts at (0, 0).
+    /// The same with texts where they stand, turned as they are drawn. (A text's own box starts at (0, 0).)
+    void CalcPlacedBox(DRect& box);
+    /// Moves the components so that their box starts at (0, 0). A grade stays as it is stored.
     /// @param box  receives the box before the move; may be null
     /// @return by how much they moved
     CPoint AlignComponentsLeftTop(DRect* box);
-    /// Move the components, and a grade with them, so that the middle of their box, or a joint, lies at the element's
-    /// origin. The position stays, so the element moves in the layout by what they return.
+    /// Move the components, and a grade with them, so that the middle of their placed box, or a joint, lies at the
+    /// element's origin. The position stays, so the element moves in the layout by what they return.
     CPoint CenterAllComponents();
     CPoint AlignComponentsOnJoint(int component, int joint);
     /// Moves the element so that a joint of a component lies on a point of the layout, height included. Nothing happens
@@ -154,12 +156,13 @@ public:
     /// an element of more than kMostComponents stays as it is.
     /// @return how many components are gone
     int SimplifyJoinPolylines();
-    /// Turns the element as a rigid whole, about the middle of the box that it has unturned, or about a point of the
-    /// layout. Its components are aligned afterwards; a grade turns with them. Turning back restores the element.
+    /// Turns the element as a rigid whole, about the middle of the placed box that it has unturned, or about a point of
+    /// the layout. The components are moved so that the left top corner of their placed box stays where it is in the
+    /// element; a grade turns with them. Turning back restores the element.
     void RotateBy(double angle);
     void RotateBy(const CPoint& centre, double angle);
-    /// Turns the element about the middle of its unturned box so that it has that angle. No angle that is not finite
-    /// turns anything.
+    /// Turns the element about the middle of its unturned box so that it has that angle, less whole turns. No angle
+    /// that is not finite turns anything.
     void SetAngle(double angle);
 
     /// The middle rail of all components; asked of the first one, 0 without components.

@@ -28,6 +28,16 @@ void CCompositeGeometry::CalcBoundingBox(DRect& box)
     }
 }
 
+void CCompositeGeometry::CalcPlacedBox(DRect& box)
+{
+    CCalcBoundingBox grow(box);
+    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
+        DRect part = {};
+        component->CalcPlacedBox(part, mLayout.angle);
+        grow.Update(part);
+    }
+}
+
 CPoint CCompositeGeometry::CalcLeftTop()
 {
     DRect box = {};
@@ -75,7 +85,7 @@ CPoint CCompositeGeometry::MoveContentsBy(double dx, double dy)
 CPoint CCompositeGeometry::CenterAllComponents()
 {
     DRect box = {};
-    CalcBoundingBox(box);
+    CalcPlacedBox(box);
     const CPoint middle = UDRect::Center(box);
     return MoveContentsBy(-middle.x, -middle.y);
 }
@@ -105,7 +115,8 @@ void CCompositeGeometry::Scale(double factor)
     }
     const CGradeVector& grade = mLayout.grade;
     mLayout.grade =
-        CGradeVector(grade.GetStartPoint() * factor, grade.GetEndPoint() * factor, grade.GetDeltaHeight() * factor);
+        CGradeVector(UReach::Clamp(grade.GetStartPoint() * factor), UReach::Clamp(grade.GetEndPoint() * factor),
+                     UReach::Clamp(grade.GetDeltaHeight() * factor));
     DefineAllJoints();
 }
 
@@ -186,17 +197,7 @@ void CCompositeGeometry::RotateBy(double angle)
         RotateBy(origin, -turned);
     }
     DRect box = {};
-    CCalcBoundingBox grow(box);
-    BOOST_FOREACH(CBasicGeometry* component, mComponents) {
-        DRect part = {};
-        component->CalcBoundingBox(part, 0.0);
-        if (component->GetType() == kTextType) { // its box does not know of its offset
-            const double x = component->GetItemXOffset();
-            const double y = component->GetItemYOffset();
-            part = {part.top + y, part.left + x, part.bottom + y, part.right + x};
-        }
-        grow.Update(part);
-    }
+    CalcPlacedBox(box);
     CPoint middle = UDRect::Center(box);
     middle.MoveBy(mLayout.position.x, mLayout.position.y, 0.0);
     RotateBy(middle, turned + angle);
@@ -213,8 +214,10 @@ void CCompositeGeometry::RotateBy(const CPoint& centre, double angle)
     if (!std::isfinite(angle)) {
         return;
     }
-    const CPoint pivot(UReach::Clamp(centre.x) - mLayout.position.x, UReach::Clamp(centre.y) - mLayout.position.y, 0.0);
+    const CPoint pivot = UReach::Clamp(centre) - mLayout.position;
     const double turned = std::fmod(mLayout.angle + angle, 360.0);
+    DRect before = {};
+    CalcPlacedBox(before);
     // Each component turns about a point of its own, so each is moved to where the whole takes one of its points.
     BOOST_FOREACH(CBasicGeometry* component, mComponents) {
         component->DefineJoints(CPoint::ZeroPos, mLayout.angle, CGradeVector::ZeroGrade,
@@ -226,7 +229,9 @@ void CCompositeGeometry::RotateBy(const CPoint& centre, double angle)
         component->MoveItemBy(target.x - current.x, target.y - current.y);
     }
     mLayout.angle = turned;
-    const CPoint corner = CalcLeftTop();
+    DRect after = {};
+    CalcPlacedBox(after);
+    const CPoint corner(after.left - before.left, after.top - before.top, 0.0);
     MoveComponentsBy(-corner.x, -corner.y);
     MoveBy(corner.x, corner.y);
     if (mLayout.grade.IsGraded()) {
@@ -246,6 +251,7 @@ void CCompositeGeometry::SetAngle(double angle)
     if (!std::isfinite(angle)) {
         return;
     }
-    RotateBy(angle - mLayout.angle);
-    mLayout.angle = angle;
+    const double reduced = std::fmod(angle, 360.0);
+    RotateBy(reduced - mLayout.angle);
+    mLayout.angle = reduced;
 }

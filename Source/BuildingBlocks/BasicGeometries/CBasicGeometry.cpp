@@ -9,6 +9,8 @@
 #include "Utilities/Geometry/UPointVec.h"
 #include "Utilities/Geometry/UReach.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -76,11 +78,18 @@ bool CBasicGeometry::IsScale(double factor)
     return factor >= 1.0 / UReach::kFarthest && factor <= UReach::kFarthest;
 }
 
+int CBasicGeometry::ScaledSize(int size, double factor)
+{
+    return size > 0 ? static_cast<int>(std::clamp(std::round(size * factor), 1.0, UReach::kFarthest)) : size;
+}
+
+void CBasicGeometry::CalcPlacedBox(DRect& box, double angle)
+{
+    CalcBoundingBox(box, angle);
+}
+
 void CBasicGeometry::Scale(double factor, bool scaleOffset)
 {
-    if (!IsScale(factor)) {
-        return;
-    }
     mGauge = UReach::Clamp(mGauge * factor);
     mTrackbedWidth = UReach::Clamp(mTrackbedWidth * factor);
     if (scaleOffset) {

@@ -126,9 +126,11 @@ public:
     virtual void Save(FILE* file);
     /// A copy, as the copying constructor makes it; null for a class that has none.
     virtual std::unique_ptr<CBasicGeometry> Clone() { return nullptr; }
-    /// Multiplies the size of all that is drawn, and the item offset if the flag is set. Rails keep their width.
-    /// Nothing happens for a factor that is no scale.
+    /// Multiplies the size of all that is drawn, and the item offset if the flag is set. Rails keep their width. Only a
+    /// circle takes a factor that is no scale.
     virtual void Scale(double factor, bool scaleOffset);
+    /// The box of the component as it lies in an element of that angle. Only a text's differs from CalcBoundingBox.
+    virtual void CalcPlacedBox(DRect& box, double angle);
 
     /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document
     /// reaches.
@@ -146,6 +148,8 @@ protected:
     }
     /// Reports a record version that `function` does not know.
     static void WarnUnsupported(const char* function, int version);
+    /// A whole size, mm or points, multiplied and rounded; one above 0 stays so.
+    static int ScaledSize(int size, double factor);
     /// Allows or disallows both joints, active as allowed.
     void AllowJoints(bool joint0, bool joint1);
     /// Last step of placing: heights of the local points, and for kPlaceForConnection their absolute positions.

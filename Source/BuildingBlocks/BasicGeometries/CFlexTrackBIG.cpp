@@ -299,12 +299,14 @@ bool CFlexTrackBIG::Load(FILE* file, int version)
     CTaggedFile records(file);
     int polygonCode = 0;
     records.Read(ComponentFormat::kType.key, polygonCode); // the element has read the flexible track's own
-    if (!CPolyBIG::Load(file, version)) {
-        return false;
+    const bool isLoaded = CPolyBIG::Load(file, version);
+    if (isLoaded) {
+        records.ReadTable<ComponentFormat::kFlexTrack>(std::tie(mMaxLength));
+    } else {
+        WarnUnsupported("virtual bool CFlexTrackBIG::Load(FILE *, int)", version);
     }
-    records.ReadTable<ComponentFormat::kFlexTrack>(std::tie(mMaxLength));
     CalcBezierCurve();
-    return true;
+    return isLoaded;
 }
 
 void CFlexTrackBIG::Save(FILE* file)

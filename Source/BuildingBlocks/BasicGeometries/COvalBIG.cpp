@@ -37,12 +37,10 @@ void COvalBIG::SpecifyOvalGeometry(double xOffset, double yOffset, double radius
 
 void COvalBIG::Scale(double factor, bool scaleOffset)
 {
-    mRadiusX *= factor;
-    mRadiusY *= factor;
-    if (scaleOffset) {
-        mItemXOffset *= factor;
-        mItemYOffset *= factor;
-    }
+    CBasicGeometry::Scale(factor, scaleOffset);
+    mRadiusX = UReach::Clamp(mRadiusX * factor);
+    mRadiusY = UReach::Clamp(mRadiusY * factor);
+    mLineThickness = ScaledSize(mLineThickness, factor);
 }
 
 void* COvalBIG::GetParameterAsRaw(void* destination)

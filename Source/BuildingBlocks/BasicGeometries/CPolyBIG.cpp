@@ -218,6 +218,7 @@ void CPolyBIG::DefineTrackItemArea(double angle, double distance, std::vector<CP
 bool CPolyBIG::Load(FILE* file, int version)
 {
     if (!CBasicGeometry::Load(file, version)) {
+        WarnUnsupported("virtual bool CPolyBIG::Load(FILE *, int)", version);
         return false;
     }
     CTaggedFile records(file);

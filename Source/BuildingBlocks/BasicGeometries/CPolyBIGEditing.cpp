@@ -255,6 +255,7 @@ void CPolyBIG::Scale(double factor, bool scaleOffset)
         return;
     }
     CBasicGeometry::Scale(factor, scaleOffset);
+    mLineThickness = ScaledSize(mLineThickness, factor);
     for (CPoint& point : mPoints) {
         point = point * factor;
     }

@@ -7,10 +7,8 @@
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
-#include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -69,7 +67,7 @@ void CTextBIG::Scale(double factor, bool scaleOffset)
         return;
     }
     CBasicGeometry::Scale(factor, scaleOffset);
-    mTextSize = static_cast<int>(std::clamp(std::round(mTextSize * factor), 1.0, UReach::kFarthest));
+    mTextSize = ScaledSize(mTextSize, factor);
 }
 
 void CTextBIG::SetText(const char* text)
@@ -102,6 +100,14 @@ std::string CTextBIG::ToString(int)
 void CTextBIG::CalcBoundingBox(DRect& box, double angle)
 {
     UTextComponentBoundsCalculator::CalcBounds(this, box, angle);
+}
+
+void CTextBIG::CalcPlacedBox(DRect& box, double angle)
+{
+    DRect measured = {};
+    CalcBoundingBox(measured, angle + mAngle);
+    box = {measured.top + mItemYOffset, measured.left + mItemXOffset, measured.bottom + mItemYOffset,
+           measured.right + mItemXOffset};
 }
 
 CPoint& CTextBIG::GetRotationReferencePoint(double)

@@ -35,6 +35,8 @@ public:
     std::string ToString(int unit) override;
     /// The measured size, turned by `angle` about (0, 0); the item offset does not count.
     void CalcBoundingBox(DRect& box, double angle) override;
+    /// That box turned by the text's own angle too, at the item offset.
+    void CalcPlacedBox(DRect& box, double angle) override;
     /// The item offset.
     CPoint& GetRotationReferencePoint(double angle) override;
     void DefineJoints(const CPoint&, double, const CGradeVector&, int) override {}
@@ -44,7 +46,6 @@ public:
     /// Writes a fixed font name instead of the text's own, in a form that reads back without its first letter.
     void Save(FILE* file) override;
     std::unique_ptr<CBasicGeometry> Clone() override { return std::make_unique<CTextBIG>(this); }
-    /// The size is rounded, but never below 1.
     void Scale(double factor, bool scaleOffset) override;
 
 private:

@@ -55,26 +55,13 @@ bool IsDrawable(const DRect& box)
            box.top <= box.bottom;
 }
 
-/// The box of an element in the layout. A text's own box takes no account of where it stands in its element.
+/// The box of an element in the layout; its position, where it has no components.
 DRect BoxOf(CCompositeGeometry& element)
 {
+    DRect box = {};
+    element.CalcPlacedBox(box);
     const CPoint& position = element.GetPosition();
-    DRect box = {position.y, position.x, position.y, position.x};
-    CCalcBoundingBox grow(box);
-    BOOST_FOREACH(CBasicGeometry* component, element.GetComponents()) {
-        DRect part = {};
-        double x = position.x;
-        double y = position.y;
-        if (component->GetType() == kTextType) {
-            component->CalcBoundingBox(part, component->GetAngle() + element.GetAngle());
-            x += component->GetItemXOffset();
-            y += component->GetItemYOffset();
-        } else {
-            component->CalcBoundingBox(part, element.GetAngle());
-        }
-        grow.Update(DRect{part.top + y, part.left + x, part.bottom + y, part.right + x});
-    }
-    return box;
+    return {box.top + position.y, box.left + position.x, box.bottom + position.y, box.right + position.x};
 }
 
 /// Where most values lie: the values may be reordered.

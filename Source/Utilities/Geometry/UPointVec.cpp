@@ -28,6 +28,6 @@ void UPointVec::RotatePointVecY(std::vector<CPoint>& points, const CPoint& centr
 void UPointVec::ClampToReach(std::vector<CPoint>& points)
 {
     for (CPoint& point : points) {
-        point = CPoint(UReach::Clamp(point.x), UReach::Clamp(point.y), UReach::Clamp(point.z));
+        point = UReach::Clamp(point);
     }
 }

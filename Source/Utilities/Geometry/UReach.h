@@ -1,6 +1,7 @@
 // How far a document reaches.
 #pragma once
 
+#include "CPoint/CPoint.h"
 #include "KVURawMem/KVURawMem.h"
 
 #include <algorithm>
@@ -24,6 +25,8 @@ public:
         // NaN is neither above nor below.
         return std::fabs(value) >= kNothing ? std::clamp(value, -kFarthest, kFarthest) : 0.0;
     }
+
+    static CPoint Clamp(const CPoint& point) { return {Clamp(point.x), Clamp(point.y), Clamp(point.z)}; }
 
     /// Fetches a double from raw memory and clamps it. @return the cursor behind it
     template <class tMemory>

@@ -207,10 +207,13 @@ TEST(Components, LoadsWhatItSaved)
                 EXPECT_EQ(fgetc(file.get()), EOF);
             } else {
                 EXPECT_FALSE(loaded->Load(file.get(), version));
-                EXPECT_THAT(TakeWarnings(reports),
-                            testing::ElementsAre("virtual bool CBasicGeometry::Load(FILE *, int): Unsupported file "
-                                                 "format (version " +
-                                                 std::to_string(version) + ")"));
+                std::vector<std::string> expected;
+                for (const char* reader : {"CBasicGeometry", "CPolyBIG", "CFlexTrackBIG"}) {
+                    expected.push_back("virtual bool " + std::string(reader) + "::Load(FILE *, int): Unsupported " +
+                                       "file format (version " + std::to_string(version) + ")");
+                }
+                expected.resize(type == kFlexTrackType ? 3 : type == kPolyType ? 2 : 1);
+                EXPECT_EQ(TakeWarnings(reports), expected);
             }
         }
     }

@@ -324,6 +324,30 @@ TEST(Element, AttributesOfAllComponents)
     EXPECT_EQ(element.GetPosition().CalcDistance(4, 5, 5), 0.0);
 }
 
+TEST(Element, ScalesAllThatIsDrawnAndNoFartherThanADocumentReaches)
+{
+    CCompositeGeometry element;
+    for (const int type : kAllTypes) {
+        element.AppendBIG(NewComponent(type));
+    }
+    CBasicGeometry* poly = element.GetBIGAtIndex(2);
+    CBasicGeometry* circle = element.GetBIGAtIndex(4);
+    circle->SetTrackbedWidth(20);
+    element.SetGrade(CGradeVector({1, 2, 0}, {100, 50, 0}, 7.5));
+    element.Scale(2.5);
+    EXPECT_EQ(poly->GetLineThickness(), 10);
+    EXPECT_EQ(circle->GetLineThickness(), 8);
+    EXPECT_EQ(circle->GetTrackbedWidth(), 50.0);
+    element.Scale(0.01);
+    EXPECT_EQ(poly->GetLineThickness(), 1) << "still drawn";
+    for (int i = 0; i < 40; ++i) {
+        element.Scale(1e9);
+    }
+    tBytes raw = RawOf(element);
+    CCompositeGeometry clamped(static_cast<void*>(raw.data())); // brings everything within reach
+    EXPECT_EQ(RawOf(clamped), raw);
+}
+
 TEST(Element, TextsAreCutToTheirFields)
 {
     const std::string text(300, 'x');

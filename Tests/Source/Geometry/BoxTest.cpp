@@ -273,6 +273,10 @@ TEST(Box, OfATextStartsAtTheOriginAndTurnsAboutIt)
     ExpectSameBox(BoxOf(text, 90), {0, -height, width, 0});
     const double diagonal = std::sqrt(0.5);
     ExpectSameBox(BoxOf(text, 45), {0, -height * diagonal, (width + height) * diagonal, width * diagonal});
+    text.SetAngle(30);
+    DRect placed = {};
+    text.CalcPlacedBox(placed, 60);
+    ExpectSameBox(placed, {200, 100 - height, 200 + width, 100});
     text.SetText("Gr\x9F\xA7"
                  "e"); // no UTF-8, so Mac OS Roman
     ExpectSameBox(BoxOf(text, 0), {0, 0, height, width});
@@ -291,12 +295,14 @@ TEST(Box, OfAnElementHoldsItsComponents)
     line->SpecifyPolyGeometry(0, 0, {{0, 0, 0}, {100, 10, 0}}, 0, 1, 1);
     element.AppendBIG(line);
     element.SetPosition(1000, 2000);
+    element.SetGrade(CGradeVector({-30, 5, 0}, {70, 5, 0}, 3));
     const CPoint moved = element.AlignComponentsLeftTop(&box);
     ExpectSameBox(box, {0, -30, 70, 100});
     ExpectSamePlace(moved, CPoint(30, 0, 0));
     element.CalcBoundingBox(box);
     ExpectSameBox(box, {0, 0, 70, 130});
     EXPECT_EQ(element.GetPosition().x, 1000);
+    EXPECT_EQ(element.GetGrade().GetStartPoint().x, -30) << "as stored";
 
     CPoint centre(0, 0, 7);
     circle->GetCenter(centre, 30);
