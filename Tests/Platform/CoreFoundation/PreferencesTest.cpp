@@ -1,32 +1,17 @@
 // Preferences: what comes back from the file, and what happens to a file that is damaged or cannot be written.
 #include "Reference.h"
+#include "support/Damage.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <vector>
 
 namespace fs = std::filesystem;
 
-static fs::path FileOf(const std::string& application)
+static std::string FileOf(const std::string& application)
 {
-    return fs::path(getenv("XDG_CONFIG_HOME")) / "velmora" / (application + ".plist");
-}
-
-static std::string ReadAll(const fs::path& path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-static void WriteAll(const fs::path& path, const std::string& text)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << text;
+    return std::string(getenv("XDG_CONFIG_HOME")) + "/velmora/" + application + ".plist";
 }
 
 static void Set(const std::string& application, const char* key, CFTypeRef value)
@@ -45,20 +30,18 @@ static bool Synchronize(const std::string& application)
     return CFPreferencesAppSynchronize(Text(application).get());
 }
 
-static void ExpectInteger(const std::string& application, const char* key, bool isValid, CFIndex value)
+/// The value as a whole number, or as a switch, and whether it is one.
+static std::string Number(const std::string& application, const char* key)
 {
-    SCOPED_TRACE(key);
     Boolean valid = 2;
-    EXPECT_EQ(CFPreferencesGetAppIntegerValue(Text(key).get(), Text(application).get(), &valid), value);
-    EXPECT_EQ(valid, isValid);
+    const CFIndex value = CFPreferencesGetAppIntegerValue(Text(key).get(), Text(application).get(), &valid);
+    return std::to_string(value) + (valid == 1 ? "" : " invalid");
 }
-
-static void ExpectBoolean(const std::string& application, const char* key, bool isValid, bool value)
+static std::string Switch(const std::string& application, const char* key)
 {
-    SCOPED_TRACE(key);
     Boolean valid = 2;
-    EXPECT_EQ(CFPreferencesGetAppBooleanValue(Text(key).get(), Text(application).get(), &valid), value);
-    EXPECT_EQ(valid, isValid);
+    const bool value = CFPreferencesGetAppBooleanValue(Text(key).get(), Text(application).get(), &valid);
+    return std::to_string(value) + (valid == 1 ? "" : " invalid");
 }
 
 static void SetSamples(const std::string& application)
@@ -81,16 +64,16 @@ static void SetSamples(const std::string& application)
 
 static void ExpectSamples(const std::string& application)
 {
-    ExpectBoolean(application, "yes", true, true);
-    ExpectBoolean(application, "no", true, false);
-    ExpectBoolean(application, "number", true, true);
-    ExpectBoolean(application, "digits", false, false);
-    ExpectBoolean(application, "missing", false, false);
-    ExpectInteger(application, "number", true, -4000);
-    ExpectInteger(application, "fraction", false, 0);
-    ExpectInteger(application, "yes", false, 0);
-    ExpectInteger(application, "digits", false, 0);
-    ExpectInteger(application, "missing", false, 0);
+    EXPECT_EQ(Switch(application, "yes"), "1");
+    EXPECT_EQ(Switch(application, "no"), "0");
+    EXPECT_EQ(Switch(application, "number"), "1");
+    EXPECT_EQ(Number(application, "number"), "-4000");
+    for (const char* key : {"fraction", "yes", "digits", "missing"}) {
+        EXPECT_EQ(Number(application, key), "0 invalid") << key;
+    }
+    for (const char* key : {"digits", "missing"}) {
+        EXPECT_EQ(Switch(application, key), "0 invalid") << key;
+    }
     EXPECT_EQ(Get(application, "text"), "Gr\xC3\xBC\xC3\x9F"
                                         "e <&> \"x\" \xEF\xA3\xBF");
     EXPECT_EQ(Get(application, "empty"), "");
@@ -109,7 +92,8 @@ TEST(CFPreferences, EverythingComesBackFromTheFile)
     EXPECT_FALSE(fs::exists(FileOf(application))); // until it is synchronised
     ExpectSamples(application);
     ASSERT_TRUE(Synchronize(application));
-    EXPECT_EQ(fs::status(FileOf(application).parent_path()).permissions(), fs::perms::owner_all);
+    const fs::path folder = fs::path(FileOf(application)).parent_path();
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
 
     // A store is read once: another name for the same file shows what was really written.
     fs::copy_file(FileOf(application), FileOf("com.example.again"));
@@ -118,9 +102,9 @@ TEST(CFPreferences, EverythingComesBackFromTheFile)
     Set(application, "yes", nullptr);
     ASSERT_TRUE(Synchronize(application));
     fs::copy_file(FileOf(application), FileOf("com.example.removed"));
-    ExpectBoolean("com.example.removed", "yes", false, false);
-    ExpectBoolean("com.example.removed", "no", true, false);
-    for (const auto& entry : fs::directory_iterator(FileOf(application).parent_path())) {
+    EXPECT_EQ(Switch("com.example.removed", "yes"), "0 invalid");
+    EXPECT_EQ(Switch("com.example.removed", "no"), "0");
+    for (const auto& entry : fs::directory_iterator(folder)) {
         EXPECT_EQ(entry.path().extension(), ".plist") << "left over";
     }
 }
@@ -130,34 +114,26 @@ TEST(CFPreferences, ADamagedFileGivesDefaultsAndIsKept)
     const std::string good = "com.example.good";
     SetSamples(good);
     ASSERT_TRUE(Synchronize(good));
-    const std::string whole = ReadAll(FileOf(good));
-    std::vector<std::string> damaged = {
-        "",           "bplist00 and nothing else", "{ a = b; }", "<plist><array/></plist>", std::string(100, '\0'),
-        "<<<<>>>&&&", "<?xml version=\"1.0\"?>"};
-    for (size_t length = 1; length < whole.size() - 10; length += 7) { // the closing tag and a line end
-        damaged.push_back(whole.substr(0, length));
-    }
-    for (size_t i = 0; i < damaged.size(); ++i) {
-        SCOPED_TRACE(damaged[i]);
-        const std::string application = "com.example.damaged" + std::to_string(i);
-        WriteAll(FileOf(application), damaged[i]);
+    const std::string whole = ReadFile(FileOf(good));
+    int number = 0;
+    const auto expectKept = [&number](std::string_view damaged) {
+        const std::string application = "com.example.damaged" + std::to_string(++number);
+        WriteFile(FileOf(application), damaged);
         EXPECT_EQ(Get(application, "text"), "(missing)");
         EXPECT_TRUE(Synchronize(application)); // nothing to write: nothing is touched
-        EXPECT_EQ(ReadAll(FileOf(application)), damaged[i]);
+        EXPECT_EQ(ReadFile(FileOf(application)), damaged);
+        WriteFile(FileOf(application) + ".damaged-1", "older"); // stays where it is
         Set(application, "text", CFSTR("new"));
         EXPECT_TRUE(Synchronize(application));
-        EXPECT_EQ(ReadAll(FileOf(application).string() + ".damaged-1"), damaged[i]);
-        EXPECT_NE(ReadAll(FileOf(application)).find("<string>new</string>"), std::string::npos);
+        EXPECT_EQ(ReadFile(FileOf(application) + ".damaged-1"), "older");
+        EXPECT_EQ(ReadFile(FileOf(application) + ".damaged-2"), damaged);
+        EXPECT_NE(ReadFile(FileOf(application)).find("<string>new</string>"), std::string::npos);
+    };
+    for (const char* damaged : {"bplist00 and nothing else", "{ a = b; }", "<plist><array/></plist>", "<<<<>>>&&&",
+                                "<?xml version=\"1.0\"?>"}) {
+        expectKept(damaged);
     }
-
-    // A second time a file is damaged, the first one stays where it was put.
-    const std::string twice = "com.example.twice";
-    WriteAll(FileOf(twice).string() + ".damaged-1", "older");
-    WriteAll(FileOf(twice), "newer");
-    Set(twice, "a", kCFBooleanTrue);
-    EXPECT_TRUE(Synchronize(twice));
-    EXPECT_EQ(ReadAll(FileOf(twice).string() + ".damaged-1"), "older");
-    EXPECT_EQ(ReadAll(FileOf(twice).string() + ".damaged-2"), "newer");
+    ForEachCut(std::string_view(whole).substr(0, whole.size() - 10), expectKept, 7); // up to the closing tag
 }
 
 TEST(CFPreferences, WithoutAPlaceToWriteValuesLiveInMemory)
@@ -165,7 +141,7 @@ TEST(CFPreferences, WithoutAPlaceToWriteValuesLiveInMemory)
     const std::string folder = getenv("XDG_CONFIG_HOME");
     const std::string home = getenv("HOME") != nullptr ? getenv("HOME") : "";
     const std::string blocked = folder + "/blocked";
-    WriteAll(blocked, "a file where the folder should be");
+    WriteFile(blocked, "a file where the folder should be");
     const struct {
         const char *application, *configuration, *home;
         bool stored;
@@ -186,6 +162,6 @@ TEST(CFPreferences, WithoutAPlaceToWriteValuesLiveInMemory)
     setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
     setenv("HOME", home.c_str(), 1);
     EXPECT_TRUE(fs::exists(folder + "/.config/velmora/com.example.home.plist"));
-    EXPECT_EQ(ReadAll(blocked), "a file where the folder should be");
+    EXPECT_EQ(ReadFile(blocked), "a file where the folder should be");
     EXPECT_FALSE(fs::exists(FileOf("com/example")));
 }

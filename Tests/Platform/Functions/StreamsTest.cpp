@@ -1,12 +1,11 @@
 #include "Platform/Streams.h"
 
 #include "Child.h"
+#include "support/Files.h"
 
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
 #include <sys/resource.h>
@@ -40,15 +39,8 @@ protected:
 
     std::string Write(const std::string& name, const std::string& text) const
     {
-        std::ofstream(In(name), std::ios::binary) << text;
+        WriteFile(In(name), text);
         return In(name);
-    }
-
-    static std::string Read(const std::string& path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        EXPECT_TRUE(file.is_open()) << path;
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
     static std::string ReadAll(const CInputFile& file)
@@ -173,14 +165,14 @@ TEST_F(Streams, FindsNamesInMacOSRoman)
     EXPECT_TRUE(Save(In("schon\u00F6"), "already utf-8"));
     EXPECT_TRUE(Save(In("\xED\xA0\x80"), "half a surrogate pair is no utf-8"));
     EXPECT_THAT(Names(), UnorderedElementsAre("Z\u00FCge \u20AC", "neu\u00E4", "schon\u00F6", "\u00CC\u2020\u00C4"));
-    EXPECT_EQ(Read(In("Z\u00FCge \u20AC")), "saved");
+    EXPECT_EQ(ReadFile(In("Z\u00FCge \u20AC")), "saved");
 
     // The bytes themselves come first, where they name something.
     Write("neu\x8A", "raw");
     EXPECT_EQ(ReadAll(CInputFile(In("neu\x8A"))), "raw");
     EXPECT_TRUE(Save(In("neu\x8A"), "raw 2"));
-    EXPECT_EQ(Read(In("neu\u00E4")), "new");
-    EXPECT_EQ(Read(In("neu\x8A")), "raw 2");
+    EXPECT_EQ(ReadFile(In("neu\u00E4")), "new");
+    EXPECT_EQ(ReadFile(In("neu\x8A")), "raw 2");
 }
 
 TEST_F(Streams, TheOldFileStaysUntilTheNewOneIsComplete)
@@ -191,9 +183,9 @@ TEST_F(Streams, TheOldFileStaysUntilTheNewOneIsComplete)
         ASSERT_NE(dropped.Get(), nullptr);
         fputs("half of it", dropped.Get());
         fflush(dropped.Get());
-        EXPECT_EQ(Read(In("layout")), "old");
+        EXPECT_EQ(ReadFile(In("layout")), "old");
     }
-    EXPECT_EQ(Read(In("layout")), "old");
+    EXPECT_EQ(ReadFile(In("layout")), "old");
     EXPECT_THAT(Names(), ElementsAre("layout"));
 
     COutputFile file(In("layout"));
@@ -203,9 +195,9 @@ TEST_F(Streams, TheOldFileStaysUntilTheNewOneIsComplete)
     EXPECT_TRUE(file.Commit());
     EXPECT_EQ(file.Get(), nullptr);
     EXPECT_FALSE(file.Commit());
-    EXPECT_EQ(Read(In("layout")), "new");
+    EXPECT_EQ(ReadFile(In("layout")), "new");
     EXPECT_TRUE(second.Commit());
-    EXPECT_EQ(Read(In("layout")), "newer");
+    EXPECT_EQ(ReadFile(In("layout")), "newer");
     EXPECT_THAT(Names(), ElementsAre("layout"));
 
     fs::create_directory(In("folder"));
@@ -227,7 +219,7 @@ TEST_F(Streams, LinksAndModesAreKept)
     EXPECT_TRUE(Save(In("link-to-link"), "through two links"));
     EXPECT_TRUE(fs::is_symlink(In("link")));
     EXPECT_TRUE(fs::is_symlink(In("link-to-link")));
-    EXPECT_EQ(Read(In("real/document")), "through two links");
+    EXPECT_EQ(ReadFile(In("real/document")), "through two links");
     EXPECT_EQ(Mode(In("real/document")), 0640u);
 
     fs::create_symlink("real/not-yet", In("dangling"));
@@ -236,7 +228,7 @@ TEST_F(Streams, LinksAndModesAreKept)
     EXPECT_TRUE(Save(In("dangling-absolute"), "made"));
     umask(mask);
     EXPECT_TRUE(fs::is_symlink(In("dangling")));
-    EXPECT_EQ(Read(In("real/not-yet")), "made");
+    EXPECT_EQ(ReadFile(In("real/not-yet")), "made");
     EXPECT_EQ(Mode(In("real/not-yet")), 0640u);
 
     fs::create_symlink("circle", In("circle"));
@@ -267,7 +259,7 @@ TEST_F(Streams, DevicesAreWrittenInPlace)
     EXPECT_TRUE(Save("/proc/self/fd/" + std::to_string(descriptor), "short"));
     EXPECT_EQ(ReadAll(CInputFile("/proc/self/fd/" + std::to_string(descriptor))), "short");
     close(descriptor);
-    EXPECT_EQ(Read(In("nameless (deleted)")), "other");
+    EXPECT_EQ(ReadFile(In("nameless (deleted)")), "other");
     EXPECT_THAT(Names(), UnorderedElementsAre("fifo", "nameless (deleted)"));
 }
 
@@ -298,9 +290,9 @@ TEST_F(Streams, AFolderThatRefusesNewFilesIsWrittenInPlace)
     struct stat after = {};
     ASSERT_EQ(stat(In("open").c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
-    EXPECT_EQ(Read(In("open")), "new");
-    EXPECT_EQ(Read(In("protected")), "old");
-    EXPECT_EQ(Read(In("free/protected")), "old");
+    EXPECT_EQ(ReadFile(In("open")), "new");
+    EXPECT_EQ(ReadFile(In("protected")), "old");
+    EXPECT_EQ(ReadFile(In("free/protected")), "old");
     EXPECT_EQ(Names().size(), 3u);
 }
 
@@ -314,6 +306,6 @@ TEST_F(Streams, AWriteThatFailsLeavesTheOldFile)
         EXPECT_FALSE(Save(In("layout"), std::string(150000, 'x')));
         EXPECT_TRUE(Save(In("fits"), std::string(90000, 'x')));
     });
-    EXPECT_EQ(Read(In("layout")), "old");
+    EXPECT_EQ(ReadFile(In("layout")), "old");
     EXPECT_THAT(Names(), UnorderedElementsAre("layout", "fits"));
 }
