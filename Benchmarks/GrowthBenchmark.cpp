@@ -1,10 +1,8 @@
 // What must stay linear: distinct article names, layers and groups, at 10,000 and 100,000 of them.
 #include "Documents.h"
 
-#include "Layers/CLayer.h"
 #include "Layers/CLayerManager.h"
-#include "Layouts/CLayout.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 
 #include <benchmark/benchmark.h>
 
@@ -16,11 +14,8 @@ void LoadMany(benchmark::State& state, tDocumentShape (*shapeFor)(int))
 {
     const CTemporaryDocument document(shapeFor(static_cast<int>(state.range(0))));
     for (auto unused : state) {
-        CLayout layout;
-        CVLLayerNameResolver resolver(&layout);
-        CLayer::ConfigureLayerNameResolver(&resolver);
+        CBoundLayout layout;
         benchmark::DoNotOptimize(layout.Load(document.GetPath()));
-        CLayer::ConfigureLayerNameResolver(nullptr);
     }
     state.SetComplexityN(state.range(0));
     state.counters["kB"] = static_cast<double>(document.GetSize()) / 1000.0;

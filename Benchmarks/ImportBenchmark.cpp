@@ -2,9 +2,7 @@
 #include "Documents.h"
 
 #include "Elements/Utilities/UElementStatistics.h"
-#include "Layers/CLayer.h"
-#include "Layouts/CLayout.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 
 #include <benchmark/benchmark.h>
 
@@ -23,13 +21,10 @@ double SecondsSince(tClock::time_point start)
 
 void LoadOnce(const std::string& path)
 {
-    CLayout layout;
-    CVLLayerNameResolver resolver(&layout);
-    CLayer::ConfigureLayerNameResolver(&resolver);
+    CBoundLayout layout;
     if (layout.Load(path) != CLayout::kLoaded) {
         std::abort();
     }
-    CLayer::ConfigureLayerNameResolver(nullptr);
     benchmark::DoNotOptimize(layout.GetElements().size());
 }
 
@@ -63,14 +58,11 @@ void Load(benchmark::State& state, const tDocumentShape& shape)
 void Summary(benchmark::State& state, const tDocumentShape& shape)
 {
     const CTemporaryDocument document(shape);
-    CLayout layout;
-    CVLLayerNameResolver resolver(&layout);
-    CLayer::ConfigureLayerNameResolver(&resolver);
+    CBoundLayout layout;
     layout.Load(document.GetPath());
     for (auto unused : state) {
         benchmark::DoNotOptimize(UElementStatistics::GetContentSummaryAsString(layout.GetElements()));
     }
-    CLayer::ConfigureLayerNameResolver(nullptr);
 }
 
 const tDocumentShape kSmall = {.elements = 8, .articleNames = 4, .layers = 2, .texts = 1};

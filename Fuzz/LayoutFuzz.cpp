@@ -3,9 +3,7 @@
 
 #include "Checks/CDocumentChecker.h"
 #include "Elements/Utilities/UElementStatistics.h"
-#include "Layers/CLayer.h"
-#include "Layouts/CLayout.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -15,11 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     static CMemoryFile sFile("layout");
     sFile.Set(bytes, size);
     const bool whole = CDocumentChecker::CheckLayout({bytes, size}).empty();
-    CLayout layout;
-    CVLLayerNameResolver resolver(&layout);
-    CLayer::ConfigureLayerNameResolver(&resolver);
+    CBoundLayout layout;
     const int code = layout.Load(sFile.GetPath());
-    CLayer::ConfigureLayerNameResolver(nullptr);
     if (code < CLayout::kLoaded || code > 5 || (whole && code != CLayout::kLoaded)) {
         std::abort();
     }

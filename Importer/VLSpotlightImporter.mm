@@ -1,9 +1,10 @@
 #import "VLSpotlightImporter.h"
 
-#include "CResolvedLayout.h"
+#include "Elements/Utilities/UElementStatistics.h"
 #include "KVUStr/KVUStr.h"
 #include "Layers/CLayer.h"
 #include "Layers/CLayerManager.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 
 #include <CoreServices/CoreServices.h>
 
@@ -23,9 +24,7 @@ static void SetAttribute(NSMutableDictionary* attributes, CFStringRef name, id v
 
 - (BOOL)importLayout:(NSString*)path dict:(NSMutableDictionary*)attributes
 {
-    CResolvedLayout resolved;
-    CLayout& layout = resolved.Get();
-
+    CBoundLayout layout;
     const char* const pathText = KVUStr::GetCStrFromCFStr((CFStringRef)path, kCFStringEncodingMacRoman);
     if (pathText == nullptr || layout.Load(std::string(pathText)) != 0) {
         return NO;
@@ -42,7 +41,8 @@ static void SetAttribute(NSMutableDictionary* attributes, CFStringRef name, id v
     SetAttribute(attributes, kMDItemLayerNames, layerNames);
 
     SetAttribute(attributes, kMDItemVersion, FromMacRoman(layout.GetRevision()));
-    SetAttribute(attributes, kMDItemTextContent, FromMacRoman(resolved.Summary().c_str()));
+    const std::string summary = UElementStatistics::GetContentSummaryAsString(layout.GetElements());
+    SetAttribute(attributes, kMDItemTextContent, FromMacRoman(summary.c_str()));
     return YES;
 }
 

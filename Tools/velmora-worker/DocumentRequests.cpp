@@ -1,8 +1,8 @@
 // Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
-#include "CBoundLayout.h"
 #include "Checks/CDocumentChecker.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 #include "Requests.h"
 
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
@@ -127,8 +127,8 @@ int PromisedElements(const std::string& path)
 tJSON ReadLayout(const std::string& path)
 {
     CBoundLayout layout;
-    const int code = layout.Get().Load(path);
-    const int elements = static_cast<int>(layout.Get().GetElements().size());
+    const int code = layout.Load(path);
+    const int elements = static_cast<int>(layout.GetElements().size());
     const int promised = code == CLayout::kLoaded || code == CLayout::kElementFailed ? PromisedElements(path) : 0;
     return {{"code", code}, {"elements", elements}, {"lost", std::max(promised - elements, 0)}};
 }
@@ -242,8 +242,7 @@ tAnswer AnswerCheck(const std::string& path, int document)
 
 tAnswer AnswerParts(const std::string& path, int document)
 {
-    CBoundLayout bound;
-    CLayout& layout = bound.Get();
+    CBoundLayout layout;
     const int code = layout.Load(path);
     if (code != CLayout::kLoaded) {
         return MakeLoadFailure(code, layout.GetElements().size(), document);

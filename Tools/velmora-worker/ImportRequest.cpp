@@ -1,6 +1,4 @@
-#include "Layers/CLayer.h"
-#include "Layouts/CLayout.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/Released.h"
 #include "Reports.h"
 #include "Requests.h"
@@ -118,12 +116,9 @@ tAnswer MakeLoadFailure(int result, size_t elements, int document)
 /// The importer says only yes or no: after a no the worker's own core loads the document again, to learn why.
 static tAnswer ExplainFailure(const std::string& path, int document)
 {
-    CLayout layout;
-    CVLLayerNameResolver resolver(&layout);
-    CLayer::ConfigureLayerNameResolver(&resolver);
+    CBoundLayout layout;
     const int result = layout.Load(path);
     const size_t elements = layout.GetElements().size();
-    CLayer::ConfigureLayerNameResolver(nullptr);
     if (result == CLayout::kLoaded) {
         return MakeFailure(eFailure::kPlugIn, "the plug-in refuses the document, although it can be loaded");
     }

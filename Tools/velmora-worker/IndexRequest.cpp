@@ -1,8 +1,6 @@
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "Elements/Utilities/UElementStatistics.h"
-#include "Layers/CLayer.h"
-#include "Layouts/CLayout.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/MacRoman.h"
 #include "Requests.h"
 
@@ -38,9 +36,7 @@ tAnswer AnswerIndex(const CPlugIn& plugIn, const std::string& contentType, int d
         return answer;
     }
     answer.verb = eVerb::kIndex;
-    CLayout layout;
-    CVLLayerNameResolver resolver(&layout);
-    CLayer::ConfigureLayerNameResolver(&resolver);
+    CBoundLayout layout;
     layout.Load(PathOfDescriptor(document)); // the importer could: a document that changed since gives what it has
     CNameList libraries;
     CNameList articles;
@@ -52,7 +48,6 @@ tAnswer AnswerIndex(const CPlugIn& plugIn, const std::string& contentType, int d
             articles.Add(element->GetName());
         }
     }
-    CLayer::ConfigureLayerNameResolver(nullptr);
     answer.libraries = libraries.Take();
     answer.articles = articles.Take();
     return answer;

@@ -1,6 +1,6 @@
 // The request for a layout's picture.
-#include "CBoundLayout.h"
 #include "Elements/Rendering/CLayoutRenderer.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 #include "Requests.h"
 
 #include "Layers/CLayerManager.h"
@@ -106,8 +106,7 @@ tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& 
         uint64_t{wish.width} * wish.height > uint64_t{Platform::kMostPicturePixels}) {
         return MakeFailure(eFailure::kMemory, "the picture is too large");
     }
-    CBoundLayout bound;
-    CLayout& layout = bound.Get();
+    CBoundLayout layout;
     const int code = layout.Load(path);
     if (code != CLayout::kLoaded) {
         return MakeLoadFailure(code, layout.GetElements().size(), document);

@@ -3,9 +3,8 @@
 
 #include "Layers/CLayer.h"
 #include "Layers/CLayerManager.h"
-#include "Layouts/CLayout.h"
 #include "Layouts/Groups/CGroup.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 #include "support/DocumentBuilder.h"
 #include "support/ScratchFile.h"
 
@@ -17,12 +16,9 @@
 #include <string_view>
 #include <vector>
 
-/// A layout with the layer name resolver bound to it.
-class CTestLayout : public CLayout {
+/// A layout that is read from bytes and saved to them.
+class CTestLayout : public CBoundLayout {
 public:
-    CTestLayout() : mResolver(this) { CLayer::ConfigureLayerNameResolver(&mResolver); }
-    ~CTestLayout() { CLayer::ConfigureLayerNameResolver(nullptr); }
-
     int LoadBytes(std::string_view bytes) { return Load(CScratchFile(bytes).Path()); }
     int LoadRecords(const CRecords& records) { return LoadBytes(records.Bytes()); }
     /// What Save writes, with nothing changed but what saving changes.
@@ -45,9 +41,6 @@ public:
         }
         return names;
     }
-
-private:
-    CVLLayerNameResolver mResolver;
 };
 
 /// True when every group is reached from one without a parent, exactly once, and lists only groups whose parent it is.

@@ -2,9 +2,7 @@
 #pragma once
 
 #include "Elements/Rendering/CLayoutRenderer.h"
-#include "Layers/CLayer.h"
-#include "Layouts/CLayout.h"
-#include "Layouts/Utilities/CVLLayerNameResolver.h"
+#include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/Drawing.h"
 #include "Platform/Functions/Child.h"
 
@@ -75,18 +73,8 @@ inline bool PinFonts()
     return std::filesystem::exists(fonts + "/DejaVuSans.ttf");
 }
 
-/// A layout, and the resolver through which its elements find their layers.
-class CTestPlan {
-public:
-    CTestPlan() : mResolver(&layout) { CLayer::ConfigureLayerNameResolver(&mResolver); }
-    ~CTestPlan() { CLayer::ConfigureLayerNameResolver(nullptr); }
-    CTestPlan(const CTestPlan&) = delete;
-    CTestPlan& operator=(const CTestPlan&) = delete;
-
-    CLayout layout;
-
-private:
-    CVLLayerNameResolver mResolver;
+struct CTestPlan {
+    CBoundLayout layout;
 };
 
 /// Draws a layout. @param renderer  also tells where things are in the picture
