@@ -355,6 +355,22 @@ CRecords Layout(const tLayout& layout)
     return records.Append(GroupSection(layout.groups));
 }
 
+std::vector<int> GroupList(const std::vector<tGroupEntry>& entries)
+{
+    std::vector<int> list;
+    if (!entries.empty()) {
+        list.push_back(static_cast<int>(entries.size()));
+    }
+    for (const tGroupEntry& entry : entries) {
+        list.push_back(entry.parent);
+        for (const std::vector<int>* members : {&entry.elements, &entry.groups}) {
+            list.push_back(static_cast<int>(members->size()));
+            list.insert(list.end(), members->begin(), members->end());
+        }
+    }
+    return list;
+}
+
 namespace {
 constexpr double kLargest = 900000000.0; ///< doubles up to here come back to within 1e-7
 constexpr double kFarthest = 20000.0;    ///< places and lengths of a track plan, mm

@@ -160,6 +160,16 @@ struct tLayout {
     std::vector<tElement> elements = {};
     std::vector<int> groups = {}; ///< the integer list
 };
+
+/// One entry of the integer list of groups, by indices: its parent, its elements, its member groups.
+struct tGroupEntry {
+    int parent = -1;
+    std::vector<int> elements = {};
+    std::vector<int> groups = {};
+};
+/// Empty for no groups.
+std::vector<int> GroupList(const std::vector<tGroupEntry>& entries);
+
 /// Keys 400 to 430 without the layer section and key 423, as far as the version has them.
 CRecords Settings(const tLayout& layout);
 CRecords LayerSection(const std::vector<tLayer>& layers);

@@ -6,6 +6,7 @@
 #include "Layouts/CLayoutStatistics.h"
 #include "Layouts/Groups/CGroup.h"
 #include "Layouts/Groups/UGroups.h"
+#include "support/DocumentBuilder.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 #include <memory>
 #include <random>
 #include <set>
+#include <utility>
 
 namespace {
 constexpr double kLength = 100.0;
@@ -31,106 +33,151 @@ CCompositeGeometry* MakeStraight(int article, int place)
     return element.release();
 }
 
-/// What the layout should hold: elements by number in list order, and of each grouped element the chain of its groups.
+/// What the layout should hold: elements in list order with their articles, and its groups.
 class CModel {
 public:
     using tElements = std::vector<CCompositeGeometry*>;
+    struct tGroup {
+        CGroup* parent = nullptr;
+        tElements items = {};
+        std::vector<CGroup*> members = {};
+    };
 
-    tElements elements;
-    std::map<CCompositeGeometry*, std::string> articles;
-    std::map<CCompositeGeometry*, int> groupOf; ///< innermost group
-    std::map<int, int> parentOf;                ///< of each group; 0 for none
-
-    int RootOf(int group) const
+    void AddElement(CGroup* group, CCompositeGeometry* element)
     {
-        while (parentOf.at(group) != 0) {
-            group = parentOf.at(group);
-        }
-        return group;
-    }
-
-    void Group(const tElements& members)
-    {
-        const int group = ++mLastGroup;
-        std::set<int> roots;
-        for (CCompositeGeometry* element : members) {
-            if (groupOf.count(element) != 0) {
-                roots.insert(RootOf(groupOf[element]));
-            }
-        }
-        parentOf[group] = 0;
-        for (CCompositeGeometry* element : members) {
-            groupOf.try_emplace(element, group);
-        }
-        for (const int root : roots) {
-            parentOf[root] = group;
+        if (holders.emplace(element, group).second) {
+            groups[group].items.push_back(element);
         }
     }
-
-    void Dissolve(const tElements& selected)
+    void SetParent(CGroup* group, CGroup* parent)
     {
-        std::set<int> roots;
-        for (CCompositeGeometry* element : selected) {
-            if (groupOf.count(element) != 0) {
-                roots.insert(RootOf(groupOf[element]));
-            }
-        }
-        for (const int root : roots) {
-            parentOf.erase(root);
-            std::erase_if(groupOf, [root](const auto& entry) { return entry.second == root; });
-            for (auto& [group, parent] : parentOf) {
-                parent = parent == root ? 0 : parent;
-            }
+        if (groups[group].parent == nullptr && Root(parent) != group) {
+            groups[group].parent = parent;
         }
     }
-
-    void Delete(const tElements& doomed)
+    void AddMember(CGroup* group, CGroup* sub)
+    {
+        SetParent(sub, group);
+        std::vector<CGroup*>& members = groups[group].members;
+        if (groups[sub].parent == group && std::find(members.begin(), members.end(), sub) == members.end()) {
+            members.push_back(sub);
+        }
+    }
+    void ClearParent(CGroup* group)
+    {
+        if (CGroup* parent = std::exchange(groups[group].parent, nullptr)) {
+            std::erase(groups[parent].members, group);
+        }
+    }
+    void DeleteGroup(CGroup* group)
+    {
+        ClearParent(group);
+        groups.erase(group);
+        for (auto& [other, entry] : groups) {
+            entry.parent = entry.parent == group ? nullptr : entry.parent;
+        }
+        std::erase_if(holders, [group](const auto& holder) { return holder.second == group; });
+    }
+    void DeleteElements(const tElements& doomed)
     {
         for (CCompositeGeometry* element : doomed) {
             std::erase(elements, element);
-            groupOf.erase(element);
             articles.erase(element);
-        }
-        for (bool changed = true; changed;) { // groups without members go, from the inside out
-            changed = std::erase_if(parentOf, [this](const auto& entry) {
-                          const int group = entry.first;
-                          const auto isHere = [group](const auto& other) { return other.second == group; };
-                          return std::none_of(groupOf.begin(), groupOf.end(), isHere) &&
-                                 std::none_of(parentOf.begin(), parentOf.end(), isHere);
-                      }) != 0;
+            CGroup* group = holders.count(element) != 0 ? holders[element] : nullptr;
+            if (group != nullptr) {
+                std::erase(groups[group].items, element);
+            }
+            holders.erase(element);
+            while (group != nullptr && groups[group].items.empty() &&
+                   std::none_of(groups.begin(), groups.end(),
+                                [group](const auto& other) { return other.second.parent == group; })) {
+                CGroup* parent = groups[group].parent;
+                DeleteGroup(group);
+                group = parent;
+            }
         }
     }
+    /// Makes the groups that a list's entries claim.
+    void Read(const std::vector<tGroupEntry>& claims, const std::vector<CGroup*>& made)
+    {
+        groups.clear();
+        holders.clear();
+        for (size_t i = 0; i < claims.size(); ++i) {
+            groups[made[i]];
+            for (const int element : claims[i].elements) {
+                if (element >= 0 && element < static_cast<int>(elements.size())) {
+                    AddElement(made[i], elements[element]);
+                }
+            }
+        }
+        const auto isGroup = [&made](int index) { return index >= 0 && index < static_cast<int>(made.size()); };
+        for (size_t i = 0; i < claims.size(); ++i) {
+            if (isGroup(claims[i].parent)) {
+                SetParent(made[i], made[claims[i].parent]);
+            }
+            for (const int group : claims[i].groups) {
+                if (isGroup(group)) {
+                    AddMember(made[i], made[group]);
+                }
+            }
+        }
+    }
+    CGroup* Root(CGroup* group) const
+    {
+        CGroup* parent = groups.at(group).parent;
+        return parent == nullptr ? group : Root(parent);
+    }
+    tElements AllItems(CGroup* group) const
+    {
+        tElements all = groups.at(group).items;
+        for (CGroup* member : groups.at(group).members) {
+            const tElements inside = AllItems(member);
+            all.insert(all.end(), inside.begin(), inside.end());
+        }
+        return all;
+    }
 
-private:
-    int mLastGroup = 0;
+    tElements elements;
+    std::map<CCompositeGeometry*, std::string> articles;
+    std::map<CGroup*, tGroup> groups;
+    std::map<CCompositeGeometry*, CGroup*> holders; ///< which group the registry has
 };
 
-/// The numbers of the model's groups from an element outwards, as groups of the layout.
+/// Places of some things in a list of all.
+template <typename tThing>
+std::vector<int> IndicesOf(const std::vector<tThing*>& some, const std::vector<tThing*>& all)
+{
+    std::vector<int> indices;
+    for (const tThing* thing : some) {
+        indices.push_back(static_cast<int>(std::find(all.begin(), all.end(), thing) - all.begin()));
+    }
+    return indices;
+}
+
 void ExpectSameGroups(CLayout& layout, const CModel& model)
 {
-    ASSERT_EQ(layout.GetGroups().size(), model.parentOf.size());
-    std::map<const CGroup*, int> numberOf;
-    for (CCompositeGeometry* element : model.elements) {
-        const auto grouped = model.groupOf.find(element);
-        ASSERT_EQ(layout.GetGroupsManager()->IsInGroup(element), grouped != model.groupOf.end());
-        if (grouped == model.groupOf.end()) {
-            continue;
-        }
-        const CGroup* group = layout.GetGroupsManager()->GetGroupForGeometry(element);
-        const auto& items = group->GetMemberItemsVec();
-        ASSERT_EQ(std::count(items.begin(), items.end(), element), 1);
-        for (int number = grouped->second; number != 0; number = model.parentOf.at(number)) {
-            ASSERT_NE(group, nullptr);
-            ASSERT_TRUE(layout.ContainsGroup(group));
-            ASSERT_EQ(numberOf.emplace(group, number).first->second, number);
-            const CGroup* parent = group->GetParentGroup();
-            if (parent != nullptr) {
-                const auto& members = parent->GetMemberGroupsVec();
-                ASSERT_EQ(std::count(members.begin(), members.end(), group), 1);
+    const CGroupsManager& manager = *layout.GetGroupsManager();
+    ASSERT_EQ(manager.GetGroups(), std::set<CGroup*>(layout.GetGroups().begin(), layout.GetGroups().end()));
+    ASSERT_EQ(layout.GetGroups().size(), model.groups.size());
+    for (CGroup* group : layout.GetGroups()) {
+        const CModel::tGroup& expected = model.groups.at(group);
+        ASSERT_EQ(group->GetParentGroup(), expected.parent);
+        ASSERT_EQ(group->GetMemberItemsVec(), expected.items);
+        ASSERT_EQ(group->GetMemberGroupsVec(), expected.members);
+        ASSERT_EQ(group->GetRootGroup(), model.Root(group));
+        CModel::tElements all;
+        group->GetAllMemberItems(all);
+        ASSERT_EQ(all, model.AllItems(group));
+        for (CGroup* member : expected.members) {
+            for (CGroup* inside : model.groups.at(member).members) {
+                ASSERT_TRUE(group->IsMember(inside) && !inside->IsMember(group));
             }
-            group = parent;
         }
-        ASSERT_EQ(group, nullptr);
+    }
+    for (CCompositeGeometry* element : model.elements) {
+        const auto holder = model.holders.find(element);
+        ASSERT_EQ(manager.IsInGroup(element), holder != model.holders.end());
+        ASSERT_TRUE(holder == model.holders.end() || manager.GetGroupForGeometry(element) == holder->second);
     }
 }
 
@@ -192,9 +239,10 @@ TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsCon
         if (connected) {
             layout.ConnectJoints();
         }
-        for (int step = 0; step < 120; ++step) {
+        for (int step = 0; step < 200; ++step) {
             CCompositeGeometry* any = model.elements.empty() ? nullptr : model.elements[below(model.elements.size())];
-            switch (any == nullptr ? 0 : below(9)) {
+            const auto anyGroup = [&] { return layout.GetGroups()[below(layout.GetGroups().size())]; };
+            switch (any == nullptr ? 0 : below(layout.GetGroups().empty() ? 8 : 15)) {
             case 0: { // insert a few
                 CModel::tElements fresh;
                 for (int i = 1 + below(6); i > 0; --i) {
@@ -208,19 +256,18 @@ TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsCon
                 break;
             }
             case 1:
-                model.Delete({any});
-                ASSERT_TRUE(layout.DeleteItem(any));
+                model.articles[model.elements.emplace_back(MakeStraight(1, below(12)))] = "A1";
+                layout.AddItem(model.elements.back());
                 break;
-            case 2: {
-                model.Delete({any});
+            case 2:
+                model.DeleteElements({any});
                 ASSERT_TRUE(layout.RemoveItem(any));
-                ASSERT_FALSE(layout.RemoveItem(any));
+                ASSERT_FALSE(layout.DeleteItem(any));
                 delete any;
                 break;
-            }
             case 3: {
                 CModel::tElements doomed = someElements();
-                model.Delete(doomed);
+                model.DeleteElements(doomed);
                 layout.DeleteItemVec(doomed);
                 ASSERT_TRUE(doomed.empty());
                 break;
@@ -234,54 +281,110 @@ TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsCon
                 break;
             }
             case 5: {
-                std::erase(model.elements, any);
-                if (below(2) == 0) {
-                    model.elements.push_back(any);
-                    layout.MoveItemToEnd(any);
-                } else {
-                    model.elements.insert(model.elements.begin(), any);
-                    layout.MoveItemToBegin(any);
+                const CModel::tElements some = someElements();
+                if (CGroup* group = UGroups::NewGroupFromElementVector(&layout, some)) {
+                    model.groups[group];
+                    for (CCompositeGeometry* element : some) {
+                        if (model.holders.count(element) == 0) {
+                            model.AddElement(group, element);
+                        } else {
+                            model.AddMember(group, model.Root(model.holders[element]));
+                        }
+                    }
                 }
                 break;
             }
             case 6: {
-                const CModel::tElements some = someElements();
-                if (UGroups::NewGroupFromElementVector(&layout, some) != nullptr) {
-                    model.Group(some);
-                }
-                // All of them in one group already: the new one would hold that alone, which the model makes as well.
-                break;
-            }
-            case 7: {
-                const CModel::tElements some = someElements();
+                std::set<CGroup*> roots;
                 for (CCompositeGeometry* element : model.elements) {
-                    element->Unselect();
+                    below(4) == 0 ? element->Select() : element->Unselect();
+                    if (element->IsSelected() && model.holders.count(element) != 0) {
+                        roots.insert(model.Root(model.holders[element]));
+                    }
                 }
-                for (CCompositeGeometry* element : some) {
-                    element->Select();
+                for (CGroup* root : roots) {
+                    model.DeleteGroup(root);
                 }
-                model.Dissolve(some);
                 UGroups::UngroupGroupsInSelection(&layout);
                 break;
             }
-            default: { // to a backup and back: the same content in new elements
+            case 7: { // to a backup and back: the same content in new elements, or in groups that contradict each other
+                std::vector<tGroupEntry> claims;
+                for (CGroup* group : layout.GetGroups()) {
+                    const CModel::tGroup& entry = model.groups[group];
+                    claims.push_back({entry.parent == nullptr ? -1 : IndicesOf({entry.parent}, layout.GetGroups())[0],
+                                      IndicesOf(entry.items, model.elements),
+                                      IndicesOf(entry.members, layout.GetGroups())});
+                }
                 CModel::tElements copies;
-                std::vector<int> groups;
-                layout.BackupGroupAndItemVec(copies, groups);
-                CModel renamed = model;
-                renamed.articles.clear();
-                renamed.groupOf.clear();
-                for (size_t i = 0; i < copies.size(); ++i) {
-                    renamed.articles[copies[i]] = model.articles[model.elements[i]];
-                    if (model.groupOf.count(model.elements[i]) != 0) {
-                        renamed.groupOf[copies[i]] = model.groupOf[model.elements[i]];
+                std::vector<int> list;
+                layout.BackupGroupAndItemVec(copies, list);
+                ASSERT_EQ(list, GroupList(claims));
+                if (below(2) == 0) {
+                    claims.resize(1 + below(8));
+                    const auto index = [&](size_t n) { return below(n + 3) - 1; };
+                    for (tGroupEntry& claim : claims) {
+                        claim.parent = index(claims.size());
+                        for (int i = below(4); i > 0; --i) {
+                            claim.elements.push_back(index(copies.size()));
+                            claim.groups.push_back(index(claims.size()));
+                        }
                     }
                 }
-                renamed.elements = copies;
-                model = renamed;
-                layout.RestoreGroupAndItemVec(copies, groups);
+                std::map<CCompositeGeometry*, std::string> articles;
+                for (size_t i = 0; i < copies.size(); ++i) {
+                    articles[copies[i]] = model.articles[model.elements[i]];
+                }
+                model.articles = articles;
+                model.elements = copies;
+                layout.RestoreGroupAndItemVec(copies, GroupList(claims));
                 ASSERT_TRUE(copies.empty());
+                ASSERT_EQ(layout.GetGroups().size(), claims.size());
+                model.Read(claims, layout.GetGroups());
                 break;
+            }
+            case 8:
+            case 9: {
+                CGroup* group = anyGroup();
+                CGroup* parent = anyGroup();
+                group->SetParentGroup(parent);
+                model.SetParent(group, parent);
+                break;
+            }
+            case 10: {
+                CGroup* group = anyGroup();
+                CGroup* sub = anyGroup();
+                group->AddMember(sub);
+                model.AddMember(group, sub);
+                break;
+            }
+            case 11: {
+                CGroup* group = anyGroup();
+                CGroup* sub = anyGroup();
+                group->RemoveMember(sub);
+                std::erase(model.groups[group].members, sub);
+                break;
+            }
+            case 12: {
+                CGroup* group = anyGroup();
+                group->AddMember(any);
+                model.AddElement(group, any);
+                group = anyGroup();
+                group->RemoveMember(any);
+                std::erase(model.groups[group].items, any);
+                break;
+            }
+            case 13: {
+                CGroup* group = anyGroup();
+                group->ClearParentGroup();
+                model.ClearParent(group);
+                break;
+            }
+            default: {
+                CGroup* group = anyGroup();
+                layout.RemoveGroup(group);
+                delete group;
+                model.DeleteGroup(group);
             }
             }
             ExpectSame(layout, model, connected);
