@@ -10,6 +10,7 @@
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "Colors.h"
+#include "KVUNum/Angles.h"
 #include "KVUStr/KVUStr.h"
 
 #include <cmath>
@@ -18,7 +19,6 @@
 using namespace TrackSystem;
 
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr int kThinLine = 1;
 constexpr int kFreePolygon = 1;
 

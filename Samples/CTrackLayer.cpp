@@ -7,11 +7,11 @@
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "BuildingBlocks/UGrades.h"
+#include "KVUNum/Angles.h"
 
 #include <cmath>
 
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 /// Longest piece of flexible track that is sold.
 constexpr double kFlexLength = 900.0;
 /// Distance of the points that shape flexible track, degrees of an arc.

@@ -1,6 +1,7 @@
 #include "Articles.h"
 #include "CPlan.h"
 #include "CTrackLayer.h"
+#include "KVUNum/Angles.h"
 #include "Layouts.h"
 #include "TerminusScenery.h"
 
@@ -10,7 +11,6 @@ using namespace Terminus;
 using namespace TrackSystem;
 
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kEast = 0.0;
 constexpr double kWest = 180.0;
 

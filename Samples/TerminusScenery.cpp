@@ -2,6 +2,7 @@
 
 #include "Articles.h"
 #include "CPlan.h"
+#include "KVUNum/Angles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,7 +11,6 @@
 using namespace TrackSystem;
 
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kMargin = 15.0; ///< of the ground from the edge of the workspace
 
 /// Middle of the helix; of the southern main track's circle and of the northern one's.

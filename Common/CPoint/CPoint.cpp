@@ -1,9 +1,8 @@
 #include "CPoint/CPoint.h"
 
-namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
-constexpr double kDegreesPerRadian = 57.29577951308232;
+#include "KVUNum/Angles.h"
 
+namespace {
 /// Turns (u, v) about (a, b); taken by value, since the centre may be made of the coordinates that are turned.
 void RotatePlane(double& u, double& v, double a, double b, double angle)
 {

@@ -1,12 +1,13 @@
 #include "CRect/DRect.h"
 
+#include "KVUNum/Angles.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
 void UDRect::RotateDRect(DRect& rect, double degrees)
 {
-    constexpr double kRadiansPerDegree = 0.017453292519943295;
     const double cosine = std::cos(degrees * kRadiansPerDegree);
     const double sine = std::sin(degrees * kRadiansPerDegree);
     const double xs[] = {rect.left * cosine - rect.top * sine, rect.right * cosine - rect.top * sine,

@@ -11,8 +11,6 @@
 using namespace Platform;
 
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
-
 /// Letters taller than this many device units are drawn as areas: as glyphs each would be kept as a bitmap.
 constexpr double kTallestGlyphs = 200;
 

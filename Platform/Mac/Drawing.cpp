@@ -12,8 +12,6 @@
 
 namespace Platform {
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
-
 class CCorePicture final : public CPicture {
 public:
     CCorePicture(ePictureFormat format, int width, int height) : mFormat(format), mData(CFDataCreateMutable(nullptr, 0))

@@ -2,15 +2,12 @@
 
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ElementFormat.h"
+#include "KVUNum/Angles.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UReach.h"
 
 #include <algorithm>
 #include <cmath>
-
-namespace {
-constexpr double kDegreesPerRadian = 57.29577951308232;
-} // namespace
 
 const CGradeVector CGradeVector::ZeroGrade;
 

@@ -9,6 +9,9 @@
 #include <vector>
 
 namespace Platform {
+/// Platform includes nothing above it, so it has this one of its own.
+inline constexpr double kRadiansPerDegree = 0.017453292519943295;
+
 /// Components from 0 to 1.
 struct tPaint {
     double red = 0;

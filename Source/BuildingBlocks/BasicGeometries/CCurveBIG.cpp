@@ -2,6 +2,7 @@
 
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
+#include "KVUNum/Angles.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "UnitLength/UUnits.h"
@@ -12,8 +13,6 @@
 #include <cmath>
 
 namespace {
-constexpr double kPi = 3.141592653589793;
-
 CPoint PointOnArc(const CPoint& centre, double radius, double heading)
 {
     const tDirection direction = UArcGeometry::Direction(heading);

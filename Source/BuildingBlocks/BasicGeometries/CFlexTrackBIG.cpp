@@ -248,15 +248,11 @@ std::string CFlexTrackBIG::ToString(int unit)
 void CFlexTrackBIG::DefineJoints(const CPoint& origin, double angle, const CGradeVector& grade, int mode)
 {
     const double turned = mAngle + angle;
-    const tDirection turn = UArcGeometry::Direction(turned);
-    const CPoint middle = GetMiddle();
-    const CPoint ends[] = {mPoints.empty() ? middle : mPoints.front(), mPoints.empty() ? middle : mPoints.back()};
-    for (int i = 0; i < 2; ++i) {
-        const double dx = ends[i].x - middle.x;
-        const double dy = ends[i].y - middle.y;
-        CPoint& local = mJoints[i].GetLocalPoint();
-        local.x = mItemXOffset + middle.x + dx * turn.cosine - dy * turn.sine;
-        local.y = mItemYOffset + middle.y + dy * turn.cosine + dx * turn.sine;
+    const tTurn placing = Placing(angle);
+    for (size_t i = 0; i < 2; ++i) {
+        const CPoint& end = mPoints.empty() ? CPoint::ZeroPos : i == 0 ? mPoints.front() : mPoints.back();
+        const tVector2D placed = placing.Apply({end.x, end.y});
+        mJoints[i].GetLocalPoint().SetPos(placed.x, placed.y);
     }
     mJoints[0].SetReducedAngle(mStartAngle + turned);
     mJoints[1].SetReducedAngle(mEndAngle + 180.0 + turned);

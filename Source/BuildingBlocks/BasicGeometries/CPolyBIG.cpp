@@ -137,22 +137,16 @@ void CPolyBIG::CalcBoundingBox(DRect& box, double angle)
         box = {mItemYOffset, mItemXOffset, mItemYOffset, mItemXOffset};
         return;
     }
-    const CPoint middle = GetMiddle();
-    const tDirection turn = UArcGeometry::Direction(mAngle + angle);
-    const auto place = [&](const CPoint& point) {
-        const double dx = point.x - middle.x;
-        const double dy = point.y - middle.y;
-        return CPoint(mItemXOffset + middle.x + dx * turn.cosine - dy * turn.sine,
-                      mItemYOffset + middle.y + dy * turn.cosine + dx * turn.sine, 0.0);
-    };
+    const tTurn placing = Placing(angle);
     const double halfWidth = CalcTrackMarkerWidth();
     CCalcBoundingBox grow(box);
-    CPoint previous = place(mPoints.front());
-    grow.Update(previous);
+    tVector2D previous = placing.Apply({mPoints.front().x, mPoints.front().y});
+    grow.Update(previous.x, previous.y);
     const size_t edges = mCloseFlag ? mPoints.size() : mPoints.size() - 1;
     for (size_t i = 1; i <= edges; ++i) {
-        const CPoint point = place(mPoints[i % mPoints.size()]);
-        grow.Update(point);
+        const CPoint& corner = mPoints[i % mPoints.size()];
+        const tVector2D point = placing.Apply({corner.x, corner.y});
+        grow.Update(point.x, point.y);
         if (halfWidth != 0.0) {
             const double dx = point.x - previous.x;
             const double dy = point.y - previous.y;
@@ -160,7 +154,7 @@ void CPolyBIG::CalcBoundingBox(DRect& box, double angle)
             if (length > 0.0) {
                 const double acrossX = std::fabs(halfWidth * dy / length);
                 const double acrossY = std::fabs(halfWidth * dx / length);
-                for (const CPoint& end : {previous, point}) {
+                for (const tVector2D end : {previous, point}) {
                     grow.Update(end.x - acrossX, end.y - acrossY);
                     grow.Update(end.x + acrossX, end.y + acrossY);
                 }

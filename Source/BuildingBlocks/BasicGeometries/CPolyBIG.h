@@ -111,6 +111,8 @@ public:
     virtual void SetPolyCloseFlag(bool close) { mCloseFlag = close; }
     bool GetPolyCloseFlag() const { return mCloseFlag; }
     tPolyLegacySubType GetLegacySubType() const { return mLegacySubType; }
+    /// From component coordinates into those of an element with that angle: about the middle, and to the item offset.
+    tTurn Placing(double angle) const;
     /// Appends the points as they lie in an element of that angle.
     void AppendPlacedPoints(double angle, std::vector<CPoint>& points) const;
 
@@ -132,8 +134,6 @@ protected:
     virtual bool MayBecome(const std::vector<CPoint>&) const { return true; }
     /// The point halfway between two neighbours.
     virtual CPoint Halfway(size_t from, size_t to) const;
-    /// From component coordinates into those of an element with that angle.
-    tTurn Placing(double angle) const;
     /// The angle of the element that this component is part of; 0 without one.
     double GetElementAngle() const;
     /// Nearest handle among the points from `first` to before `last`.

@@ -1,6 +1,7 @@
 // How the points of a polygon are edited.
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "KVUNum/Angles.h"
 #include "KVUNum/KVUNum.h"
 #include "Utilities/Geometry/UBezier.h"
 #include "Utilities/Geometry/UPointVec.h"
@@ -13,7 +14,6 @@
 #include <utility>
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 /// A point more on a track changes its curve a little, although it lies on it: by more than rounding, by less than a
 /// joint may be off.
 constexpr double kInsertedSpare = 1e-3;

@@ -3,11 +3,11 @@
 #import "Drawing/Cocoa/NSColor+CColor.h"
 #import "Drawing/Cocoa/UCocoaDrawing.h"
 
+#include "KVUNum/Angles.h"
 #include "Portable/TextPieces.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <string_view>
 
 namespace {
@@ -126,9 +126,9 @@ void CCocoaDrawing::ArcTo(double centreX, double centreY, double radius, double 
 {
     // By curves of at most a quarter, since AppKit takes the two ends of an arc modulo 360.
     const int pieces = std::max(1, static_cast<int>(std::ceil(std::abs(sweep) / 90.0)));
-    const double step = sweep / pieces * std::numbers::pi / 180.0;
+    const double step = sweep / pieces * kRadiansPerDegree;
     const double handle = radius * 4.0 / 3.0 * std::tan(step / 4.0); // meets the arc in its middle, too
-    double angle = start * std::numbers::pi / 180.0;
+    double angle = start * kRadiansPerDegree;
     double x = centreX + radius * std::cos(angle);
     double y = centreY + radius * std::sin(angle);
     LineTo(x, y);

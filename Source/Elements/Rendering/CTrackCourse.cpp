@@ -1,11 +1,11 @@
 #include "Elements/Rendering/CTrackCourse.h"
 
+#include "KVUNum/Angles.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
-constexpr double kDegreesPerRadian = 57.29577951308232;
-
 tVector2D PointOnArc(const CTrackCourse::tArc& piece, double radius, double heading)
 {
     const tDirection direction = UArcGeometry::Direction(heading);

@@ -4,7 +4,7 @@
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "Drawing/UTextComponentBoundsCalculator.h"
-#include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UBezier.h"
 
 #include <algorithm>
 #include <cmath>
@@ -63,16 +63,12 @@ void CPolyRenderer::Draw(CBasicGeometry& component, const tPlacement& place, con
                          const tRenderContext& context) const
 {
     auto& polygon = static_cast<CPolyBIG&>(component);
-    const CPoint middle = polygon.GetRotationReferencePoint(place.angle);
-    const tDirection turn = UArcGeometry::Direction(polygon.GetAngle() + place.angle);
-    CPoint offset;
-    polygon.GetItemOffset(offset);
+    const tTurn placing = polygon.Placing(place.angle);
     bool first = true;
     for (const CPoint& point : polygon.GetPoints()) {
-        const double dx = point.x + offset.x - middle.x;
-        const double dy = point.y + offset.y - middle.y;
-        const double x = place.position.x + middle.x + dx * turn.cosine - dy * turn.sine;
-        const double y = place.position.y + middle.y + dy * turn.cosine + dx * turn.sine;
+        const tVector2D placed = placing.Apply({point.x, point.y});
+        const double x = place.position.x + placed.x;
+        const double y = place.position.y + placed.y;
         if (!std::isfinite(x) || !std::isfinite(y)) {
             continue;
         }

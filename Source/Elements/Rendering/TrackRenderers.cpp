@@ -2,7 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
-#include "Utilities/Geometry/UArcGeometry.h"
+#include "Utilities/Geometry/UBezier.h"
 
 #include <cmath>
 
@@ -56,13 +56,8 @@ CTrackCourse CCurveRenderer::MakeCourse(CBasicGeometry& component, const tPlacem
 CTrackCourse CFlexTrackRenderer::MakeCourse(CBasicGeometry& component, const tPlacement& place) const
 {
     auto& track = static_cast<CFlexTrackBIG&>(component);
-    const CPoint& middle = track.GetRotationReferencePoint(place.angle);
-    CPoint offset;
-    track.GetItemOffset(offset);
-    // The middle is given in the element's coordinates.
-    const tTurn turn = {UArcGeometry::Direction(track.GetAngle() + place.angle),
-                        {middle.x - offset.x, middle.y - offset.y},
-                        {offset.x + place.position.x, offset.y + place.position.y}};
+    tTurn turn = track.Placing(place.angle);
+    turn.shift = {turn.shift.x + place.position.x, turn.shift.y + place.position.y};
     CTrackCourse course;
     bool finite = true;
     UBezier::ForEachSegment(track.GetPoints(), [&](const tBezierSegment& s) {

@@ -1,5 +1,6 @@
 #include "Utilities/Geometry/UArcGeometry.h"
 
+#include "KVUNum/Angles.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 
 #include <algorithm>
@@ -8,8 +9,6 @@
 #include <cstdint>
 
 namespace {
-constexpr double kRadiansPerDegree = 0.017453292519943295;
-
 struct tRememberedDirection {
     uint64_t key;
     tDirection direction;

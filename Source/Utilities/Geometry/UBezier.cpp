@@ -1,5 +1,6 @@
 #include "Utilities/Geometry/UBezier.h"
 
+#include "KVUNum/Angles.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <initializer_list>
 
 namespace {
-constexpr double kDegreesPerRadian = 57.29577951308232;
 /// Accuracy of a length, of the whole.
 constexpr double kLengthTolerance = 1e-7;
 /// Halvings of a piece while its length is measured; bounds the work on wild points.
@@ -22,7 +22,7 @@ constexpr double kRounding = 4e-15;
 constexpr int kLeastCourseDepth = 2;
 constexpr int kDeepestCourse = 8;
 /// The smallest turn worth a step of its own, in radians; bounds what a piece of curve can come to.
-constexpr double kSmallestStep = 3.141592653589793 / 64.0;
+constexpr double kSmallestStep = kPi / 64.0;
 /// More points than one piece can come to: 512 for its halvings, 64 for each half turn that a cubic can make.
 constexpr size_t kMostPerPiece = 1024;
 /// Coordinates beyond this would overflow when they are squared and multiplied.

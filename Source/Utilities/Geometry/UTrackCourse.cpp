@@ -1,11 +1,12 @@
 #include "Utilities/Geometry/UTrackCourse.h"
 
+#include "KVUNum/Angles.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 /// How far from a tight bend the crossing of a line with itself is looked for, in distances of the line.
 constexpr double kSearchReach = 12.0;
 /// Pairs of chords tried in one line at the most: these, and so many for each of its points. A bend takes some

@@ -175,7 +175,7 @@ TEST(UElementVectorOperations, Sums)
     EXPECT_EQ(sum, INT_MIN);
     EXPECT_EQ(UElementVectorOperations::GetElementVectorSmallestScale(Pointers(owned)), 99) << "unknown, gauge 1";
     EXPECT_NEAR(UElementVectorOperations::GetElementVectorRailLength(Pointers(owned), 1),
-                200.5 + 437.5 * 22.5 * M_PI / 180.0, kTolerance);
+                200.5 + 437.5 * 22.5 * kRadiansPerDegree, kTolerance);
     EXPECT_EQ(UElementVectorOperations::GetNumberOfJoints(Pointers(owned)), 2) << "the allowed ones";
     EXPECT_FALSE(UElementVectorOperations::IsAdjustableLineWidth(Pointers(owned)));
     EXPECT_TRUE(UElementVectorOperations::IsAdjustableLineWidth({owned[0].get(), owned[3].get()}));

@@ -1,4 +1,5 @@
 #include "Elements/Utilities/UElementVectorOperations.h"
+#include "KVUNum/Angles.h"
 #include "Layers/CLayer.h"
 #include "Layers/CLayerNameResolver.h"
 #include "Source/Elements/Elements.h"
@@ -308,7 +309,7 @@ TEST(Element, AttributesOfAllComponents)
     EXPECT_EQ(element.GetMidRailFlag(), 9);
     EXPECT_EQ(element.GetBIGAtIndex(2)->GetMidRailFlag(), 9);
     element.AppendBIG(NewComponent(kCurveType));
-    EXPECT_NEAR(element.GetTrackLength(), 200.5 + 437.5 * 22.5 * M_PI / 180.0, 1e-9) << "the gauge does not count";
+    EXPECT_NEAR(element.GetTrackLength(), 200.5 + 437.5 * 22.5 * kRadiansPerDegree, 1e-9) << "the gauge does not count";
 
     element.GetLayoutItemAttributes().fillColor = {1, 2, 3};
     element.SetFillMode(true);

@@ -115,7 +115,7 @@ TEST(CGradeVector, RunsUpwardsOrNotAtAll)
     const CPoint end(40, 60, 0);
     const struct {
         double rise, angle;
-    } cases[] = {{-5, 0}, {0.0005, 0}, {0.001, std::asin(0.00002) * 180 / M_PI}, {25, 30}, {50, 90}, {80, 90}};
+    } cases[] = {{-5, 0}, {0.0005, 0}, {0.001, std::asin(0.00002) * kDegreesPerRadian}, {25, 30}, {50, 90}, {80, 90}};
     for (const auto& c : cases) {
         const CGradeVector grade(start, end, c.rise);
         EXPECT_NEAR(grade.GetGradeAngle(), c.angle, 1e-9) << c.rise;
@@ -123,7 +123,7 @@ TEST(CGradeVector, RunsUpwardsOrNotAtAll)
     }
     const CGradeVector grade(start, {40, 60, 120}, 5);
     EXPECT_EQ(grade.GetVectorLength(), 130.0) << "in space";
-    EXPECT_NEAR(grade.GetAngleToXAxis(), std::atan2(40, 30) * 180 / M_PI, 1e-9);
+    EXPECT_NEAR(grade.GetAngleToXAxis(), std::atan2(40, 30) * kDegreesPerRadian, 1e-9);
     EXPECT_FALSE(CGradeVector::ZeroGrade.IsGraded());
 }
 

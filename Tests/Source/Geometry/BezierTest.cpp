@@ -106,7 +106,7 @@ TEST(UBezier, ReproducesCircles)
                 worst = std::max(worst, std::fabs(At(segment, k / 64.0).CalcDistance2D({70, -30, 0}) / radius - 1.0));
             }
         }
-        EXPECT_NEAR(UBezier::Length(points) / (radius * std::fabs(step) * (count - 1) * M_PI / 180.0), 1.0, 1e-6);
+        EXPECT_NEAR(UBezier::Length(points) / (radius * std::fabs(step) * (count - 1) * kRadiansPerDegree), 1.0, 1e-6);
     }
     EXPECT_LT(worst, 2e-6);
 }
@@ -183,7 +183,7 @@ TEST(UBezier, AFlexibleTrackFollowsItsPoints)
     flex.AddPoint({100, 0, 0});
     EXPECT_NEAR(flex.GetTrackLength(), 100, kTolerance);
     flex.SetPoints(OnCircle(200, 0, 30, 4));
-    EXPECT_NEAR(flex.GetTrackLength(), 200 * M_PI / 2.0, 1e-4);
+    EXPECT_NEAR(flex.GetTrackLength(), 200 * kPi / 2.0, 1e-4);
     flex.DefineJoints(CPoint::ZeroPos, 0, CGradeVector::ZeroGrade, CBasicGeometry::kPlaceForConnection);
     EXPECT_LE(AngleBetween(flex.GetJoint(0)->GetAngle(), 90), kTolerance);
     EXPECT_LE(AngleBetween(flex.GetJoint(1)->GetAngle(), 0), kTolerance);

@@ -158,12 +158,12 @@ TEST(Box, OfACurveStartsAtItsOffsetAndIsThatOfItsTrackbed)
         const double start = curve.GetAngle() + angle;
         // From joint 0 the circle's centre lies on the side to which the track turns.
         const CPoint first = curve.GetJoint(0)->GetLocalPoint();
-        const double toCentre = (start + 90.0) * M_PI / 180.0;
+        const double toCentre = (start + 90.0) * kRadiansPerDegree;
         const CPoint centre = first + CPoint(std::cos(toCentre), std::sin(toCentre), 0.0) * middle;
         std::vector<tLine> edges;
         for (const double distance : {-0.5, 0.0, 0.5}) {
             edges.push_back([=, width = curve.GetTrackbedWidth()](double t) {
-                const double heading = (start + arc * t) * M_PI / 180.0;
+                const double heading = (start + arc * t) * kRadiansPerDegree;
                 return centre + CPoint(std::sin(heading), -std::cos(heading), 0.0) * (middle + distance * width);
             });
         }

@@ -198,7 +198,7 @@ TEST(Moves, OutlinesOfCurvesKeepTheirDistance)
         curve.DefineTrackItemArea(33, distance - curve.CalcTrackMarkerWidth(), area);
         ASSERT_EQ(area.size(), outline.size());
         const double side = curve.GetItemArcAngle() < 0 ? -1.0 : 1.0;
-        const double toCentre = (33.0 + 90.0 * side) * M_PI / 180.0;
+        const double toCentre = (33.0 + 90.0 * side) * kRadiansPerDegree;
         const CPoint centre = (outline.front() + outline.back()) * 0.5 +
                               CPoint(std::cos(toCentre), std::sin(toCentre), 0.0) * (radius + 9);
         for (size_t k = 0; k < outline.size(); ++k) {

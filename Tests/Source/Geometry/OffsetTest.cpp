@@ -175,7 +175,7 @@ TEST(Offset, ACourseIsWalkedByItsLength)
         for (int k = 0; k < 2; ++k) {
             const tCoursePoint& end = k == 0 ? course.front() : course.back();
             ExpectSamePlace(CPoint(end.point.x, end.point.y, 0), track->GetJoint(k)->GetPosition());
-            EXPECT_LE(AngleBetween(std::atan2(end.heading.y, end.heading.x) * 180.0 / M_PI + 180.0 * k,
+            EXPECT_LE(AngleBetween(std::atan2(end.heading.y, end.heading.x) * kDegreesPerRadian + 180.0 * k,
                                    track->GetJoint(k)->GetAngle()),
                       kTolerance);
         }

@@ -6,6 +6,7 @@
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "KVUNum/Angles.h"
 
 #include <gtest/gtest.h>
 
@@ -50,7 +51,7 @@ inline double AngleBetween(double a, double b)
 
 inline double DirectionFrom(const CPoint& from, const CPoint& to)
 {
-    return std::atan2(to.y - from.y, to.x - from.x) * 180.0 / M_PI;
+    return std::atan2(to.y - from.y, to.x - from.x) * kDegreesPerRadian;
 }
 
 inline void ExpectSamePlace(const CPoint& actual, const CPoint& expected, double tolerance = kTolerance)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Drawing/CDrawing.h"
+#include "KVUNum/Angles.h"
 #include "Utilities/Geometry/UTrackCourse.h"
 
 #include <cmath>
@@ -33,7 +34,7 @@ public:
         Check({centreX, centreY, radius, start, sweep});
         mIsFinite = mIsFinite && radius >= 0 && std::fabs(sweep) <= 360;
         for (int i = 0; i <= 8; ++i) {
-            const double angle = (start + sweep * i / 8) * 0.017453292519943295;
+            const double angle = (start + sweep * i / 8) * kRadiansPerDegree;
             Add(centreX + radius * std::cos(angle), centreY + radius * std::sin(angle));
         }
     }

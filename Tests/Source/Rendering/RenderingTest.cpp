@@ -240,7 +240,7 @@ TEST(TrackCourse, LinesBesideACurveKeepTheirDistance)
     constexpr double kRadius = 400.0;
     std::vector<CPoint> points;
     for (int i = 0; i <= 8; ++i) {
-        const double angle = i * 20 * 0.017453292519943295;
+        const double angle = i * 20 * kRadiansPerDegree;
         points.emplace_back(kRadius * std::sin(angle), -kRadius * std::cos(angle), 0);
     }
     const std::unique_ptr<CFlexTrackBIG> track(Flex(points));
