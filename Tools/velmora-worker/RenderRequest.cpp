@@ -1,6 +1,6 @@
 // The request for a layout's picture.
 #include "CBoundLayout.h"
-#include "Elements/Rendering/CLayoutRenderer.h"
+#include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Requests.h"
 
 #include "Layers/CLayerManager.h"

@@ -1,10 +1,10 @@
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 
 #include "BuildingBlocks/BasicGeometries/ComponentKeys.h"
+#include "BuildingBlocks/BasicGeometries/UTextComponentBoundsCalculator.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
-#include "Drawing/UTextComponentBoundsCalculator.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"
 #include "Utilities/Geometry/UReach.h"

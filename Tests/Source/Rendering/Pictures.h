@@ -1,9 +1,9 @@
 // Pictures as tests look at them.
 #pragma once
 
-#include "Elements/Rendering/CLayoutRenderer.h"
 #include "Layers/CLayer.h"
 #include "Layouts/CLayout.h"
+#include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CVLLayerNameResolver.h"
 #include "Platform/Drawing.h"
 #include "Platform/Functions/Child.h"
