@@ -2,7 +2,6 @@
 
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
-#include "Elements/Rendering/UElementRenderer.h"
 #include "KVUStr/KVUStr.h"
 
 #include <boost/foreach.hpp>
@@ -231,9 +230,4 @@ void CCompositeGeometry::SetRailSetName(const char* name)
 void CCompositeGeometry::SetPrefix(const char* prefix)
 {
     SetText(mLibrary.prefix, prefix);
-}
-
-void CCompositeGeometry::Render(Platform::CDrawing& drawing, const CDrawingOptions& options, double pixel)
-{
-    UElementRenderer::Draw(*this, options, drawing, pixel);
 }

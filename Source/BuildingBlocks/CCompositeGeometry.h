@@ -178,6 +178,7 @@ public:
     double GetTrackLength();
 
     /// Draws the element alone, where it lies in its layout. Its joints are placed anew, nothing else of it changes.
+    /// Defined beside the renderer, which knows elements and is not known by them.
     /// @param pixel  size of what the drawing just shows, mm
     void Render(Platform::CDrawing& drawing, const CDrawingOptions& options, double pixel);
 

@@ -1,5 +1,5 @@
 // The request for a layout's picture.
-#include "Elements/Rendering/CLayoutRenderer.h"
+#include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Requests.h"
 

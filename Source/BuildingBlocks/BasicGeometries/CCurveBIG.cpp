@@ -8,6 +8,7 @@
 #include "UnitLength/UUnits.h"
 #include "Utilities/Geometry/UArcGeometry.h"
 #include "Utilities/Geometry/UReach.h"
+#include "Utilities/Geometry/UTrackCourse.h"
 
 #include <algorithm>
 #include <cmath>
@@ -145,12 +146,6 @@ void CCurveBIG::Scale(double factor, bool scaleOffset)
     CBasicGeometry::Scale(factor, scaleOffset);
     mRadius = UReach::Clamp(mRadius * factor);
     UpdateCurvedRailLength();
-}
-
-void CCurveBIG::DefineCourse(double angle, double reach, tCourse& course)
-{
-    const CPoint centre = GetOffsetForLeftTopAlignedCurve(angle);
-    UTrackCourse::AppendArc(JointArc(angle), {centre.x, centre.y}, reach, course);
 }
 
 void CCurveBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)

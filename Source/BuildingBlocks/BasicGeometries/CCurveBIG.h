@@ -2,7 +2,7 @@
 #pragma once
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
-#include "Utilities/Geometry/UTrackCourse.h"
+#include "Utilities/Geometry/UArcGeometry.h"
 
 /// A curved track. Its joints lie on the arc of its radius plus its gauge, which is laid so that the box of the
 /// trackbed begins at the item offset at its left and top, whatever the angle. From joint 0 the track turns towards
@@ -22,9 +22,6 @@ public:
                               double gauge, double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetItemRadius() const { return mRadius; }
     double GetItemArcAngle() const { return mArcAngle; }
-    /// Appends the centre line in the element's coordinates, for lines up to `reach` (mm) beside it; nothing for an arc
-    /// without length.
-    void DefineCourse(double angle, double reach, tCourse& course);
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 16; }

@@ -114,14 +114,6 @@ void CStraightBIG::Scale(double factor, bool scaleOffset)
     mLength = mTrackLength = UReach::Clamp(mLength * factor);
 }
 
-void CStraightBIG::DefineCourse(double angle, tCourse& course)
-{
-    DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, kPlaceForTrackMarks);
-    const CPoint& first = mJoints[0].GetLocalPoint();
-    const CPoint& second = mJoints[1].GetLocalPoint();
-    UTrackCourse::AppendStraight({first.x, first.y}, {second.x, second.y}, course);
-}
-
 void CStraightBIG::DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points)
 {
     DefineTrackItemOutline(angle, CalcTrackMarkerWidth() + distance, points);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
-#include "Utilities/Geometry/UTrackCourse.h"
 
 /// A straight track. Its joints lie on a line that runs the gauge beside the item offset; it turns about the middle of
 /// that line.
@@ -19,8 +18,6 @@ public:
     void SpecifyStraightGeometry(double xOffset, double yOffset, double length, double angle, double gauge,
                                  double trackbedWidth, bool joint0Allowed, bool joint1Allowed);
     double GetLength() const { return mLength; }
-    /// Appends the centre line in the element's coordinates; nothing for a length of 0.
-    void DefineCourse(double angle, tCourse& course);
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 8; }

@@ -1,9 +1,9 @@
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 
+#include "BuildingBlocks/BasicGeometries/UTextComponentBoundsCalculator.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
-#include "Drawing/UTextComponentBoundsCalculator.h"
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
 #include "KVURawMem/KVURawMem.h"

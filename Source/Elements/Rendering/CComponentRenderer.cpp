@@ -33,5 +33,10 @@ CTrackCourse CComponentRenderer::MakeCourse(CBasicGeometry&, const tPlacement&) 
     return {};
 }
 
+double CComponentRenderer::GetReach(CBasicGeometry&, eTrackStyle) const
+{
+    return 0.0;
+}
+
 void CComponentRenderer::Draw(CBasicGeometry&, const tPlacement&, const CDrawingOptions&, const tRenderContext&) const
 {}

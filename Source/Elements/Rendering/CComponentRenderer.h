@@ -37,6 +37,8 @@ public:
     /// The course of a track, to be drawn together with its neighbours; empty for anything else, and for a track that
     /// has no extent or whose numbers are beyond drawing.
     virtual CTrackCourse MakeCourse(CBasicGeometry& component, const tPlacement& place) const;
+    /// By how much anything but track may stick out of its box where it is drawn, mm.
+    virtual double GetReach(CBasicGeometry& component, eTrackStyle style) const;
     /// Draws anything but track.
     virtual void Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
                       const tRenderContext& context) const;

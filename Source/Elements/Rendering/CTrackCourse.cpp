@@ -101,21 +101,6 @@ bool IsTight(const tBezierSegment& segment, double distance)
     return false;
 }
 
-/// Appends a segment's points for the search for crossings of the line beside it.
-void Flatten(const tBezierSegment& segment, tCourse& course)
-{
-    const int steps = 8 * CutsOf(segment);
-    for (int i = course.empty() ? 0 : 1; i <= steps; ++i) {
-        const double t = static_cast<double>(i) / steps;
-        const tVector2D point = UBezier::PointAt(segment, t);
-        const tVector2D right = RightOf(UBezier::DerivativeAt(segment, t));
-        const double length = course.empty() ? 0.0
-                                             : course.back().length + std::hypot(point.x - course.back().point.x,
-                                                                                 point.y - course.back().point.y);
-        course.push_back({point, {right.y, -right.x}, length});
-    }
-}
-
 /// A line across the course.
 void AddAcross(CDrawing& drawing, tVector2D point, tVector2D along, double reach)
 {
@@ -162,12 +147,14 @@ bool CTrackCourse::AddCutTo(CDrawing& drawing, double distance) const
     if (distance == 0.0 || std::none_of(mPieces.begin(), mPieces.end(), isTight)) {
         return false;
     }
-    tCourse course;
+    std::vector<tBezierSegment> segments;
     for (const tPiece& piece : mPieces) {
         if (const auto* segment = std::get_if<tBezierSegment>(&piece)) {
-            Flatten(*segment, course);
+            segments.push_back(*segment);
         }
     }
+    tCourse course;
+    UBezier::Flatten(segments, distance, course);
     std::vector<CPoint> line;
     UTrackCourse::CalcOffset(course, distance, line);
     for (size_t i = 0; i < line.size(); ++i) {

@@ -13,6 +13,8 @@ constexpr double kSleeperWidth = 0.18;
 constexpr double kSleeperPitch = 0.43;
 /// Where a track does not tell the width of its bed.
 constexpr double kBedWidth = 2.3; ///< gauges
+/// Around a selected track, on either side.
+constexpr double kSelectionSeam = 0.2; ///< beds
 /// Sleepers stay this far inside the bed.
 constexpr double kSleeperInset = 0.92;
 
@@ -79,7 +81,19 @@ void CTrackRun::Add(CCompositeGeometry& element, CBasicGeometry& component, CTra
     if (course.IsEmpty()) {
         return;
     }
-    tTrack track = {std::move(course), options, 0.0, 0.0, 0.0, component.GetMidRailFlag() != 0, 0.0, 0.0, !isFirst};
+    const auto [gauge, bed] = WidthsOf(element, component);
+    const double railWidth = std::min(UsableOr(component.GetRailWidth(), gauge * 0.05), gauge / 4.0);
+    tTrack track = {std::move(course), options, bed, gauge, railWidth, component.GetMidRailFlag() != 0, 0.0, 0.0,
+                    !isFirst};
+    if (isFirst) {
+        mElementStart = mTracks.size();
+    }
+    SpaceSleepers(track, gauge * kSleeperPitch, isFirst);
+    mTracks.push_back(std::move(track));
+}
+
+CTrackRun::tWidths CTrackRun::WidthsOf(const CCompositeGeometry& element, CBasicGeometry& component)
+{
     const double bed = UsableOr(component.GetTrackbedWidth(), 0.0);
     double gauge = UsableOr(component.GetGauge(), 0.0);
     if (gauge == 0.0 || (bed > 0.0 && gauge > bed)) { // a flexible track need not have one
@@ -89,14 +103,13 @@ void CTrackRun::Add(CCompositeGeometry& element, CBasicGeometry& component, CTra
     if (gauge == 0.0) {
         gauge = URailConstants::GetModelScaleTW(URailConstants::kScaleDefault);
     }
-    track.gauge = gauge;
-    track.bedWidth = bed > 0.0 ? bed : gauge * kBedWidth;
-    track.railWidth = std::min(UsableOr(component.GetRailWidth(), gauge * 0.05), gauge / 4.0);
-    if (isFirst) {
-        mElementStart = mTracks.size();
-    }
-    SpaceSleepers(track, gauge * kSleeperPitch, isFirst);
-    mTracks.push_back(std::move(track));
+    return {gauge, bed > 0.0 ? bed : gauge * kBedWidth};
+}
+
+double CTrackRun::GetReach(const CCompositeGeometry& element, CBasicGeometry& component)
+{
+    const double drawn = WidthsOf(element, component).bed * (0.5 + (element.IsSelected() ? kSelectionSeam : 0.0));
+    return std::max(drawn - std::max(component.CalcTrackMarkerWidth(), 0.0), 0.0);
 }
 
 /// Sleepers stand in the middles of equal parts of the course. Where a route parts from one of the same element, it
@@ -172,7 +185,7 @@ void CTrackRun::DrawSelection()
     CStroker stroker(mContext.drawing);
     for (const tTrack& track : mTracks) {
         if (track.options.IsSelected()) {
-            const double seam = std::max(track.bedWidth * 0.2, 3.0 * mContext.pixel);
+            const double seam = std::max(track.bedWidth * kSelectionSeam, 3.0 * mContext.pixel);
             stroker.Use({PaintOf(track.options.GetThirdColor()), track.bedWidth + 2.0 * seam});
             track.course.AddTo(mContext.drawing, 0.0);
         }

@@ -19,6 +19,9 @@ public:
     void Add(CCompositeGeometry& element, CBasicGeometry& component, CTrackCourse course,
              const CDrawingOptions& options, bool isFirst);
 
+    /// By how much what is drawn of a track may stick out of its box, mm: a track that tells of no bed has one.
+    static double GetReach(const CCompositeGeometry& element, CBasicGeometry& component);
+
     /// Draws what was added, and forgets it.
     void Draw();
 
@@ -54,6 +57,12 @@ private:
         int mCount = 0;
     };
 
+    struct tWidths {
+        double gauge;
+        double bed;
+    };
+    /// What is drawn of a track that need not tell of either.
+    static tWidths WidthsOf(const CCompositeGeometry& element, CBasicGeometry& component);
     void SpaceSleepers(tTrack& track, double natural, bool isFirst) const;
     double RailWidth(const tTrack& track) const;
     bool HasBed() const;

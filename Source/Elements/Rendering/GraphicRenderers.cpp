@@ -3,8 +3,7 @@
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
-#include "Drawing/UTextComponentBoundsCalculator.h"
-#include "Utilities/Geometry/UBezier.h"
+#include "Drawing/UTextMeasurer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,6 +33,17 @@ CColor FillColorOf(CBasicGeometry& component, const CDrawingOptions& options)
     return color;
 }
 
+double ThicknessOf(CBasicGeometry& component)
+{
+    return std::clamp<double>(component.GetLineThickness(), 0.0, kThickestLine);
+}
+
+/// By how much a line sticks out of its course. In plans all lines are some pixels thick at the most.
+double ReachOf(CBasicGeometry& component, eTrackStyle style)
+{
+    return style == eTrackStyle::kPlan ? 0.0 : ThicknessOf(component) / 2.0;
+}
+
 /// Paints the area or line on the drawing's path.
 void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& options, const tRenderContext& context)
 {
@@ -44,7 +54,7 @@ void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& opti
     CColor line = isFilled                                    ? Mix(fill, options.GetSecondColor(), kOutlineDarkness)
                   : !isClosed && options.GetFill() && !isPlan ? fill
                                                               : options.GetSecondColor();
-    double width = std::clamp<double>(component.GetLineThickness(), kThinnestLine * context.pixel, kThickestLine);
+    double width = std::max(ThicknessOf(component), kThinnestLine * context.pixel);
     if (isPlan) {
         width = std::min(width, 1.5 * context.pixel);
     }
@@ -58,6 +68,16 @@ void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& opti
     context.drawing.Stroke({PaintOf(line), width, Platform::eLineCap::kButt, Platform::eLineJoin::kRound, {}, 0.0});
 }
 } // namespace
+
+double CPolyRenderer::GetReach(CBasicGeometry& component, eTrackStyle style) const
+{
+    return ReachOf(component, style);
+}
+
+double COvalRenderer::GetReach(CBasicGeometry& component, eTrackStyle style) const
+{
+    return ReachOf(component, style);
+}
 
 void CPolyRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
                          const tRenderContext& context) const
@@ -109,13 +129,13 @@ void CTextRenderer::Draw(CBasicGeometry& component, const tPlacement& place, con
                          const tRenderContext& context) const
 {
     auto& text = static_cast<CTextBIG&>(component);
-    const double size = text.GetTextSize() > 0 ? text.GetTextSize() : UTextComponentBoundsCalculator::kDefaultSize;
+    const double size = text.GetTextSize() > 0 ? text.GetTextSize() : UTextMeasurer::kDefaultSize;
     const double x = place.position.x + text.GetItemXOffset();
     const double y = place.position.y + text.GetItemYOffset();
     const double angle = text.GetAngle() + place.angle;
     std::string characters;
     if (size < kSmallestText * context.detail || !std::isfinite(x) || !std::isfinite(y) || !std::isfinite(angle) ||
-        !UTextComponentBoundsCalculator::GetCharacters(&text, characters)) {
+        !UTextMeasurer::GetCharacters(text.GetTextReference(), characters)) {
         return;
     }
     const CColor color = options.IsSelected()                                        ? options.GetThirdColor()

@@ -5,6 +5,7 @@
 
 class CPolyRenderer final : public CComponentRenderer {
 public:
+    double GetReach(CBasicGeometry& component, eTrackStyle style) const override;
     void Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
               const tRenderContext& context) const override;
 };
@@ -12,6 +13,7 @@ public:
 /// A circle of the first radius, as its box has it.
 class COvalRenderer final : public CComponentRenderer {
 public:
+    double GetReach(CBasicGeometry& component, eTrackStyle style) const override;
     void Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
               const tRenderContext& context) const override;
 };

@@ -5,14 +5,27 @@
 
 #include <boost/foreach.hpp>
 
-void UElementRenderer::Draw(CCompositeGeometry& element, const CDrawingOptions& options, CDrawing& drawing,
-                            double pixel)
+#include <algorithm>
+
+void CCompositeGeometry::Render(Platform::CDrawing& drawing, const CDrawingOptions& options, double pixel)
 {
     const eTrackStyle style = UTrackStyles::StyleOf(options.GetTrackStyle());
     const tRenderContext context = {drawing, style, UTrackStyles::PaletteOf(style), pixel, pixel};
     CTrackRun run(context);
-    Draw(element, options, context, run);
+    UElementRenderer::Draw(*this, options, context, run);
     run.Draw();
+}
+
+double UElementRenderer::GetReach(CCompositeGeometry& element, eTrackStyle style)
+{
+    double reach = 0.0;
+    BOOST_FOREACH(CBasicGeometry* component, element.GetComponents()) {
+        if (const CComponentRenderer* renderer = CComponentRenderer::Find(component->GetType())) {
+            reach = std::max(reach, IsTrackType(component->GetType()) ? CTrackRun::GetReach(element, *component)
+                                                                      : renderer->GetReach(*component, style));
+        }
+    }
+    return reach;
 }
 
 void UElementRenderer::Draw(CCompositeGeometry& element, const CDrawingOptions& options, const tRenderContext& context,

@@ -1,4 +1,4 @@
-// Drawing one element.
+// Drawing one element, among others or alone (CCompositeGeometry::Render).
 #pragma once
 
 #include "Elements/Rendering/CTrackRun.h"
@@ -10,11 +10,9 @@ class UElementRenderer {
 public:
     UElementRenderer() = delete;
 
-    /// Draws an element alone, where it lies in its layout, as the options say.
-    /// @param pixel  size of what the drawing just shows, mm
-    static void Draw(CCompositeGeometry& element, const CDrawingOptions& options, CDrawing& drawing, double pixel);
-
     /// Draws an element among others: its tracks are added to the run, which is drawn before anything else of it is.
     static void Draw(CCompositeGeometry& element, const CDrawingOptions& options, const tRenderContext& context,
                      CTrackRun& run);
+    /// By how much what is drawn of an element may stick out of its box, mm; details of some pixels not counted.
+    static double GetReach(CCompositeGeometry& element, eTrackStyle style);
 };

@@ -542,13 +542,10 @@ void UBezier::Flatten(const std::vector<CPoint>& points, const tTurn& turn, doub
     });
 }
 
-void UBezier::CalcOffset(const std::vector<CPoint>& points, const tTurn& turn, double distance,
-                         std::vector<CPoint>& line)
+void UBezier::Flatten(const std::vector<tBezierSegment>& segments, double reach, tCourse& course)
 {
-    if (!std::isfinite(distance)) {
-        return;
+    CFlattener flattener(std::fabs(reach), course);
+    for (const tBezierSegment& segment : segments) {
+        flattener.Add(segment);
     }
-    tCourse course;
-    Flatten(points, turn, distance, course);
-    UTrackCourse::CalcOffset(course, distance, line);
 }

@@ -68,9 +68,8 @@ public:
     /// 1,024 points for each piece of the curve allow. Pieces with coordinates beyond 1e100 are left out; nothing is
     /// appended when no piece is there.
     static void Flatten(const std::vector<CPoint>& points, const tTurn& turn, double reach, tCourse& course);
-    /// Appends the line beside the turned curve: see UTrackCourse::CalcOffset, which also tells the side.
-    static void CalcOffset(const std::vector<CPoint>& points, const tTurn& turn, double distance,
-                           std::vector<CPoint>& line);
+    /// The same of pieces that follow each other.
+    static void Flatten(const std::vector<tBezierSegment>& segments, double reach, tCourse& course);
 
 private:
     /// Direction of travel in degrees at the point `at`, the first of the curve, or the last where the iterators run

@@ -40,11 +40,6 @@ double Distance(tVector2D a, tVector2D b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-bool IsFinite(tVector2D v)
-{
-    return std::isfinite(v.x) && std::isfinite(v.y);
-}
-
 /// Puts the line beside a course together from the runs in which it follows the course's travel. What runs backwards
 /// between two of them is left out.
 class COffsetLine {
@@ -236,26 +231,6 @@ void UTrackCourse::AppendChain(const std::vector<CPoint>& points, tCourse& cours
 {
     for (size_t i = 1; i < points.size(); ++i) {
         AppendStraight({points[i - 1].x, points[i - 1].y}, {points[i].x, points[i].y}, course);
-    }
-}
-
-void UTrackCourse::AppendArc(const tTravelledArc& arc, tVector2D centre, double reach, tCourse& course)
-{
-    const double sweep = std::fabs(arc.sweep) * kPi / 180.0;
-    const double length = sweep * std::fabs(arc.radius);
-    if (!std::isfinite(length) || !std::isfinite(arc.start) || !IsFinite(centre) || length == 0.0) {
-        return;
-    }
-    const double needed = sweep / WidestStep(std::fabs(arc.radius) + std::fabs(reach));
-    const int steps = static_cast<int>(std::clamp(std::ceil(needed), 1.0, static_cast<double>(kMostArcSteps)));
-    // With a radius against its sweep an arc is run through backwards.
-    const double ahead = (arc.radius < 0.0) == (arc.sweep < 0.0) ? 1.0 : -1.0;
-    course.reserve(course.size() + static_cast<size_t>(steps) + 1);
-    for (int i = 0; i <= steps; ++i) {
-        const tDirection at = UArcGeometry::Direction(arc.start + arc.sweep * i / steps);
-        course.push_back({{centre.x + arc.radius * at.sine, centre.y - arc.radius * at.cosine},
-                          {ahead * at.cosine, ahead * at.sine},
-                          length * i / steps});
     }
 }
 

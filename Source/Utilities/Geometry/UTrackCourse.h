@@ -2,7 +2,6 @@
 #pragma once
 
 #include "CPoint/CPoint.h"
-#include "Utilities/Geometry/UArcGeometry.h"
 
 #include <cstddef>
 #include <vector>
@@ -24,8 +23,9 @@ struct tCoursePoint {
 /// which it was made, stay within UTrackCourse::kFlatness of the true line.
 using tCourse = std::vector<tCoursePoint>;
 
-/// Courses of straights and arcs, and what is the same for the course of every track. (UBezier::Flatten makes that of a
-/// flexible one.) No operation ever gives a number that is not finite: where the geometry is not, nothing is appended.
+/// Courses that bend as they like: of chains of straight edges, and of flexible track, which UBezier::Flatten makes.
+/// (Straights and arcs need none: the lines beside them are straights and arcs.) No operation ever gives a number that
+/// is not finite: where the geometry is not, nothing is appended.
 class UTrackCourse {
 public:
     UTrackCourse() = delete;
@@ -39,9 +39,6 @@ public:
     static void AppendStraight(tVector2D from, tVector2D to, tCourse& course);
     /// Appends the course along straight edges from point to point; at each corner it turns on the spot.
     static void AppendChain(const std::vector<CPoint>& points, tCourse& course);
-    /// Appends the course of an arc about a centre.
-    /// @param reach  distance of the farthest line wanted beside the course, mm
-    static void AppendArc(const tTravelledArc& arc, tVector2D centre, double reach, tCourse& course);
     /// The largest turn between two points of a course whose chords keep to kFlatness in a line that runs `radius`
     /// from the centre of the bend, in radians.
     static double WidestStep(double radius);

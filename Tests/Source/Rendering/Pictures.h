@@ -1,7 +1,7 @@
 // Pictures as tests look at them.
 #pragma once
 
-#include "Elements/Rendering/CLayoutRenderer.h"
+#include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/Drawing.h"
 #include "Platform/Functions/Child.h"

@@ -350,6 +350,47 @@ TEST(Rendering, HostileLayoutsGivePicturesWithFiniteNumbers)
     RunInChild(DrawHostileLayouts); // the font libraries keep what they have opened
 }
 
+TEST(Rendering, TheFrameHoldsLinesOfAnyThickness)
+{
+    const auto thick = [](CBasicGeometry* component, int thickness) {
+        component->SetLineThickness(thickness);
+        return component;
+    };
+    const auto line = [] {
+        auto* open = new CPolyBIG;
+        open->SpecifyPolyGeometry(0, 0, {{0, 0, 0}, {300, 0, 0}, {300, 40, 0}}, 0, 1, 1);
+        open->SetPolyCloseFlag(false);
+        return open;
+    };
+    const auto circle = [] {
+        auto* oval = new COvalBIG;
+        oval->SpecifyOvalGeometry(0, 0, 50, 1);
+        return oval;
+    };
+    for (const int style : {1, 102, 103, 105}) {
+        for (const int thickness : {1, 9, 80, 900}) {
+            for (CBasicGeometry* component :
+                 {thick(line(), thickness), thick(circle(), thickness), thick(Square(100, 1, 2, 3), thickness),
+                  static_cast<CBasicGeometry*>(Straight(400, 20, thickness, 0))}) {
+                CTestPlan plan;
+                Add(plan.layout, component);
+                CLayoutRenderer renderer(plan.layout, Options(120, 120, style));
+                const CPixels pixels(DrawPicture(renderer, Platform::ePictureFormat::kPNG));
+                int drawn = 0;
+                for (int i = 0; i < pixels.Width() * pixels.Height(); ++i) {
+                    const int x = i % pixels.Width();
+                    const int y = i / pixels.Width();
+                    drawn += pixels.At(x, y).alpha > 0 ? 1 : 0;
+                    if (x == 0 || y == 0 || x == pixels.Width() - 1 || y == pixels.Height() - 1) {
+                        ASSERT_EQ(pixels.At(x, y).alpha, 0) << style << " " << component->GetType() << " " << thickness;
+                    }
+                }
+                EXPECT_GT(drawn, 20);
+            }
+        }
+    }
+}
+
 TEST(Rendering, StraysDoNotMakeTheLayoutADot)
 {
     CTestPlan plan;

@@ -1,4 +1,4 @@
-#include "Elements/Rendering/CLayoutRenderer.h"
+#include "Layouts/Rendering/CLayoutRenderer.h"
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
@@ -31,7 +31,8 @@ constexpr double kSmallestRange = 1000.0;
 constexpr double kSmallestFrame = 50.0;
 /// A picture's sides differ at most by this factor.
 constexpr double kMostAspect = 12.0;
-constexpr double kMargin = 0.025; ///< of the longer side
+constexpr double kMargin = 0.025;   ///< of the longer side
+constexpr double kLineMargin = 0.6; ///< of the margin, around what sticks out of the boxes
 /// A workspace many times larger than what lies on it is not shown whole.
 constexpr double kMostWorkspace = 3.0;
 /// Coordinates beyond this, in device units, are outside what drawing libraries count with.
@@ -176,7 +177,8 @@ void CLayoutRenderer::ChooseElements()
             continue;
         }
         const auto place = places.find(element->GetLayer());
-        mElements.push_back({element, box, place == places.end() ? -1 : place->second});
+        const double reach = UElementRenderer::GetReach(*element, UTrackStyles::StyleOf(mTrackStyle));
+        mElements.push_back({element, box, reach, place == places.end() ? -1 : place->second});
     }
     std::stable_sort(mElements.begin(), mElements.end(), [](const tItem& one, const tItem& other) {
         return one.layer != other.layer ? one.layer < other.layer
@@ -241,12 +243,27 @@ void CLayoutRenderer::ChooseFrame()
     if (ShowsWorkspace(mFrame) && !(mOptions.isTransparent && !mElements.empty())) {
         grow.Update(mLayout.GetWorkspaceBounds());
     }
+    const auto inflate = [](const DRect& box, double x, double y) {
+        return DRect{box.top - y, box.left - x, box.bottom + y, box.right + x};
+    };
+    double width = mFrame.right - mFrame.left;
+    double height = mFrame.bottom - mFrame.top;
+    const double margin = kMargin * std::max({width, height, kSmallestFrame});
+    grow.Update(inflate(mFrame, margin + std::max(kSmallestFrame - width, 0.0) / 2.0,
+                        margin + std::max(kSmallestFrame - height, 0.0) / 2.0));
+    // What sticks out of the boxes mostly lies well within that margin.
+    DRect drawn = mFrame;
+    CCalcBoundingBox growDrawn(drawn);
+    for (const tItem& item : mElements) {
+        growDrawn.Update(inflate(item.box, item.reach, item.reach));
+    }
+    if (!growDrawn.IsEmpty()) {
+        const double around = kLineMargin * kMargin * std::max(drawn.right - drawn.left, drawn.bottom - drawn.top);
+        grow.Update(inflate(drawn, around, around));
+    }
     const CPoint centre = UDRect::Center(mFrame);
-    double width = std::max(mFrame.right - mFrame.left, kSmallestFrame);
-    double height = std::max(mFrame.bottom - mFrame.top, kSmallestFrame);
-    const double margin = 2.0 * kMargin * std::max(width, height);
-    width = std::max(width + margin, height / kMostAspect);
-    height = std::max(height + margin, width / kMostAspect);
+    width = std::max(mFrame.right - mFrame.left, (mFrame.bottom - mFrame.top) / kMostAspect);
+    height = std::max(mFrame.bottom - mFrame.top, width / kMostAspect);
     UDRect::SetDRect(mFrame, centre.x - width / 2.0, centre.y - height / 2.0, centre.x + width / 2.0,
                      centre.y + height / 2.0);
 }

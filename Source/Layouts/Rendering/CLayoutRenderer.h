@@ -60,8 +60,9 @@ public:
 private:
     struct tItem {
         CCompositeGeometry* element;
-        DRect box; ///< in the layout
-        int layer; ///< index in the list of layers, -1 for none
+        DRect box;    ///< in the layout
+        double reach; ///< by how much what is drawn may stick out of it
+        int layer;    ///< index in the list of layers, -1 for none
     };
 
     void ChooseElements();
@@ -78,7 +79,7 @@ private:
 
     CLayout& mLayout;
     tPictureOptions mOptions;
-    int mTrackStyle = 0;
+    int mTrackStyle = 0; ///< its code
     std::vector<tItem> mElements;
     size_t mNumberOfStrays = 0;
     size_t mNumberOfLeftOutLabels = 0;
