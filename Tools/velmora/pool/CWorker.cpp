@@ -2,14 +2,17 @@
 
 #include "protocol/UTF8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -82,6 +85,11 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
     return error == 0;
 }
 
+tAnswer MakeNoRoom()
+{
+    return MakeFailure(eFailure::kMemory, "the memory of this process does not suffice for the answer");
+}
+
 bool CWorker::Start(const tWorkerSettings& settings)
 {
     CDescriptor other;
@@ -135,16 +143,31 @@ void CWorker::GrantProcessorTime()
 
 bool CWorker::Ask(const tRequest& request, int document)
 {
+    struct stat status = {};
+    const bool isKnown = document >= 0 && fstat(document, &status) == 0 && status.st_size > 0;
+    mAsked.push_back({request.verb, isKnown ? static_cast<uint64_t>(status.st_size) : 0});
+    GrantProcessorTime();
     if (!SendFrame(mSocket.Get(), eFrameKind::kRequest, mSequence + 1, Encode(request), document)) {
+        mAsked.pop_back();
         return false;
     }
     ++mSequence;
-    mAsked.push_back(request.verb);
-    GrantProcessorTime();
     return true;
 }
 
 CWorker::eEvent CWorker::Read(tAnswer& answer)
+{
+    try {
+        return ReadFrame(answer);
+    } catch (const std::bad_alloc&) {
+        mFaultCertain = !mAsked.empty();
+        answer = MakeNoRoom();
+        Kill();
+        return eEvent::kLost;
+    }
+}
+
+CWorker::eEvent CWorker::ReadFrame(tAnswer& answer)
 {
     tFrame frame;
     switch (mReader->Read(frame)) {
@@ -158,6 +181,14 @@ CWorker::eEvent CWorker::Read(tAnswer& answer)
         break;
     }
     return HandleFrame(frame, answer);
+}
+
+/// Whether a frame holds an answer to the oldest request.
+bool CWorker::TakeAnswer(std::string_view payload, tAnswer& answer) const
+{
+    const tAsked& asked = mAsked.front();
+    return payload.size() <= MaxAnswerSize(asked.verb, asked.documentSize) && Decode(payload, answer) &&
+           (!answer.ok || answer.verb == asked.verb) && IsAffordable(answer, asked.documentSize);
 }
 
 CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
@@ -180,7 +211,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             mState = eState::kReady;
             return eEvent::kReady;
         case eFrameKind::kAnswer:
-            if (!asked || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mAsked.front())) {
+            if (!asked || !TakeAnswer(frame.payload, answer)) {
                 break;
             }
             mAsked.pop_front();
@@ -193,7 +224,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             }
             mFatalReport = frame.payload;
             mFaultCertain = asked;
-            return Read(answer); // what follows, if it has come
+            return ReadFrame(answer); // what follows, if it has come
         case eFrameKind::kOutOfMemory:
             mOutOfMemory = true;
             mFaultCertain = asked;

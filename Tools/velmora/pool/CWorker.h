@@ -20,6 +20,9 @@ struct tWorkerSettings {
     bool tellsStockFile = false;     ///< its greeting says what the user's preferences call the stock file
 };
 
+/// That this process has not the memory to handle an answer.
+tAnswer MakeNoRoom();
+
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
 /// The owner watches the socket and the clock.
 ///
@@ -89,7 +92,14 @@ public:
     void Dismiss();
 
 private:
+    struct tAsked {
+        eVerb verb;
+        uint64_t documentSize; ///< bytes
+    };
+
+    eEvent ReadFrame(tAnswer& answer);
     eEvent HandleFrame(const tFrame& frame, tAnswer& answer);
+    bool TakeAnswer(std::string_view payload, tAnswer& answer) const;
     eEvent Lose(tAnswer& answer, const char* misbehaviour);
     std::optional<int> WaitForEnd(int milliseconds);
     void GrantProcessorTime();
@@ -100,8 +110,8 @@ private:
     std::optional<CFrameReader> mReader;
     uint32_t mSequence = 0; ///< of the request sent last
     uint64_t mAnswered = 0;
-    std::deque<eVerb> mAsked; ///< of the requests under way, the oldest first
-    std::string mFatalReport; ///< what it said before it ended itself
+    std::deque<tAsked> mAsked; ///< the requests under way, the oldest first
+    std::string mFatalReport;  ///< what it said before it ended itself
     bool mOutOfMemory = false;
     bool mFaultCertain = false;
     bool mWasKilled = false;
