@@ -107,6 +107,8 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mOutOfMemory = false;
     mFaultCertain = false;
     mProcessorSeconds = settings.processorSeconds;
+    mProcessorLife = settings.processorLife;
+    mWornOut = false;
     mGrantedRequests = 0;
     mGreeting = tHello();
     mWasKilled = false;
@@ -115,8 +117,9 @@ bool CWorker::Start(const tWorkerSettings& settings)
 }
 
 /// Bounds the processor time of the requests under way. The owner's clock notices a slow worker earlier; this one also
-/// holds while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one
-/// could never be raised again.
+/// holds while the host itself is stopped. The soft limit is moved, whose signal a process that was taken over could
+/// block; the hard one, which it cannot, is set once, as it could never be raised again: a process is renewed before it
+/// comes near.
 void CWorker::GrantProcessorTime()
 {
 #if defined(__linux__)
@@ -136,8 +139,14 @@ void CWorker::GrantProcessorTime()
     mGrantedRequests = mAsked.size();
     // Two more, because seconds are counted whole, here and by the system.
     const rlim_t seconds = static_cast<rlim_t>(used.tv_sec) + rlim_t{mGrantedRequests} * mProcessorSeconds + 2;
-    const rlimit limit = {seconds, RLIM_INFINITY};
-    prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+    const rlim_t most = rlim_t{mProcessorLife} + rlim_t{kMaxRequestsAhead} * mProcessorSeconds + 2;
+    rlimit limit = {};
+    if (prlimit(mProcess, RLIMIT_CPU, nullptr, &limit) == 0) {
+        limit.rlim_max = std::min(limit.rlim_max, most);
+        limit.rlim_cur = std::min(limit.rlim_max, seconds);
+        prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+    }
+    mWornOut = used.tv_sec >= static_cast<time_t>(mProcessorLife);
 #endif
 }
 
