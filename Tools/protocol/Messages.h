@@ -129,6 +129,13 @@ std::string Encode(const tHello& hello);
 std::string Encode(const tRequest& request);
 std::string Encode(const tAnswer& answer);
 
+/// The longest encoded answer about a document of this many bytes.
+size_t MaxAnswerSize(eVerb verb, uint64_t documentSize);
+
+/// Whether an answer about a document of this many bytes is one that the receiver can afford: the entries of its lists,
+/// and the nesting and the values of its report, which cost a multiple of their bytes once they are read.
+bool IsAffordable(const tAnswer& answer, uint64_t documentSize);
+
 /// @return false for a message that is not whole and well-formed; the argument is then of no use
 bool Decode(std::string_view message, tHello& hello);
 bool Decode(std::string_view message, tRequest& request);

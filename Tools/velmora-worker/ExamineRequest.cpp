@@ -3,11 +3,15 @@
 #include "Platform/Jail.h"
 #include "Requests.h"
 #include "Texts.h"
+#include "protocol/Frames.h"
 
 #include <cstring>
+#include <fcntl.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
+
+static constexpr int kDescriptorsTried = 4096;
 
 /// The factories for importers that the plug-in declares: UUID and name of the function.
 static json DescribeFactories(const CPlugIn& plugIn)
@@ -46,6 +50,16 @@ static json DescribeActs()
     return acts;
 }
 
+/// Descriptors that this process should not have, beyond the streams and the socket.
+static int CountForeignDescriptors()
+{
+    int count = 0;
+    for (int descriptor = kWorkerSocket + 1; descriptor < kDescriptorsTried; ++descriptor) {
+        count += fcntl(descriptor, F_GETFD) >= 0 ? 1 : 0;
+    }
+    return count;
+}
+
 tAnswer AnswerExamine(const CPlugIn& plugIn, const std::string& act)
 {
     tAnswer answer;
@@ -53,6 +67,7 @@ tAnswer AnswerExamine(const CPlugIn& plugIn, const std::string& act)
     answer.verb = eVerb::kExamine;
     json report;
     if (act.empty()) {
+        report["foreign_descriptors"] = CountForeignDescriptors();
         report["factories"] = DescribeFactories(plugIn);
         report["font_names"] = Platform::ListFonts();
         Platform::SetTextMeasuring(true);

@@ -21,6 +21,7 @@ void Limits::Begin(int socket)
 {
     sSocket = socket;
     Platform::EndWithParent();
+    Platform::CloseDescriptorsFrom(socket + 1); // what the host's caller has left open is not ours
     Platform::KeepFreedMemory();
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <optional>
+#include <unistd.h>
 
 namespace {
 struct tArguments {
@@ -76,13 +77,11 @@ static bool ParseArguments(int argc, char** argv, tArguments& arguments)
 }
 
 /// Whether an answer keeps to what the host accepts.
-static bool FitsProtocol(const tAnswer& answer, const std::string& encoded)
+static bool FitsProtocol(const tAnswer& answer, const std::string& encoded, eVerb verb, int document)
 {
-    size_t entries = answer.attributes.size() + answer.libraries.size() + answer.articles.size();
-    for (const tAttribute& attribute : answer.attributes) {
-        entries += attribute.texts.size();
-    }
-    return encoded.size() <= kMaxAnswerSize && entries <= kMaxListEntries;
+    const off_t end = document >= 0 ? lseek(document, 0, SEEK_END) : 0; // the sandbox refuses to look at its status
+    const uint64_t size = end > 0 ? static_cast<uint64_t>(end) : 0;
+    return encoded.size() <= MaxAnswerSize(verb, size) && IsAffordable(answer, size);
 }
 
 static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int document)
@@ -128,7 +127,7 @@ static bool AnswerRequest(int socket, const CPlugIn& plugIn, const tFrame& frame
     Reports::Reset(frame.sequence);
     const tAnswer answer = Answer(plugIn, request, frame.descriptor.Get());
     std::string encoded = Encode(answer);
-    if (!FitsProtocol(answer, encoded)) {
+    if (!FitsProtocol(answer, encoded, request.verb, frame.descriptor.Get())) {
         encoded = Encode(MakeFailure(eFailure::kMemory, "the document's attributes are too large to be handed over"));
     }
     return SendFrame(socket, eFrameKind::kAnswer, frame.sequence, encoded);

@@ -8,6 +8,9 @@ namespace Platform {
 /// counts. To be called first thing.
 PLATFORM_EXPORT void EndWithParent();
 
+/// Closes every descriptor from this number on, whoever has opened it.
+PLATFORM_EXPORT void CloseDescriptorsFrom(int first);
+
 /// Keeps memory that was given back for the next use instead of returning it to the system: a process that handles one
 /// document after another would fault the same pages in again for each. Where the allocator would keep areas for
 /// threads, one has to do: each counts as 64 MB of address space. To be called before there are threads.

@@ -51,7 +51,8 @@ static std::string DescribeText(const std::string& path, const CReport& report)
         text += name + ": " + Place(finding) + ": " + Escapes::ForTerminal(finding.GetText("text")) +
                 (finding.GetFlag("damage") ? "\n" : " (not damaged)\n");
     }
-    text += name + ": " + report.GetText("kind") + ", " + std::to_string(reader.GetNumber("elements")) +
+    text += name + ": " + Escapes::ForTerminal(report.GetText("kind")) + ", " +
+            std::to_string(reader.GetNumber("elements")) +
             (report.GetText("kind") == "stock file" ? " entries" : " elements");
     if (reader.GetNumber("lost") > 0) {
         text += ", a reader loses " + std::to_string(reader.GetNumber("lost"));

@@ -23,6 +23,8 @@ using nlohmann::ordered_json;
 
 /// What the worker outside may map, so that the trial of the memory limit can succeed there: 1 TB.
 static constexpr unsigned kMuchMemory = 1U << 20;
+/// From this number on a descriptor is left open for workers to inherit.
+static constexpr int kLeftOpen = 64;
 
 namespace {
 struct tDoctorOptions : tWorkerOptions {
@@ -62,6 +64,7 @@ private:
     const tDoctorOptions& mOptions;
     std::optional<tFailure> mCannotServe;
     tWorkerSettings mSettings;
+    long long mForeignDescriptors = 0;
     ordered_json mPlugIn = ordered_json::object();
     ordered_json mFonts = ordered_json::object();
     ordered_json mPreferences = ordered_json::object();
@@ -168,6 +171,8 @@ void CExamination::ExamineSandbox()
 {
     tWorkerSettings unlimited = mSettings;
     unlimited.memoryMegabytes = kMuchMemory;
+    // What a careless caller leaves open would be inherited by every program that is started.
+    const CDescriptor leftOpen(fcntl(STDERR_FILENO, F_DUPFD, kLeftOpen));
     CPatient outside(unlimited, "off", mOptions.timeoutSeconds);
     CPatient confined(mSettings, mSettings.sandbox, mOptions.timeoutSeconds);
     tFailure failure;
@@ -180,6 +185,10 @@ void CExamination::ExamineSandbox()
     if (!answer.ok || !CReport::Parse(answer.report, diagnosis)) {
         Add("the worker cannot be examined: " + answer.failure.message);
         return;
+    }
+    mForeignDescriptors = diagnosis.GetNumber("foreign_descriptors");
+    if (mForeignDescriptors > 0) {
+        Add("a worker has files open that are its caller's: " + std::to_string(mForeignDescriptors));
     }
     ExaminePlugIn(diagnosis);
     mFonts["names"] = diagnosis.GetNumber("font_names");
@@ -223,7 +232,7 @@ void CExamination::Run()
 ordered_json CExamination::GetFindings() const
 {
     ordered_json findings = {{"version", GetVersion()}, {"ok", IsWell()}};
-    findings["worker"] = {{"path", UTF8::MakeValid(mSettings.program)}};
+    findings["worker"] = {{"path", UTF8::MakeValid(mSettings.program)}, {"foreign_descriptors", mForeignDescriptors}};
     findings["plugin"] = {{"path", UTF8::MakeValid(mSettings.plugIn)}};
     findings["plugin"].update(mPlugIn);
     findings["fonts"] = mFonts;

@@ -7,44 +7,59 @@
 #include "output/Escapes.h"
 
 #include <algorithm>
+#include <new>
 #include <unistd.h>
 
 bool CReport::Parse(const std::string& text, CReport& report)
 {
-    nlohmann::json json = nlohmann::json::parse(text, nullptr, false);
-    if (!json.is_object()) {
+    auto json = std::make_shared<const nlohmann::json>(nlohmann::json::parse(text, nullptr, false));
+    if (!json->is_object()) {
         return false;
     }
     report = CReport(std::move(json));
     return true;
 }
 
+const nlohmann::json* CReport::Find(const char* key) const
+{
+    if (mJSON == nullptr || !mJSON->is_object()) {
+        return nullptr;
+    }
+    const auto found = mJSON->find(key);
+    return found != mJSON->end() ? &*found : nullptr;
+}
+
 std::string CReport::GetText(const char* key) const
 {
-    return Has(key) && mJSON[key].is_string() ? mJSON[key].get<std::string>() : std::string();
+    const nlohmann::json* const value = Find(key);
+    return value != nullptr && value->is_string() ? value->get<std::string>() : std::string();
 }
 
 long long CReport::GetNumber(const char* key) const
 {
-    return Has(key) && mJSON[key].is_number_integer() ? mJSON[key].get<long long>() : 0;
+    const nlohmann::json* const value = Find(key);
+    return value != nullptr && value->is_number_integer() ? value->get<long long>() : 0;
 }
 
 double CReport::GetReal(const char* key) const
 {
-    return Has(key) && mJSON[key].is_number() ? mJSON[key].get<double>() : 0.0;
+    const nlohmann::json* const value = Find(key);
+    return value != nullptr && value->is_number() ? value->get<double>() : 0.0;
 }
 
 bool CReport::GetFlag(const char* key) const
 {
-    return Has(key) && mJSON[key].is_boolean() && mJSON[key].get<bool>();
+    const nlohmann::json* const value = Find(key);
+    return value != nullptr && value->is_boolean() && value->get<bool>();
 }
 
 std::vector<CReport> CReport::GetList(const char* key) const
 {
     std::vector<CReport> list;
-    if (Has(key) && mJSON[key].is_array()) {
-        for (const nlohmann::json& entry : mJSON[key]) {
-            list.emplace_back(entry);
+    const nlohmann::json* const value = Find(key);
+    if (value != nullptr && value->is_array()) {
+        for (const nlohmann::json& entry : *value) {
+            list.push_back(CReport(Share(entry)));
         }
     }
     return list;
@@ -53,8 +68,9 @@ std::vector<CReport> CReport::GetList(const char* key) const
 std::vector<std::string> CReport::GetTexts(const char* key) const
 {
     std::vector<std::string> texts;
-    if (Has(key) && mJSON[key].is_array()) {
-        for (const nlohmann::json& entry : mJSON[key]) {
+    const nlohmann::json* const value = Find(key);
+    if (value != nullptr && value->is_array()) {
+        for (const nlohmann::json& entry : *value) {
             if (entry.is_string()) {
                 texts.push_back(entry.get<std::string>());
             }
@@ -65,7 +81,8 @@ std::vector<std::string> CReport::GetTexts(const char* key) const
 
 CReport CReport::GetObject(const char* key) const
 {
-    return Has(key) ? CReport(mJSON[key]) : CReport();
+    const nlohmann::json* const value = Find(key);
+    return value != nullptr ? CReport(Share(*value)) : CReport();
 }
 
 CInquiry::CInquiry(const tWorkerOptions& options, bool asksForStock)
@@ -105,13 +122,17 @@ CInquiry::eResult CInquiry::Ask(eVerb verb, const std::vector<std::string>& path
                 return eResult::kInterrupted;
             }
         }
-        CReport report;
-        if (answer.ok && !CReport::Parse(answer.report, report)) {
-            answer = MakeFailure(eFailure::kCrash, "the worker's report is out of form");
-        }
         if (answer.ok) {
-            use(input.path, report);
-            continue;
+            try {
+                CReport report;
+                if (CReport::Parse(answer.report, report)) {
+                    use(input.path, report);
+                    continue;
+                }
+                answer = MakeFailure(eFailure::kCrash, "the worker's report is out of form");
+            } catch (const std::bad_alloc&) {
+                answer = MakeNoRoom();
+            }
         }
         failed = true;
         if (useFailure) {

@@ -7,15 +7,15 @@
 #include <nlohmann/json.hpp>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-/// A worker's report. What it holds is not trusted: everything is asked for by type, and has a value when it is
-/// missing.
+/// A worker's report, or an object in one; copies share it. What it holds is not trusted: everything is asked for by
+/// type, and has a value when it is missing.
 class CReport {
 public:
     CReport() = default;
-    explicit CReport(nlohmann::json json) : mJSON(std::move(json)) {}
 
     /// @return false for a text that is no JSON object
     static bool Parse(const std::string& text, CReport& report);
@@ -24,7 +24,7 @@ public:
     long long GetNumber(const char* key) const;
     double GetReal(const char* key) const;
     bool GetFlag(const char* key) const;
-    bool Has(const char* key) const { return mJSON.is_object() && mJSON.contains(key); }
+    bool Has(const char* key) const { return Find(key) != nullptr; }
     /// The objects of a list.
     std::vector<CReport> GetList(const char* key) const;
     CReport GetObject(const char* key) const;
@@ -32,7 +32,12 @@ public:
     std::vector<std::string> GetTexts(const char* key) const;
 
 private:
-    nlohmann::json mJSON;
+    using tShared = std::shared_ptr<const nlohmann::json>;
+    explicit CReport(tShared json) : mJSON(std::move(json)) {}
+    const nlohmann::json* Find(const char* key) const;
+    tShared Share(const nlohmann::json& part) const { return {mJSON, &part}; }
+
+    tShared mJSON; ///< keeps the whole report alive; null for nothing
 };
 
 /// Asks about documents in the order of their names on the command line.

@@ -3,6 +3,8 @@
 #include "Interrupt.h"
 #include "output/CRecordWriter.h"
 
+#include <new>
+
 /// Inputs that need no worker are taken in turns of so many, so that everything else goes on.
 static constexpr uint64_t kTurn = 256;
 
@@ -137,12 +139,19 @@ bool CDocumentRun::HandOut()
         mRecords.pop_front();
         ++mFirstTicket;
         mWaitingBytes -= CountBytes(*record.answer);
+        bool goesOn = false;
+        try {
+            goesOn = mHandlers.take(record.input, *record.answer);
+        } catch (const std::bad_alloc&) {
+            record.answer = MakeNoRoom();
+            goesOn = mHandlers.take(record.input, *record.answer);
+        }
         if (record.answer->ok) {
             ++mCounts.good;
         } else {
             ++mCounts.failed[FailureCode(record.answer->failure)];
         }
-        if (!mHandlers.take(record.input, *record.answer)) {
+        if (!goesOn) {
             return false;
         }
     }

@@ -2,14 +2,17 @@
 
 #include "protocol/UTF8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -82,6 +85,11 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
     return error == 0;
 }
 
+tAnswer MakeNoRoom()
+{
+    return MakeFailure(eFailure::kMemory, "the memory of this process does not suffice for the answer");
+}
+
 bool CWorker::Start(const tWorkerSettings& settings)
 {
     CDescriptor other;
@@ -99,6 +107,8 @@ bool CWorker::Start(const tWorkerSettings& settings)
     mOutOfMemory = false;
     mFaultCertain = false;
     mProcessorSeconds = settings.processorSeconds;
+    mProcessorLife = settings.processorLife;
+    mWornOut = false;
     mGrantedRequests = 0;
     mGreeting = tHello();
     mWasKilled = false;
@@ -107,8 +117,9 @@ bool CWorker::Start(const tWorkerSettings& settings)
 }
 
 /// Bounds the processor time of the requests under way. The owner's clock notices a slow worker earlier; this one also
-/// holds while the host itself is stopped. Only the soft limit is moved, which ends the process as well: the hard one
-/// could never be raised again.
+/// holds while the host itself is stopped. The soft limit is moved, whose signal a process that was taken over could
+/// block; the hard one, which it cannot, is set once, as it could never be raised again: a process is renewed before it
+/// comes near.
 void CWorker::GrantProcessorTime()
 {
 #if defined(__linux__)
@@ -128,23 +139,44 @@ void CWorker::GrantProcessorTime()
     mGrantedRequests = mAsked.size();
     // Two more, because seconds are counted whole, here and by the system.
     const rlim_t seconds = static_cast<rlim_t>(used.tv_sec) + rlim_t{mGrantedRequests} * mProcessorSeconds + 2;
-    const rlimit limit = {seconds, RLIM_INFINITY};
-    prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+    const rlim_t most = rlim_t{mProcessorLife} + rlim_t{kMaxRequestsAhead} * mProcessorSeconds + 2;
+    rlimit limit = {};
+    if (prlimit(mProcess, RLIMIT_CPU, nullptr, &limit) == 0) {
+        limit.rlim_max = std::min(limit.rlim_max, most);
+        limit.rlim_cur = std::min(limit.rlim_max, seconds);
+        prlimit(mProcess, RLIMIT_CPU, &limit, nullptr);
+    }
+    mWornOut = used.tv_sec >= static_cast<time_t>(mProcessorLife);
 #endif
 }
 
 bool CWorker::Ask(const tRequest& request, int document)
 {
+    struct stat status = {};
+    const bool isKnown = document >= 0 && fstat(document, &status) == 0 && status.st_size > 0;
+    mAsked.push_back({request.verb, isKnown ? static_cast<uint64_t>(status.st_size) : 0});
+    GrantProcessorTime();
     if (!SendFrame(mSocket.Get(), eFrameKind::kRequest, mSequence + 1, Encode(request), document)) {
+        mAsked.pop_back();
         return false;
     }
     ++mSequence;
-    mAsked.push_back(request.verb);
-    GrantProcessorTime();
     return true;
 }
 
 CWorker::eEvent CWorker::Read(tAnswer& answer)
+{
+    try {
+        return ReadFrame(answer);
+    } catch (const std::bad_alloc&) {
+        mFaultCertain = !mAsked.empty();
+        answer = MakeNoRoom();
+        Kill();
+        return eEvent::kLost;
+    }
+}
+
+CWorker::eEvent CWorker::ReadFrame(tAnswer& answer)
 {
     tFrame frame;
     switch (mReader->Read(frame)) {
@@ -158,6 +190,14 @@ CWorker::eEvent CWorker::Read(tAnswer& answer)
         break;
     }
     return HandleFrame(frame, answer);
+}
+
+/// Whether a frame holds an answer to the oldest request.
+bool CWorker::TakeAnswer(std::string_view payload, tAnswer& answer) const
+{
+    const tAsked& asked = mAsked.front();
+    return payload.size() <= MaxAnswerSize(asked.verb, asked.documentSize) && Decode(payload, answer) &&
+           (!answer.ok || answer.verb == asked.verb) && IsAffordable(answer, asked.documentSize);
 }
 
 CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
@@ -180,7 +220,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             mState = eState::kReady;
             return eEvent::kReady;
         case eFrameKind::kAnswer:
-            if (!asked || !Decode(frame.payload, answer) || (answer.ok && answer.verb != mAsked.front())) {
+            if (!asked || !TakeAnswer(frame.payload, answer)) {
                 break;
             }
             mAsked.pop_front();
@@ -193,7 +233,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             }
             mFatalReport = frame.payload;
             mFaultCertain = asked;
-            return Read(answer); // what follows, if it has come
+            return ReadFrame(answer); // what follows, if it has come
         case eFrameKind::kOutOfMemory:
             mOutOfMemory = true;
             mFaultCertain = asked;

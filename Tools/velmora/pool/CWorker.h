@@ -16,9 +16,16 @@ struct tWorkerSettings {
     unsigned memoryMegabytes = 1024; ///< what it may map beyond what it maps at rest
     std::string sandbox = "auto";    ///< "auto", "require" or "off"; or names of layers with plus signs between them
     unsigned processorSeconds = 0;   ///< processor time for one request; 0 for no limit but the owner's clock
+    unsigned processorLife = 60;     ///< seconds that a process may use before it is to be renewed
     bool draws = false;              ///< it may start threads and read fonts
     bool tellsStockFile = false;     ///< its greeting says what the user's preferences call the stock file
 };
+
+/// That this process has not the memory to handle an answer.
+tAnswer MakeNoRoom();
+
+/// Requests that a worker may be sent at once, the one in work among them.
+inline constexpr size_t kMaxRequestsAhead = 8;
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
 /// The owner watches the socket and the clock.
@@ -73,6 +80,9 @@ public:
     /// Whether the loss just reported was somebody else's doing: a user's or the system's SIGKILL.
     bool WasKilled() const { return mWasKilled; }
 
+    /// Whether the process has used most of the processor time that it can ever have. It ends by that some time.
+    bool IsWornOut() const { return mWornOut; }
+
     /// Memory that the process holds at the moment, in bytes; 0 when unknown.
     size_t GetResidentMemory() const;
 
@@ -89,7 +99,14 @@ public:
     void Dismiss();
 
 private:
+    struct tAsked {
+        eVerb verb;
+        uint64_t documentSize; ///< bytes
+    };
+
+    eEvent ReadFrame(tAnswer& answer);
     eEvent HandleFrame(const tFrame& frame, tAnswer& answer);
+    bool TakeAnswer(std::string_view payload, tAnswer& answer) const;
     eEvent Lose(tAnswer& answer, const char* misbehaviour);
     std::optional<int> WaitForEnd(int milliseconds);
     void GrantProcessorTime();
@@ -100,12 +117,14 @@ private:
     std::optional<CFrameReader> mReader;
     uint32_t mSequence = 0; ///< of the request sent last
     uint64_t mAnswered = 0;
-    std::deque<eVerb> mAsked; ///< of the requests under way, the oldest first
-    std::string mFatalReport; ///< what it said before it ended itself
+    std::deque<tAsked> mAsked; ///< the requests under way, the oldest first
+    std::string mFatalReport;  ///< what it said before it ended itself
     bool mOutOfMemory = false;
     bool mFaultCertain = false;
     bool mWasKilled = false;
     unsigned mProcessorSeconds = 0;
+    unsigned mProcessorLife = 0; ///< seconds
+    bool mWornOut = false;
     time_t mGrantedAt = 0;       ///< when processor time was granted last
     size_t mGrantedRequests = 0; ///< and for how many
     tHello mGreeting;

@@ -21,7 +21,6 @@ static constexpr int kMaxLosses = 5;
 /// Requests are sent ahead for about this time, so that a worker does not run dry while the host is busy; what takes
 /// longer is sent one by one, since what waits behind it could be done by another worker.
 static constexpr double kSecondsAhead = 0.004;
-static constexpr size_t kMaxDepth = 8;
 /// A further process costs tens of milliseconds: it is started when this many requests wait, or one has waited for a
 /// while.
 static constexpr size_t kWaitingForStart = 4;
@@ -59,7 +58,8 @@ CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t
     // Half of them for workers and documents; a walk and other things need some as well.
     const size_t descriptors = CountDescriptors() / 2;
     const size_t slots = std::clamp<size_t>(workers, 1, std::max<size_t>(descriptors / 4, 1));
-    mMaxDepth = std::clamp<size_t>(descriptors / slots, 3, kMaxDepth + 2) - 2; // each has a socket, and one waits
+    mMaxDepth =
+        std::clamp<size_t>(descriptors / slots, 3, kMaxRequestsAhead + 2) - 2; // each has a socket, and one waits
     for (size_t i = 0; i < slots; ++i) {
         mSlots.push_back(std::make_unique<tSlot>());
     }
@@ -298,7 +298,7 @@ void CWorkerPool::HandleAnswer(tSlot& slot, tAnswer answer)
     slot.alone = false;
     const uint64_t answered = slot.worker->CountAnswered();
     slot.leavesNext =
-        slot.leavesNext || answered + kMaxDepth >= kRequestsEach ||
+        slot.leavesNext || slot.worker->IsWornOut() || answered + kMaxRequestsAhead >= kRequestsEach ||
         (answered % kRequestsBetweenLooks == 0 && slot.worker->GetResidentMemory() > slot.firstResident + kMaxGrowth);
 }
 
