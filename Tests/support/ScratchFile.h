@@ -20,9 +20,7 @@ public:
         mDescriptor = mkstemp(name.data());
         unlink(name.c_str());
 #endif
-        if (mDescriptor < 0) {
-            throw std::runtime_error("no scratch file");
-        }
+        Check(mDescriptor >= 0);
     }
     explicit CScratchFile(std::string_view bytes) : CScratchFile()
     {
@@ -37,29 +35,12 @@ public:
 
     void Set(std::string_view bytes)
     {
-        CutTo(0);
-        if (pwrite(mDescriptor, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-            throw std::runtime_error("scratch file not written");
-        }
-    }
-    void SetByte(size_t offset, char byte)
-    {
-        if (pwrite(mDescriptor, &byte, 1, static_cast<off_t>(offset)) != 1) {
-            throw std::runtime_error("scratch file not written");
-        }
-    }
-    void CutTo(size_t size)
-    {
-        if (ftruncate(mDescriptor, static_cast<off_t>(size)) != 0) {
-            throw std::runtime_error("scratch file not cut");
-        }
+        Check(ftruncate(mDescriptor, 0) == 0 && pwrite(mDescriptor, bytes.data(), bytes.size(), 0) == Signed(bytes));
     }
     std::string Get() const
     {
         std::string bytes(static_cast<size_t>(lseek(mDescriptor, 0, SEEK_END)), '\0');
-        if (pread(mDescriptor, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-            throw std::runtime_error("scratch file not read");
-        }
+        Check(pread(mDescriptor, bytes.data(), bytes.size(), 0) == Signed(bytes));
         return bytes;
     }
     std::string Path() const
@@ -68,5 +49,16 @@ public:
     }
 
 private:
+    static ssize_t Signed(std::string_view bytes)
+    {
+        return static_cast<ssize_t>(bytes.size());
+    }
+    static void Check(bool done)
+    {
+        if (!done) {
+            throw std::runtime_error("no scratch file");
+        }
+    }
+
     int mDescriptor = -1;
 };

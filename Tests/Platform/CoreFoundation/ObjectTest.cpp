@@ -1,4 +1,4 @@
-// References, booleans, numbers, data, collections, UUIDs, URLs, byte order.
+// References, booleans, numbers, data, collections, UUIDs, URLs.
 #include "Reference.h"
 
 #include <gtest/gtest.h>
@@ -20,25 +20,16 @@ TEST(CFType, CountsReferencesAndTellsKinds)
     const tOwned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
     CFArrayAppendValue(array.get(), uuid.get());
     EXPECT_EQ(CFGetRetainCount(uuid.get()), before + 1);
-    CFRetain(uuid.get());
-    EXPECT_EQ(CFGetRetainCount(uuid.get()), before + 2);
-    CFRelease(uuid.get());
-    EXPECT_EQ(CFGetRetainCount(uuid.get()), before + 1);
-
     const tOwned<CFNumberRef> number = Number(kCFNumberIntType, 1);
     EXPECT_EQ(CFGetTypeID(number.get()), CFNumberGetTypeID());
     EXPECT_EQ(CFGetTypeID(kCFBooleanTrue), CFBooleanGetTypeID()); // which is a number to Foundation
-    EXPECT_EQ(CFGetTypeID(array.get()), CFArrayGetTypeID());
-    EXPECT_EQ(CFGetTypeID(CFSTR("x")), CFStringGetTypeID());
-    EXPECT_FALSE(CFEqual(kCFBooleanTrue, number.get())); // although Foundation finds YES equal to 1
+    EXPECT_FALSE(CFEqual(kCFBooleanTrue, number.get()));          // although Foundation finds YES equal to 1
     EXPECT_FALSE(CFEqual(kCFBooleanTrue, nullptr));
 }
 
 TEST(CFNumber, ConvertsAndTellsLoss)
 {
     constexpr int64_t kMost = std::numeric_limits<int64_t>::max();
-    const tOwned<CFNumberRef> large = Number<int64_t>(kCFNumberSInt64Type, kMost);
-    const tOwned<CFNumberRef> half = Number(kCFNumberDoubleType, 2.5);
     const struct {
         const char* what;
         tOwned<CFNumberRef> number;
@@ -63,9 +54,10 @@ TEST(CFNumber, ConvertsAndTellsLoss)
         EXPECT_EQ(value, c.value);
     }
     double value = 0;
-    EXPECT_TRUE(CFNumberGetValue(half.get(), kCFNumberDoubleType, &value));
+    EXPECT_TRUE(CFNumberGetValue(Number(kCFNumberDoubleType, 2.5).get(), kCFNumberDoubleType, &value));
     EXPECT_EQ(value, 2.5);
-    EXPECT_FALSE(CFNumberGetValue(large.get(), kCFNumberDoubleType, &value)); // 63 bits do not fit into 53
+    EXPECT_FALSE(CFNumberGetValue(Number<int64_t>(kCFNumberSInt64Type, kMost).get(), kCFNumberDoubleType,
+                                  &value)); // 63 bits do not fit into 53
 }
 
 TEST(CFCollections, HoldValuesAndRefuseNulls)
@@ -99,9 +91,7 @@ TEST(CFUUID, ReadsAndWritesItsText)
     ASSERT_TRUE(upper && lower);
     EXPECT_TRUE(CFEqual(upper.get(), lower.get()));
     EXPECT_EQ(Utf8(tOwned<CFStringRef>(CFUUIDCreateString(nullptr, lower.get())).get()), text);
-    for (const char* wrong :
-         {"", "8B08C4BF", "8B08C4BF-415B-11D8-B3F9-0003936726F", "8B08C4BF-415B-11D8-B3F90-003936726FC",
-          "8B08C4BF-415B-11D8-B3F9-0003936726FG", "{8B08C4BF-415B-11D8-B3F9-0003936726FC}"}) {
+    for (const char* wrong : {"", "8B08C4BF-415B-11D8-B3F90-003936726FC", "8B08C4BF-415B-11D8-B3F9-0003936726FG"}) {
         EXPECT_EQ(CFUUIDCreateFromString(nullptr, Text(wrong).get()), nullptr) << wrong;
     }
 }
@@ -114,7 +104,6 @@ TEST(CFURL, HoldsPathsAsBytes)
     EXPECT_EQ(Path(Url(latin).get()), latin);
     EXPECT_EQ(CFURLCopyLastPathComponent(Url(latin).get()), nullptr);
     EXPECT_EQ(Utf8(tOwned<CFStringRef>(CFURLCopyLastPathComponent(Url("/a/X.ext/").get())).get()), "X.ext");
-    EXPECT_EQ(Path(tOwned<CFURLRef>(CFURLCreateCopyDeletingLastPathComponent(nullptr, Url("/a/b").get())).get()), "/a");
     EXPECT_EQ(Path(tOwned<CFURLRef>(CFURLCreateCopyDeletingLastPathComponent(nullptr, Url("/a").get())).get()), "/");
     char folder[4096];
     ASSERT_NE(getcwd(folder, sizeof folder), nullptr);
@@ -123,11 +112,4 @@ TEST(CFURL, HoldsPathsAsBytes)
     UInt8 small[4];
     EXPECT_FALSE(CFURLGetFileSystemRepresentation(Url("/abc").get(), true, small, sizeof small));
     EXPECT_TRUE(CFURLGetFileSystemRepresentation(Url("/ab").get(), true, small, sizeof small));
-}
-
-TEST(CFByteOrder, SwappedFloatsAreBigEndian)
-{
-    const CFSwappedFloat32 swapped = CFConvertFloatHostToSwapped(1.0f); // 0x3F800000
-    EXPECT_EQ(memcmp(&swapped, "\x3F\x80\0\0", 4), 0);
-    EXPECT_EQ(CFConvertFloatSwappedToHost(swapped), 1.0f);
 }

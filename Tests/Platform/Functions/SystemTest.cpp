@@ -18,15 +18,8 @@ TEST(System, DescribesMachineAndProcess)
     char digits[16];
     snprintf(digits, sizeof digits, "%02d%02d", major, minor);
     EXPECT_EQ(SystemVersion(), strtol(digits, nullptr, 16)) << names.release;
-
-    char host[256] = {};
-    ASSERT_EQ(gethostname(host, sizeof host - 1), 0);
-    EXPECT_EQ(MachineName(), host);
+    EXPECT_EQ(MachineName(), names.nodename);
     EXPECT_EQ(ProcessName(), fs::read_symlink("/proc/self/exe").filename());
-
-    const std::string list = ReadFile("/proc/cpuinfo");
-    EXPECT_GE(ProcessorSpeed(), list.find("cpu MHz") != std::string::npos ? 100'000'000 : 0);
-    EXPECT_EQ(ProcessorDescription().find(" x ") != std::string::npos, list.find("model name") != std::string::npos);
 }
 
 TEST(System, FindsAndMakesTheUsersFolders)
@@ -65,9 +58,6 @@ TEST(System, FindsAndMakesTheUsersFolders)
         EXPECT_EQ(FolderPath(c.folder, false), base + "/home" + c.inHome);
         setenv("HOME", "relative", 1);
         EXPECT_EQ(FolderPath(c.folder, true), "");
-        unsetenv("HOME");
-        EXPECT_EQ(FolderPath(c.folder, true), "");
-
         WriteFile(base + "/file", "x");
         setenv(c.variable, (base + "/file").c_str(), 1);
         EXPECT_EQ(FolderPath(c.folder, true), "");

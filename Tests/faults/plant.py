@@ -1,0 +1,319 @@
+"""Plants faults in a copy of the tree and runs the tests against each. See scripts/plant-faults."""
+import argparse
+import concurrent.futures
+import os
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import xml.etree.ElementTree as ElementTree
+
+HERE = pathlib.Path(__file__).parent
+TREE = HERE.parent.parent
+FOLDERS = ("Importer", "Common", "Source", "Platform", "Tools")
+SUFFIXES = (".cpp", ".h", ".mm")
+VARIABLE = "VELMORA_PLANTED_FAULT"
+QUICK = 0.5  # seconds; longer tests run one by one, and only where no quick one fails
+
+# In front of every file with a fault. The number is read once a process. Warnings are switched off here, not for the whole
+# build, so that the objects of files without faults can come from a compiler cache.
+SWITCH = "".join('#pragma GCC diagnostic ignored "-W%s"\n' % name for name in (
+    "conversion", "sign-compare", "unused-variable", "unused-function", "unused-parameter", "unused-const-variable",
+    "unused-but-set-variable", "type-limits", "extra", "parentheses")) + """#include <cstdlib>
+#ifndef PLANTED_FAULT
+#define PLANTED_FAULT
+inline bool PlantedFault(int number)
+{
+    static const char* const sText = getenv("%s");
+    static const int sNumber = sText != nullptr ? atoi(sText) : 0;
+    return sNumber == number;
+}
+#endif
+#line 1
+""" % VARIABLE
+
+# Test programs by the folder of the fault, the most likely first; all others follow. The last ones take longest.
+ORDER = {
+    "Importer": ["test-importer"],
+    "Common": ["common-tests", "document-tests", "stock-tests", "geometry-tests", "list-tests", "document-memory-tests"],
+    "Source/Layouts": ["document-tests", "list-tests", "geometry-tests", "document-memory-tests", "query-tests"],
+    "Source/Layers": ["document-tests", "list-tests"],
+    "Source/BuildingBlocks": ["geometry-tests", "document-tests", "list-tests"],
+    "Source/Utilities": ["geometry-tests", "rendering-tests"],
+    "Source/Elements/Rendering": ["rendering-tests"],
+    "Source/Elements": ["query-tests", "geometry-tests", "list-tests"],
+    "Source/Checks": ["check-tests"],
+    "Source/TrackLibraries": ["library-tests", "stock-tests"],
+    "Source/Stock": ["stock-tests", "geometry-tests", "list-tests"],
+    "Source/Preferences": ["common-tests"],
+    "Platform/Linux/Jail": ["platform-jail-test", "sandbox-tests"],
+    "Platform": ["test-core-foundation", "platform-functions-test", "platform-fonts-test", "document-tests"],
+    "Tools": ["tools-tests", "sandbox-tests"],
+}
+LAST = ["rendering-tests", "samples-tests", "sandbox-tests", "tools-tests"]
+
+
+class Fault:
+    def __init__(self, number, name, path, what, pattern, replacement):
+        self.number = number
+        self.name = name
+        self.path = path
+        self.what = what
+        before, original, behind = re.split("[«»]", pattern)
+        self.original = original
+        self.replacement = replacement
+        # Line breaks and indentation are the formatter's business.
+        parts = [r"\s+".join(re.escape(word) for word in part.split()) for part in (before, original, behind)]
+        glue = [r"\s*" if text[:1].isspace() or other[-1:].isspace() else ""
+                for text, other in ((original, before), (behind, original))]
+        self.pattern = re.compile("(%s)%s(%s)(?=%s%s)" % (parts[0], glue[0], parts[1], glue[1], parts[2]))
+
+    def planted(self, original):
+        if re.search(r"[;}]\s*$", self.original):
+            return "if (PlantedFault(%d)) { %s } else { %s }" % (self.number, self.replacement, original)
+        return "(PlantedFault(%d) ? (%s) : (%s))" % (self.number, self.replacement, original)
+
+
+def read_faults():
+    faults = []
+    lines = [line for line in (HERE / "planted.txt").read_text(encoding="utf-8").splitlines()
+             if line and not line.startswith("#")]
+    at = 0
+    while at < len(lines):
+        name, path, what = (field.strip() for field in lines[at].split("|"))
+        body = [line.strip() for line in lines[at + 1:at + 3]]
+        replacement = "" if body[1] == "(nothing)" else body[1]
+        faults.append(Fault(len(faults) + 1, name, path, what, body[0], replacement))
+        at += 3
+    names = [fault.name for fault in faults]
+    if len(set(names)) != len(names):
+        sys.exit("a name stands twice in the list of faults")
+    return faults
+
+
+def sources():
+    files = {}
+    for folder in FOLDERS:
+        for path in sorted((TREE / folder).rglob("*")):
+            if path.suffix in SUFFIXES:
+                files[str(path.relative_to(TREE))] = path.read_text(encoding="utf-8")
+    return files
+
+
+def find_places(faults):
+    """Where each fault goes: in the file that it names, or else wherever else in the product its text stands once."""
+    files = sources()
+    places = {}
+    moved = []
+    for fault in faults:
+        found = [(path, match) for path in ([fault.path] if fault.path in files else [])
+                 for match in fault.pattern.finditer(files[path])]
+        if not found:
+            found = [(path, match) for path, text in files.items() for match in fault.pattern.finditer(text)]
+        if len(found) != 1:
+            moved.append("%s: moved (%d places): %s" % (fault.name, len(found), fault.original))
+            continue
+        path, match = found[0]
+        fault.path = path
+        places.setdefault(path, []).append((match.start(2), match.end(2), fault))
+    return files, places, moved
+
+
+def plant(files, places, target):
+    for path, spots in places.items():
+        text = files[path]
+        spots.sort(key=lambda spot: spot[0], reverse=True)
+        for (start, end, fault), nearer in zip(spots, [None] + spots):
+            if nearer is not None and end > nearer[0]:
+                sys.exit("%s and %s overlap" % (fault.name, nearer[2].name))
+            text = text[:start] + fault.planted(text[start:end]) + text[end:]
+        file = target / path
+        marked = SWITCH + text
+        if path.endswith(".h"):  # the guard stays the first line
+            marked = text.replace("#pragma once", "#pragma once\n" + SWITCH.replace("#line 1\n", ""), 1)
+        if not file.exists() or file.read_text(encoding="utf-8") != marked:
+            file.write_text(marked, encoding="utf-8")
+
+
+def copy_tree(target, planted):
+    """A copy whose unchanged files keep their times, so that a second build is a short one."""
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "-z"], cwd=TREE, check=True,
+                            capture_output=True).stdout.decode().split("\0")
+    for name in filter(None, listed):
+        source = TREE / name
+        file = target / name
+        if name in planted or not source.is_file():
+            continue
+        if file.is_file() and file.read_bytes() == source.read_bytes():
+            continue
+        file.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copyfile(source, file)
+        shutil.copymode(source, file)
+    for name in planted:
+        (target / name).parent.mkdir(parents=True, exist_ok=True)
+
+
+def build(target, jobs, arguments):
+    folder = target / "build"
+    if not (folder / "build.ninja").exists():
+        subprocess.run(["cmake", "-S", str(target), "-B", str(folder), "-G", "Ninja",
+                        "-DVELMORA_BENCHMARKS=OFF", *arguments], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["ninja", "-C", str(folder), "-j", str(jobs)], check=True, stdout=sys.stderr)
+    return folder
+
+
+def programs(folder):
+    """Name and path of each test program, with those in front that start nothing else."""
+    found = {path.name: path for path in (folder / "tests").iterdir()
+             if path.is_file() and os.access(path, os.X_OK) and path.name != "velmora-refuse-calls"}
+    names = sorted(name for name in found if name not in LAST and "cocoa" not in name)  # which needs a display
+    return {name: found[name] for name in names + [name for name in LAST if name in found]}
+
+
+def run(path, folder, number, seconds, only):
+    """Runs some tests of a program, all for None, with a fault on.
+    @return the failed tests, where a process that does not end or dies counts as one, and the seconds of each test"""
+    with tempfile.TemporaryDirectory() as private:
+        os.chmod(private, 0o755)  # some tests act as another user
+        report = pathlib.Path(private) / "report.xml"
+        environment = dict(os.environ, **{VARIABLE: str(number), "TMPDIR": private})
+        arguments = [str(path), "--gtest_output=xml:%s" % report]
+        if only is not None:
+            arguments.append("--gtest_filter=" + ":".join(only))
+        process = subprocess.Popen(arguments, cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
+        try:
+            output = process.communicate(timeout=seconds)[0].decode(errors="replace")
+            ending = "ended with %d" % process.returncode
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            output = process.communicate()[0].decode(errors="replace")
+            ending = "did not end"
+        try:
+            os.killpg(process.pid, signal.SIGKILL)  # what it left behind
+        except ProcessLookupError:
+            pass
+        failed = []
+        times = {}
+        if report.exists():
+            for case in ElementTree.parse(report).iter("testcase"):
+                name = "%s.%s" % (case.get("classname"), case.get("name"))
+                times[name] = float(case.get("time", 0))
+                if case.find("failure") is not None:
+                    failed.append(name)
+        if not failed and process.returncode != 0:
+            started = re.findall(r"^\[ RUN      \] (\S+)", output, re.MULTILINE)
+            failed = ["%s %s%s" % (path.name, ending, " in " + started[-1] if started else "")]
+        return failed, times
+
+
+def first_choice(path):
+    """The programs that may know most about a file."""
+    longest = max((folder for folder in ORDER if path.startswith(folder + "/")), key=len)
+    return ORDER[longest]
+
+
+def read_table(path):
+    caught = {}
+    for line in pathlib.Path(path).read_text(encoding="utf-8").splitlines():
+        fields = line.split("\t")
+        if len(fields) >= 2:
+            caught[fields[0]] = fields[1] != "survived"
+    return caught
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build", type=pathlib.Path, help="keep the copy and its build here")
+    parser.add_argument("--only", default="", help="names of faults, with commas")
+    parser.add_argument("--against", help="a table of an earlier run")
+    parser.add_argument("--write", help="where the table goes, besides standard output")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--look", action="store_true", help="build and run nothing")
+    parser.add_argument("arguments", nargs="*", help="for cmake")
+    options = parser.parse_args()
+    faults = read_faults()
+    files, places, moved = find_places(faults)
+    for line in moved:
+        print(line)
+    if options.look or moved:
+        print("%d faults, %d moved" % (len(faults), len(moved)))
+        return 1 if moved else 0
+    with tempfile.TemporaryDirectory() as temporary:
+        target = (options.build or pathlib.Path(temporary)).resolve()
+        target.mkdir(parents=True, exist_ok=True)
+        copy_tree(target, set(places))
+        plant(files, places, target)
+        return run_all(faults, build(target, options.jobs, options.arguments), options)
+
+
+class Program:
+    """A test program and what its tests take without a fault. Those that fail then are left out."""
+
+    def __init__(self, path, folder):
+        self.path = path
+        self.folder = folder
+        failed, times = run(path, folder, 0, 3600, None)
+        for test in failed:
+            print("fails without a fault, left out: %s" % test, file=sys.stderr)
+        quick = [test for test, seconds in times.items() if test not in failed and seconds <= QUICK]
+        slow = sorted((test for test, seconds in times.items() if test not in failed and seconds > QUICK), key=times.get)
+        self.stages = [(tests, sum(times[test] for test in tests)) for tests in [quick] + [[test] for test in slow] if tests]
+
+    def catch(self, fault):
+        """The tests that fail with a fault: all the quick ones, or else the first of the slow ones."""
+        for tests, seconds in self.stages:
+            failed = run(self.path, self.folder, fault.number, 5 * seconds + 60, tests)[0]
+            if failed:
+                return failed
+        return []
+
+
+def run_all(faults, folder, options):
+    wanted = set(filter(None, options.only.split(",")))
+    faults = [fault for fault in faults if not wanted or fault.name in wanted]
+    known = {name: Program(path, folder) for name, path in programs(folder).items()}
+    caught = {}
+
+    def first_pass(fault):
+        return fault, any_program(fault, [name for name in first_choice(fault.path) if name in known])
+
+    def second_pass(fault):
+        first = first_choice(fault.path)
+        return fault, any_program(fault, [name for name in known if name not in first])
+
+    def any_program(fault, names):
+        for name in names:
+            failed = known[name].catch(fault)
+            if failed:
+                return failed  # a fault that one program catches is caught
+        return []
+
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        for a_pass in (first_pass, second_pass):
+            left = [fault for fault in faults if not caught.get(fault.name)]
+            for fault, failed in pool.map(a_pass, left):
+                caught[fault.name] = failed
+                print("%s\t%s" % (fault.name, ", ".join(failed[:3]) or "not yet"), flush=True)
+                if options.write:
+                    pathlib.Path(options.write).write_text(table(faults, caught), encoding="utf-8")
+    print(table(faults, caught).splitlines()[-1])
+    before = read_table(options.against) if options.against else {}
+    lost = [fault.name for fault in faults if not caught[fault.name] and before.get(fault.name)]
+    for name in lost:
+        print("was caught before: %s" % name)
+    return 1 if lost else 0
+
+
+def table(faults, caught):
+    """Name, number of tests, three of them."""
+    lines = ["%s\t%s\t%s\n" % (fault.name, len(caught[fault.name]) or "survived", ", ".join(caught[fault.name][:3]))
+             for fault in faults if fault.name in caught]
+    count = sum(1 for failed in caught.values() if failed)
+    return "".join(lines) + "# %d of %d faults caught\n" % (count, len(lines))
+
+
+sys.exit(main())
