@@ -115,7 +115,7 @@ private:
         }
         const auto read = [this, version](const tRecord& record, auto& field) {
             if (version >= record.since) {
-                Read(record.key, field);
+                this->Read(record.key, field);
             }
         };
         (read(kTable[i], std::get<i>(fields)), ...);
