@@ -28,8 +28,12 @@ CTag::CTag(unsigned short key, unsigned long size, const void* data) : mKey(key)
     }
 }
 
-bool CTag::TakeUnbuffered(FILE* file, tView& record, tScratch& scratch)
+bool CTag::Take(FILE* file, tView& record, tScratch& scratch)
 {
+    if (Peek(file, record)) {
+        Platform::ConsumeBuffered(file, kRecordHeader + record.size);
+        return true;
+    }
     unsigned char header[kRecordHeader];
     if (feof(file) || Platform::ReadUnlocked(file, header, sizeof header) != sizeof header) {
         return false;

@@ -43,31 +43,28 @@ public:
     unsigned short GetKey() const { return mKey; }
     unsigned short GetSize() const { return mSize; }
 
-    /// Consumes the next record of a stream, and shows it where it lies. A record of size 0 is one without data.
-    /// @param scratch  takes a record that is not whole in the stream's buffer
-    /// @return false at the end of the stream and for a record cut short
-    static bool Take(FILE* file, tView& record, tScratch& scratch)
+    /// Shows the next record where it lies, without consuming it. @return false when it is not whole in the stream's
+    /// buffer
+    static bool Peek(FILE* file, tView& record)
     {
         const unsigned char* bytes = nullptr;
         const size_t available = Platform::BufferedBytes(file, bytes);
-        if (available >= kRecordHeader) {
-            const uint32_t header = BigEndian::Unsigned32(bytes);
-            const size_t size = header & kLargestRecord;
-            if (available >= kRecordHeader + size) {
-                record = {static_cast<unsigned short>(header >> 16), static_cast<unsigned short>(size),
-                          bytes + kRecordHeader};
-                Platform::ConsumeBuffered(file, kRecordHeader + size);
-                return true;
-            }
+        if (available < kRecordHeader) {
+            return false;
         }
-        return TakeUnbuffered(file, record, scratch);
+        const uint32_t header = BigEndian::Unsigned32(bytes);
+        record = {static_cast<unsigned short>(header >> 16), static_cast<unsigned short>(header),
+                  bytes + kRecordHeader};
+        return available >= kRecordHeader + record.size;
     }
+    /// Consumes the next record of a stream, and shows it where it lies. A record of size 0 is one without data.
+    /// @param scratch  takes a record that is not whole in the stream's buffer
+    /// @return false at the end of the stream and for a record cut short
+    static bool Take(FILE* file, tView& record, tScratch& scratch);
     /// Writes a record; data beyond what one can carry is cut. @return as the member
     static bool Write(FILE* file, unsigned short key, size_t size, const void* data);
 
 private:
-    static bool TakeUnbuffered(FILE* file, tView& record, tScratch& scratch);
-
     unsigned short mKey = 0;
     unsigned short mSize = 0;
     tScratch mData;

@@ -17,7 +17,7 @@ bool CTaggedFile::ReadNextMatchingTag(CTag& tag, unsigned short key)
     return found;
 }
 
-bool CTaggedFile::Find(unsigned short key, CTag::tView& record)
+bool CTaggedFile::Search(unsigned short key, CTag::tView& record)
 {
     for (;;) {
         if (!CTag::Take(mFile, record, mScratch)) {

@@ -143,7 +143,17 @@ private:
     }
 
     /// The next record with the key, where it lies. @return false when the search ended without one
-    bool Find(unsigned short key, CTag::tView& record);
+    bool Find(unsigned short key, CTag::tView& record)
+    {
+        // Nearly every record is the one that was asked for, and whole in the buffer: no call.
+        if (CTag::Peek(mFile, record) && record.key == key && record.size > 0) {
+            Platform::ConsumeBuffered(mFile, kRecordHeader + record.size);
+            ++mNumRead;
+            return true;
+        }
+        return Search(key, record);
+    }
+    bool Search(unsigned short key, CTag::tView& record);
 
     FILE* mFile;
     int mNumRead = 0;

@@ -10,13 +10,11 @@
 #include "Layers/CLayerManager.h"
 #include "Layouts/CLayout.h"
 #include "Layouts/Groups/UGroups.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <set>
 
@@ -30,10 +28,10 @@ struct tPlace {
     int key; ///< 0 for a header
 };
 
-tBytes ReadFile(const std::string& path)
+tBytes BytesOf(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::string bytes = ReadFile(path);
+    return {bytes.begin(), bytes.end()};
 }
 
 /// Splits a sound document into its headers and records.
@@ -75,9 +73,9 @@ tBytes MakeLayout()
     const std::vector<CCompositeGeometry*>& elements = layout.GetElements();
     UGroups::NewGroupFromElementVector(&layout, {elements[0], elements[1]});
     UGroups::NewGroupFromElementVector(&layout, {elements[1], elements[2]});
-    const std::string path = std::string(std::getenv("TEST_FOLDER")) + "/checked.velmora";
+    const std::string path = TestPath("checked.velmora");
     EXPECT_TRUE(layout.Save(&path));
-    return ReadFile(path);
+    return BytesOf(path);
 }
 
 bool IsCount(int key)
@@ -127,8 +125,8 @@ void ExpectEveryFlipFound(
 TEST(CDocumentChecker, FindsEveryFlippedByteOfTheStructureWhereItIs)
 {
     ExpectEveryFlipFound(MakeLayout(), {0xFF, 0x01, 0x04, 0x07, 0x80});
-    ExpectEveryFlipFound(ReadFile(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF});
-    ExpectEveryFlipFound(ReadFile(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01},
+    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF});
+    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01},
                          &CDocumentChecker::CheckLibrary);
 }
 

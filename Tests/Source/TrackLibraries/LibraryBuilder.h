@@ -2,11 +2,8 @@
 #pragma once
 
 #include "support/DocumentBuilder.h"
+#include "support/Files.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -72,39 +69,12 @@ inline tElement Article(const std::string& name, const std::string& description 
     return element;
 }
 
-/// An empty folder, gone with the object.
-class CLibraryFolder {
+/// A folder for libraries.
+class CLibraryFolder : public CTestFolder {
 public:
-    CLibraryFolder()
-    {
-        std::string folder = std::string(getenv("TEST_FOLDER")) + "/libraries-XXXXXX";
-        mPath = mkdtemp(folder.data());
-    }
-    ~CLibraryFolder() { std::filesystem::remove_all(mPath); }
-    CLibraryFolder(const CLibraryFolder&) = delete;
-    CLibraryFolder& operator=(const CLibraryFolder&) = delete;
-
-    /// Writes a file, in folders below this one if the name has them. @return its path
-    std::string Write(const std::string& name, const std::string& bytes) const
-    {
-        const std::filesystem::path path = mPath / name;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << bytes;
-        return path.string();
-    }
+    using CTestFolder::Write;
     std::string Write(const std::string& name, const tLibrary& library) const
     {
         return Write(name, Library(library).Bytes());
     }
-    std::string Read(const std::string& name) const
-    {
-        std::ifstream file(mPath / name, std::ios::binary);
-        std::stringstream bytes;
-        bytes << file.rdbuf();
-        return bytes.str();
-    }
-    std::string PathOf(const std::string& name) const { return (mPath / name).string(); }
-
-private:
-    std::filesystem::path mPath;
 };
