@@ -5,6 +5,7 @@ target_sources(velmora-platform PRIVATE
   ${functions}/../Portable/MacRoman.cpp
   ${functions}/../Portable/Report.cpp
   ${functions}/../Portable/Streams.cpp
+  ${functions}/Composition.cpp
   ${functions}/Drawing.cpp
   ${functions}/Fonts.cpp
   ${functions}/Process.cpp

@@ -11,14 +11,14 @@ class CRailSet;
 
 /// A library file as the registry knows it.
 struct tRSDiskEntry {
-    std::string name; ///< by which elements refer to it: the last component of the path
+    std::string name; ///< by which elements refer to it, see ULibraryFiles::GetLibraryName
     std::string path;
     int modelScale = 0;
     tRailSetContentType contentType = 0;
 };
 
-/// Registry of the library files on disk, in the order in which they were added. It starts empty; the host fills it,
-/// for example with what ULibraryFiles::Collect finds. Not for several threads.
+/// Registry of the library files on disk, in the order in which they were added. It starts empty; the host,
+/// who knows where libraries lie, fills it. Not for several threads.
 class CRailsetFolder {
 public:
     /// The one registry, made when it is first asked for; lives until the process ends.

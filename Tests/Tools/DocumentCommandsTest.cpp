@@ -1,5 +1,6 @@
 // check, parts, library and stock, as a user calls them.
 #include "ProgramRun.h"
+#include "input/LibraryFiles.h"
 #include "output/CTable.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,9 @@
 #include <filesystem>
 #include <map>
 #include <sstream>
+#include <sys/stat.h>
 
+namespace fs = std::filesystem;
 using tJSON = nlohmann::json;
 
 static const std::string kSamples = SOURCE_FOLDER "/Samples";
@@ -134,6 +137,15 @@ TEST(Parts, MarkWhatLibrariesShareAndWhatTheyDoNotKnow)
         EXPECT_EQ(part["shared_number"], isTrack) << part;
         EXPECT_EQ(part["unknown"], !isTrack) << part;
     }
+    // The library whose name has its marks apart, as on a Mac's disk.
+    const std::string decomposed = folder + "/moved/Quirrin Bauten & Zubeho\xCC\x88r";
+    fs::create_directory(folder + "/moved");
+    fs::copy_file(kSamples + "/libraries/Quirrin Bauten & Zubehör", decomposed);
+    const tJSON moved = RunForJSON({"parts", "--library", decomposed, "--library", kLibrary, "--library",
+                                    folder + "/Quirrin Bauten & Zubehör", kSamples + "/oval.velmora"});
+    for (const tJSON& part : moved["parts"]) {
+        EXPECT_FALSE(part["unknown"].get<bool>()) << part;
+    }
     // The same two from a folder that the environment names; what is given comes first and wins.
     const std::string variable = "VELMORA_LIBRARIES=/nowhere:" + folder;
     tProgramRun run;
@@ -150,6 +162,33 @@ TEST(Parts, MarkWhatLibrariesShareAndWhatTheyDoNotKnow)
     EXPECT_EQ(articles["articles"].size(), 80u);
     const tProgramResult table = RunVelmora({"library", "--format", "csv", kLibrary, kLibrary});
     EXPECT_EQ(std::count(table.out.begin(), table.out.end(), '\n'), 161); // one line of titles
+}
+
+TEST(LibraryFiles, AreRegularFilesWithTheMagicTheFirstOfEachName)
+{
+    const std::string folder = MakeFolder("libraries");
+    fs::create_directories(folder + "/f/sub/deep");
+    fs::create_directories(folder + "/f/.git");
+    fs::create_directories(folder + "/g");
+    for (const char* name : {"/f/sub/deep/library", "/f/only the magic", "/f/.velmora-1-2", "/f/.git/hidden",
+                             "/g/library", "/g/own", "/given"}) {
+        WriteFile(folder + name, "RSet");
+    }
+    WriteFile(folder + "/f/cut", "RSe");
+    fs::create_symlink(folder + "/g/own", folder + "/f/link");
+    fs::create_directory_symlink(folder + "/g", folder + "/f/linked folder");
+    fs::create_symlink("nowhere", folder + "/f/dangling");
+    ASSERT_EQ(mkfifo((folder + "/f/fifo").c_str(), 0600), 0);
+    setenv("VELMORA_LIBRARIES", (":" + folder + "/missing::" + folder + "/f:" + folder + "/g:").c_str(), 1);
+    const std::vector<std::string> found = LibraryFiles::Find({folder + "/given", folder + "/missing"});
+    unsetenv("VELMORA_LIBRARIES");
+    const std::vector<std::string> expected = {folder + "/given",
+                                               folder + "/missing",
+                                               folder + "/f/link",
+                                               folder + "/f/only the magic",
+                                               folder + "/f/sub/deep/library",
+                                               folder + "/g/own"};
+    EXPECT_EQ(found, expected);
 }
 
 TEST(Check, NamesPlacesAndFailsForDamageOnly)

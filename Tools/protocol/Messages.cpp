@@ -191,6 +191,8 @@ std::string Encode(const tRequest& request)
         writer.Put(wish.hasGrid);
         writer.Put(std::string_view(wish.style));
         writer.PutTexts(wish.layers);
+    } else if (request.verb == eVerb::kLibrary) {
+        writer.Put(std::string_view(request.fileName));
     }
     return writer.Take();
 }
@@ -210,6 +212,8 @@ bool Decode(std::string_view message, tRequest& request)
         wish.hasGrid = reader.GetFlag();
         wish.style = reader.GetText();
         reader.GetTexts(wish.layers);
+    } else if (request.verb == eVerb::kLibrary) {
+        request.fileName = reader.GetBytes();
     }
     return reader.IsWhole();
 }

@@ -1,7 +1,7 @@
 // What the frames say. Numbers are little-endian; a text is its length (4 bytes) and that many bytes of UTF-8, a list
-// its count (4 bytes) and the entries; a picture is its length and bytes of any kind. Decoding accepts exactly what
-// encoding makes: every length is checked against the bytes that are there, texts must be valid UTF-8, and nothing may
-// follow.
+// its count (4 bytes) and the entries; a picture and a file name are their length and bytes of any kind. Decoding
+// accepts exactly what encoding makes: every length is checked against the bytes that are there, texts must be valid
+// UTF-8, and nothing may follow.
 #pragma once
 
 #include <cstdint>
@@ -50,6 +50,7 @@ struct tRequest {
     /// For kImport and kIndex a uniform type identifier, for kExamine the act to be tried, or empty.
     std::string contentType;
     tPictureWish picture = {}; ///< for kRender
+    std::string fileName = {}; ///< for kLibrary: bytes of any kind
 };
 
 /// One attribute of a document: a text, or a list of texts.

@@ -15,6 +15,7 @@
 #include "Preferences/CVLPreferences.h"
 #include "Stock/CStock.h"
 #include "TrackLibraries/CRailSet.h"
+#include "TrackLibraries/Utilities/ULibraryFiles.h"
 #include "UnitLength/URailConstants.h"
 
 #include <boost/foreach.hpp>
@@ -285,7 +286,7 @@ tAnswer AnswerParts(const std::string& path, int document)
                                   {"scales", scaleCounts}});
 }
 
-tAnswer AnswerLibrary(const std::string& path)
+tAnswer AnswerLibrary(const std::string& path, const std::string& fileName)
 {
     CRailSet library(path);
     const int code = library.Load();
@@ -299,7 +300,8 @@ tAnswer AnswerLibrary(const std::string& path)
         article.erase("library"); // the file's name, which only the host knows
         articles.push_back(article);
     }
-    return Report(eVerb::kLibrary, {{"manufacturer", Text(parameters.manufacturer)},
+    return Report(eVerb::kLibrary, {{"name", Text(ULibraryFiles::GetLibraryName(fileName).c_str())},
+                                    {"manufacturer", Text(parameters.manufacturer)},
                                     {"scale", URailConstants::GetModelScaleTxt(parameters.modelScale, false)},
                                     {"content", ULibraryConstants::GetContentTypeText(parameters.contentType)},
                                     {"currency", parameters.currency},

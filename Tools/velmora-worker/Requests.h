@@ -23,8 +23,8 @@ tAnswer MakeLoadFailure(int result, size_t elements, int document);
 tAnswer AnswerCheck(const std::string& path, int document);
 /// The parts of a layout by library and number.
 tAnswer AnswerParts(const std::string& path, int document);
-/// The articles of a track library.
-tAnswer AnswerLibrary(const std::string& path);
+/// The articles of a track library. @param fileName  its file's own name, which says what layouts call it
+tAnswer AnswerLibrary(const std::string& path, const std::string& fileName);
 /// The entries of a stock file.
 tAnswer AnswerStock(const std::string& path);
 

@@ -103,7 +103,7 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
     case eVerb::kParts:
         return AnswerParts(path, document);
     case eVerb::kLibrary:
-        return AnswerLibrary(path);
+        return AnswerLibrary(path, request.fileName);
     case eVerb::kStock:
         return AnswerStock(path);
     case eVerb::kIndex:

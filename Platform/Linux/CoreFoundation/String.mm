@@ -1,5 +1,6 @@
 #import "Linux/CoreFoundation/Classes.h"
 #import "Linux/CoreFoundation/Pool.h"
+#include "Platform/Composition.h"
 
 #include <algorithm>
 #include <mutex>
@@ -86,6 +87,19 @@ std::string Platform::Utf8(CFStringRef string)
 }
 
 CFStringRef Platform::CreateString(std::string_view utf8) { return CreateDecoded(utf8, kCFStringEncodingUTF8); }
+
+std::string Platform::ComposeUtf8(const std::string& text)
+{
+    const CPool pool;
+    const CFStringRef string = CreateString(text);
+    if (string == nullptr) {
+        return text;
+    }
+    NSString* const composed = [AsObject(string) precomposedStringWithCanonicalMapping];
+    const std::string result = Utf8(reinterpret_cast<CFStringRef>(composed));
+    CFRelease(string);
+    return result.empty() ? text : result;
+}
 
 CFStringRef __CFStringMakeConstantString(const char* ascii)
 {

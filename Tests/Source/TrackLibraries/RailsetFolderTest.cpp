@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <sys/stat.h>
 
 using Platform::eReportLevel;
 using testing::ElementsAre;
@@ -152,86 +151,19 @@ TEST(RailsetFolder, TheBufferLoadsALibraryOnce)
     third.CloseAllRailsets();
 }
 
-namespace {
-/// A user with some libraries; the environment is put back.
-class LibraryFiles : public testing::Test {
-protected:
-    LibraryFiles()
-    {
-        setenv("XDG_DATA_HOME", mFolder.PathOf("home").c_str(), 1);
-        mFolder.Write("home/velmora/Libraries/own", tLibrary());
-    }
-    ~LibraryFiles() override
-    {
-        setenv("XDG_DATA_HOME", mDataHome.c_str(), 1);
-        unsetenv("VELMORA_LIBRARIES");
-    }
-    /// Collected paths, without the test's own folder.
-    std::vector<std::string> Collect(const std::vector<std::string>& paths)
-    {
-        mRejected.clear();
-        std::vector<std::string> files = ULibraryFiles::Collect(paths, &mRejected);
-        for (std::vector<std::string>* list : {&files, &mRejected}) {
-            for (std::string& path : *list) {
-                if (path.starts_with(mFolder.PathOf(""))) {
-                    path.erase(0, mFolder.PathOf("").size());
-                }
-            }
-        }
-        return files;
-    }
-
-    const CLibraryFolder mFolder;
-    std::vector<std::string> mRejected;
-
-private:
-    const std::string mDataHome = getenv("XDG_DATA_HOME");
-};
-} // namespace
-
-TEST_F(LibraryFiles, GivenPathsComeFirstThenTheEnvironmentThenTheUsersFolder)
+TEST(LibraryName, IsComposedAndInMacOSRoman)
 {
-    const std::string own = "home/velmora/Libraries/own";
-    EXPECT_EQ(ULibraryFiles::GetUserFolder(), mFolder.PathOf("home/velmora/Libraries"));
-    EXPECT_THAT(Collect({}), ElementsAre(own));
-
-    mFolder.Write("environment/b", tLibrary());
-    mFolder.Write("environment/a", tLibrary());
-    const std::string single = mFolder.Write("single", tLibrary());
-    const std::string given = mFolder.Write("given", tLibrary());
-    setenv("VELMORA_LIBRARIES",
-           (":" + mFolder.PathOf("missing") + "::" + mFolder.PathOf("environment") + ":" + single + ":").c_str(), 1);
-    EXPECT_THAT(Collect({given}), ElementsAre("given", "environment/a", "environment/b", "single", own));
-    EXPECT_THAT(mRejected, IsEmpty());
-    EXPECT_THAT(Collect({given, single, mFolder.PathOf(""), given, mFolder.PathOf("environment/../single")}),
-                ElementsAre("given", "single", "environment/a", "environment/b", own));
-
-    std::filesystem::remove_all(mFolder.PathOf("home"));
-    EXPECT_THAT(Collect({}), ElementsAre("environment/a", "environment/b", "single"));
-}
-
-TEST_F(LibraryFiles, TakesRegularFilesWithTheMagic)
-{
-    mFolder.Write("f/sub/deep/library", tLibrary());
-    mFolder.Write("f/only the magic", std::string("RSet"));
-    mFolder.Write("f/cut", std::string("RSe"));
-    mFolder.Write("f/layout.velmora", Layout({}).Bytes());
-    mFolder.Write("f/empty", std::string());
-    mFolder.Write("f/.velmora-1-2", tLibrary()); // as a library in the making is called
-    mFolder.Write("f/.git/library", tLibrary());
-    mFolder.Write("g/library", tLibrary());
-    std::filesystem::create_symlink(mFolder.PathOf("g/library"), mFolder.PathOf("f/link"));
-    std::filesystem::create_symlink(mFolder.PathOf("g/library"), mFolder.PathOf("f/another link"));
-    std::filesystem::create_directory_symlink(mFolder.PathOf("g"), mFolder.PathOf("f/linked folder"));
-    std::filesystem::create_symlink("nowhere", mFolder.PathOf("f/dangling"));
-    ASSERT_EQ(mkfifo(mFolder.PathOf("f/fifo").c_str(), 0600), 0);
-    std::filesystem::remove_all(mFolder.PathOf("home"));
-    EXPECT_THAT(Collect({mFolder.PathOf("f")}),
-                ElementsAre("f/another link", "f/link", "f/only the magic", "f/sub/deep/library"));
-    EXPECT_THAT(mRejected, IsEmpty());
-
-    EXPECT_THAT(Collect({mFolder.PathOf("f/linked folder"), mFolder.PathOf("f/.velmora-1-2"), mFolder.PathOf("f/fifo"),
-                         mFolder.PathOf("f/empty"), mFolder.PathOf("missing"), "", mFolder.PathOf("g/")}),
-                ElementsAre("f/linked folder/library", "f/.velmora-1-2"));
-    EXPECT_THAT(mRejected, ElementsAre("f/fifo", "f/empty", "missing", ""));
+    const std::pair<const char*, const char*> cases[] = {
+        {"/a/Gleispl\xC3\xA4ne", "Gleispl\x8Ane"},      {"/a/Gleispla\xCC\x88ne", "Gleispl\x8Ane"},
+        {"A\xCC\x8A\xC2\xB7o\xCC\x88", "\x81\xE1\x9A"}, {"/a/\xE2\x84\xA6", "\xBD"},
+        {"/a/Gleispl\x8Ane", "Gleispl\x8Ane"},          {"/a/\xD0\xB8\xCC\x86", "\xD0\xB9"},
+        {"/a/a\xCC\x88 \xE4", "a\xCC\x88 \xE4"},
+    };
+    for (const auto& [path, name] : cases) {
+        EXPECT_EQ(ULibraryFiles::GetLibraryName(path), name) << path;
+    }
+    const CLibraryFolder folder;
+    CRegistry registry;
+    registry.InitializeWithPaths({folder.Write("Gleispla\xCC\x88ne", LibraryOf("M", {"1"}))});
+    EXPECT_TRUE(registry.ContainsRailset("Gleispl\x8Ane"));
 }

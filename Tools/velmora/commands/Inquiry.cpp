@@ -100,7 +100,7 @@ CInquiry::eResult CInquiry::Ask(eVerb verb, const std::vector<std::string>& path
             answer.failure = *input.failure;
         } else {
             uint64_t ticket = 0;
-            mPool.Submit(mNextTicket++, {verb, {}}, std::move(input.document));
+            mPool.Submit(mNextTicket++, {verb, {}, {}, NameOfFile(input.path)}, std::move(input.document));
             if (mPool.Collect(ticket, answer) == CWorkerPool::eResult::kInterrupted) {
                 return eResult::kInterrupted;
             }

@@ -333,10 +333,11 @@ static int RunParts(const tPartsOptions& options)
     ask(eVerb::kParts, options.paths, [&list](const std::string&, const CReport& report) { AddLayout(list, report); });
     std::map<std::string, std::set<std::string>> articlesOf;
     ask(eVerb::kLibrary, LibraryFiles::Find(options.libraries),
-        [&articlesOf](const std::string& path, const CReport& report) {
-            std::set<std::string>& articles = articlesOf[NameOfFile(path)];
-            for (const CReport& article : report.GetList("articles")) {
-                articles.insert(article.GetText("number"));
+        [&articlesOf](const std::string&, const CReport& report) {
+            // Names may also be the same once the core has turned them into what layouts hold: the first counts then.
+            const auto [library, isFirst] = articlesOf.try_emplace(report.GetText("name"));
+            for (const CReport& article : isFirst ? report.GetList("articles") : std::vector<CReport>()) {
+                library->second.insert(article.GetText("number"));
             }
         });
     const std::string stock = FindStock(options, inquiry);
