@@ -133,16 +133,12 @@ bool CXMLDocument::Write(const char* path) const
     if (path == nullptr || (mTree == nullptr && !mParsed)) {
         return false;
     }
-    Platform::COutputFile file(path);
-    if (file.Get() == nullptr) {
+    std::string bytes;
+    if (!(mParsed ? UXMLFile::Format(*mParsed, bytes) : UXMLFile::Format(*mTree, bytes))) {
         return false;
     }
-    if (mParsed) {
-        UXMLFile::Write(*mParsed, file.Get());
-    } else {
-        UXMLFile::Write(*mTree, file.Get());
-    }
-    return file.Commit();
+    Platform::COutputFile file(path);
+    return file.Get() != nullptr && fwrite(bytes.data(), 1, bytes.size(), file.Get()) == bytes.size() && file.Commit();
 }
 
 bool CXMLDocument::Write(CFURLRef file) const

@@ -51,7 +51,8 @@ public:
     void Read(CFURLRef file);
     void Read(const FSRef& file);
 
-    /// Replaces a file by the document, in UTF-8. @return false when it was not written whole; an old file then stays
+    /// Replaces a file by the document, in UTF-8. @return false when it was not written whole, or would be beyond the
+    /// limits of UXMLFile; an old file then stays
     bool Write(const char* path) const;
     bool Write(CFURLRef file) const;
 

@@ -25,6 +25,8 @@ public:
     /// The key in Mac OS Roman, cut to `size` bytes with its zero; what that character set lacks comes as "?". A node
     /// that no subclass made leaves the buffer alone. @return the buffer
     char* GetKey(char* buffer, int size) const;
+    /// The key in UTF-8, whole; empty for a node that no subclass made.
+    std::string GetKeyInUtf8() const { return mNode ? mNode->text : std::string(); }
     /// Whether the key in Mac OS Roman, cut to kKeySize, is that text, byte for byte.
     bool VerifyKey(const char* key) const;
     /// Nodes with the same key are equal, whatever they are.

@@ -1,5 +1,6 @@
 #include "CXMLDocument/UXMLFile.h"
 
+#include "CheckError/ULog.h"
 #include "KVUStr/KVUStr.h"
 #include "Platform/Streams.h"
 
@@ -17,10 +18,17 @@ constexpr unsigned kParseFlags = pugi::parse_default | pugi::parse_comments | pu
 constexpr char kIndentation[] = "\t";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-bool HasTooManyMarks(const std::string& bytes)
+bool Refuse(const char* function)
 {
-    const auto isMark = [](char c) { return c == '<' || c == '='; };
-    return static_cast<size_t>(std::count_if(bytes.begin(), bytes.end(), isMark)) > UXMLFile::kMostMarks;
+    ULog::Warn("%s: XML files may have %zu bytes, %zu tags or nodes and %d levels", function, UXMLFile::kMostBytes,
+               UXMLFile::kMostMarks, UXMLFile::kDeepest);
+    return false;
+}
+
+bool IsWithinLimits(const std::string& bytes)
+{
+    return bytes.size() <= UXMLFile::kMostBytes &&
+           static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '<')) <= UXMLFile::kMostMarks;
 }
 
 /// What the parser lets pass: bytes that are not the encoding's.
@@ -45,9 +53,27 @@ bool HasOneRoot(const pugi::xml_document& document)
     return elements == 1;
 }
 
-class CDepthGuard : public pugi::xml_tree_walker {
+class CTreeGuard : public pugi::xml_tree_walker {
 public:
-    bool for_each(pugi::xml_node&) override { return depth() < UXMLFile::kDeepest; }
+    bool for_each(pugi::xml_node&) override { return depth() < UXMLFile::kDeepest && ++mNodes <= UXMLFile::kMostMarks; }
+
+private:
+    size_t mNodes = 0;
+};
+
+bool IsWithinLimits(pugi::xml_document& document)
+{
+    CTreeGuard guard;
+    return document.traverse(guard);
+}
+
+class CStringWriter : public pugi::xml_writer {
+public:
+    explicit CStringWriter(std::string& bytes) : mBytes(bytes) { mBytes.clear(); }
+    void write(const void* data, size_t size) override { mBytes.append(static_cast<const char*>(data), size); }
+
+private:
+    std::string& mBytes;
 };
 
 /// An escaped text as it comes back from the parser unchanged: other parsers and ours would make a line feed of a
@@ -110,25 +136,31 @@ bool UXMLFile::ReadBytes(const std::string& path, std::string& bytes)
 
 std::unique_ptr<pugi::xml_document> UXMLFile::Parse(const std::string& bytes)
 {
-    if (bytes.size() > kMostBytes || HasTooManyMarks(bytes)) {
+    static constexpr char kFunction[] = "static unique_ptr<xml_document> UXMLFile::Parse(const string &)";
+    if (!IsWithinLimits(bytes)) {
+        Refuse(kFunction);
         return nullptr;
     }
     auto document = std::make_unique<pugi::xml_document>();
     const pugi::xml_parse_result result = document->load_buffer(bytes.data(), bytes.size(), kParseFlags);
-    CDepthGuard guard;
-    if (!result || !IsWellEncoded(bytes, result.encoding) || !HasOneRoot(*document) || !document->traverse(guard)) {
+    if (!result || !IsWellEncoded(bytes, result.encoding) || !HasOneRoot(*document)) {
+        return nullptr;
+    }
+    if (!IsWithinLimits(*document)) {
+        Refuse(kFunction);
         return nullptr;
     }
     return document;
 }
 
-void UXMLFile::Write(const pugi::xml_document& document, FILE* file)
+bool UXMLFile::Format(const pugi::xml_document& document, std::string& bytes)
 {
-    pugi::xml_writer_file writer(file);
+    CStringWriter writer(bytes);
     document.save(writer, kIndentation, pugi::format_default, pugi::encoding_utf8);
+    return IsWithinLimits(bytes) || Refuse("static bool UXMLFile::Format(const xml_document &, string &)");
 }
 
-void UXMLFile::Write(const tXMLTree& tree, FILE* file)
+bool UXMLFile::Format(const tXMLTree& tree, std::string& bytes)
 {
     pugi::xml_document document;
     std::vector<std::pair<const tXMLTree*, pugi::xml_node>> pending = {{&tree, document}};
@@ -140,6 +172,12 @@ void UXMLFile::Write(const tXMLTree& tree, FILE* file)
             pending.emplace_back(child, Append(node, *child->node));
         }
     }
-    pugi::xml_writer_file writer(file);
-    document.save(writer, kIndentation, pugi::format_indent | pugi::format_no_escapes, pugi::encoding_utf8);
+    if (IsWithinLimits(document)) {
+        CStringWriter writer(bytes);
+        document.save(writer, kIndentation, pugi::format_indent | pugi::format_no_escapes, pugi::encoding_utf8);
+        if (IsWithinLimits(bytes)) {
+            return true;
+        }
+    }
+    return Refuse("static bool UXMLFile::Format(const tXMLTree &, string &)");
 }

@@ -4,7 +4,6 @@
 #include "CXMLDocument/XMLTree.h"
 
 #include <cstddef>
-#include <cstdio>
 #include <memory>
 #include <string>
 
@@ -18,13 +17,14 @@ class UXMLFile {
 public:
     UXMLFile() = delete;
 
-    // Far above any stock (four levels, eight marks and some 150 bytes an article), yet low enough that the nodes of
-    // the worst file need no more than about 200 MB.
+    // Far above any stock (four levels, eight marks, seven nodes and some 150 bytes an article), yet low enough that
+    // the nodes of the worst file need no more than some 500 MB. What Write would write beyond them it refuses, since
+    // nobody could read it.
 
     /// Bytes of a file.
-    static constexpr size_t kMostBytes = size_t{16} << 20;
-    /// Characters "<" and "=": no file has more tags and attributes than of these.
-    static constexpr size_t kMostMarks = 320000;
+    static constexpr size_t kMostBytes = size_t{32} << 20;
+    /// Characters "<", as well as elements and texts together.
+    static constexpr size_t kMostMarks = 900000;
     /// Elements within each other.
     static constexpr int kDeepest = 64;
 
@@ -32,12 +32,12 @@ public:
     static bool ReadBytes(const std::string& path, std::string& bytes);
 
     /// The file's nodes; texts of white space alone are left out, except at the level of the document.
-    /// @return null for what is not one element with comments and the like around it, for malformed UTF-8, and beyond
-    ///         the limits. UTF-16, UTF-32 and Latin-1 are told by their byte order mark or declaration.
+    /// @return null for what is not one element with comments and the like around it, for malformed UTF-8, and, with a
+    ///         warning, beyond the limits. UTF-16, UTF-32 and Latin-1 are told by their byte order mark or declaration.
     static std::unique_ptr<pugi::xml_document> Parse(const std::string& bytes);
 
-    /// Both write UTF-8, an element a line. Failures show in the stream's error state.
-    static void Write(const pugi::xml_document& document, FILE* file);
+    /// Both give the bytes of a file in UTF-8, an element a line. @return false, with a warning, beyond the limits
+    static bool Format(const pugi::xml_document& document, std::string& bytes);
     /// @param tree  a document; its texts are written as they are, already escaped
-    static void Write(const tXMLTree& tree, FILE* file);
+    static bool Format(const tXMLTree& tree, std::string& bytes);
 };

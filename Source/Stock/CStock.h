@@ -31,8 +31,9 @@ public:
     /// @return as LoadFromFile; false without a name, which leaves the stock alone
     bool Load(const char* fileName);
     /// Replaces the stock by what a file holds; every article is looked up in its library, which CRailsetFolder must
-    /// know. Articles of unknown libraries, of libraries that do not load, and those that their library lacks, are left
-    /// out with a message. Counts of an article that comes several times add up.
+    /// know. Articles of unknown libraries, of libraries that do not load, those that their library lacks, and those
+    /// whose names are outside Mac OS Roman, are left out with a message. Counts of an article that comes several times
+    /// add up.
     /// @param path  as for Platform::CInputFile
     /// @return false when the file cannot be read, is no stock file or holds nothing, and at the first entry that is no
     ///         proper one: those before it stay
@@ -44,14 +45,17 @@ public:
         kBadEntry ///< an entry lacks its product number or its library; those before it were handed over
     };
     /// Calls `use(library, product number, count)` for each entry of a stock file, whether or not its library is known.
-    /// What is wrong is reported with a warning.
+    /// Names come in UTF-8, so that those outside Mac OS Roman can be told from each other. What is wrong is reported
+    /// with a warning.
     static eFileState ForEachEntry(const char* path,
                                    const std::function<void(const std::string&, const std::string&, int)>& use);
     /// Writes the stock file. @return false without a name, and as SaveToFile
     bool Save();
     /// Takes over the name and saves.
     bool SaveAs(const char* fileName);
-    /// Replaces a file by the stock. @return false when it was not written whole; an old file then stays
+    /// Replaces a file by the stock. Entries without product number or library are left out with a warning.
+    /// @return false when it was not written whole, or would be beyond what LoadFromFile reads (see UXMLFile); an old
+    ///         file then stays
     bool SaveToFile(const char* path) const;
 
     /// A new entry, which the caller owns, for an article of a library, which is read from disk for it.
@@ -80,8 +84,8 @@ private:
     static std::string KeyOf(const CCompositeGeometry* element);
     /// Makes the stock file's name an absolute path. Where there is no folder for it the name stays.
     void LocalFileToAbsolutePath();
-    /// Adds what an entry of a stock file stands for.
-    void LoadItem(const std::string& libraryName, const std::string& productNumber, int count);
+    /// Adds what an entry of a stock file, with its names in UTF-8, stands for.
+    void LoadItem(const std::string& library, const std::string& product, int count);
 
     std::string mFileName; ///< of the stock file
     std::map<std::string, CCountedCIG*> mItems;

@@ -5,6 +5,7 @@
 #include "CXMLDocument/UXML.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
+#include "Platform/MacRoman.h"
 #include "Stock/CStock.h"
 #include "TrackLibraries/CRailsetFolder.h"
 
@@ -21,18 +22,18 @@ constexpr char kLibrary[] = "Railset";
 constexpr char kCount[] = "Count";
 
 constexpr char kLoadFunction[] = "bool CStock::LoadFromFile(const char *)";
-/// Bytes for an escaped name: a library's 127 characters may each need the six of an entity. Longer texts, of which the
-/// file may hold any, are cut and name nothing then.
-constexpr int kValueSize = 1024;
+constexpr char kSaveFunction[] = "bool CStock::SaveToFile(const char *)";
 
-/// The plain text of the element with that key below an item. @return false where it is missing or empty
+/// The plain text, in UTF-8, of the element with that key below an item. @return false where it is missing or empty
 bool ReadName(const CXMLTreeNode* item, const char* key, std::string& name)
 {
-    char value[kValueSize] = "";
-    if (!UXML::GetValueAsStringForElementChildNode(item, key, value, sizeof value)) {
+    const auto* const element = dynamic_cast<const CXMLElementNode*>(UXML::GetChildNodeWithKey(item, key));
+    const CXMLTextNode* const text = element != nullptr ? UXML::GetTextChildNodeOfElement(element) : nullptr;
+    if (text == nullptr) {
         return false;
     }
-    name = UXML::Unescape(value);
+    // Not the value in Mac OS Roman, in which different names may be the same.
+    name = UXML::Unescape(text->GetKeyInUtf8().c_str());
     return !name.empty();
 }
 
@@ -40,7 +41,7 @@ bool ReadName(const CXMLTreeNode* item, const char* key, std::string& name)
 CXMLElementNode* AddElementNode(CXMLDocument& document, CXMLNode* parent, const char* name)
 {
     CXMLElementNode* const element = UXML::CreateCXMLElementNodeForParentNode(&document, parent, name);
-    CErr::CheckNull(element, "bool CStock::SaveToFile(const char *)", "Failed to create CXMLElementNode instance");
+    CErr::CheckNull(element, kSaveFunction, "Failed to create CXMLElementNode instance");
     return element;
 }
 
@@ -94,8 +95,15 @@ CStock::eFileState CStock::ForEachEntry(const char* path,
     return eFileState::kWhole;
 }
 
-void CStock::LoadItem(const std::string& libraryName, const std::string& productNumber, int count)
+void CStock::LoadItem(const std::string& library, const std::string& product, int count)
 {
+    std::string libraryName;
+    std::string productNumber;
+    if (!Platform::Utf8ToMacRoman(library, libraryName) || !Platform::Utf8ToMacRoman(product, productNumber)) {
+        ULog::Warn("%s: Skipping element '%s' of library '%s', whose names have characters that no article has",
+                   kLoadFunction, product.c_str(), library.c_str());
+        return;
+    }
     if (!CRailsetFolder::Instance()->ContainsRailset(libraryName)) {
         ULog::Info("%s: Skipping element due to unknown library \"%s\"", kLoadFunction, libraryName.c_str());
         return;
@@ -112,8 +120,12 @@ bool CStock::SaveToFile(const char* path) const
     CXMLElementNode* const root = AddElementNode(document, document.GetNodeByKey(CXMLDocument::kRootID), kRoot);
     BOOST_FOREACH(const auto& entry, mItems) {
         const CCountedCIG* const element = entry.second;
-        CErr::CheckNull(element, "bool CStock::SaveToFile(const char *)",
-                        "Failed to retrieve stock element from iterator");
+        CErr::CheckNull(element, kSaveFunction, "Failed to retrieve stock element from iterator");
+        if (*element->GetName() == '\0' || *element->GetRailSetName() == '\0') { // it would end the reading of the file
+            ULog::Warn("%s: Leaving out element '%s' of library '%s', which lacks a name", kSaveFunction,
+                       element->GetName(), element->GetRailSetName());
+            continue;
+        }
         CXMLElementNode* const item = AddElementNode(document, root, kItem);
         AddValue(document, item, kProductNumber,
                  std::make_unique<CXMLTextNode>(element->GetName(), kCFStringEncodingMacRoman));

@@ -76,7 +76,7 @@ bool LooksLikeXML(const std::vector<unsigned char>& bytes)
 
 /// An entry of a stock file as it stands there, whether or not its library is known.
 struct tStockEntry {
-    std::string library;
+    std::string library; ///< UTF-8, as is the number
     std::string productNumber;
     int count;
 };
@@ -328,9 +328,7 @@ tAnswer AnswerStock(const std::string& path)
     }
     tJSON items = tJSON::array();
     for (const tStockEntry& entry : entries) {
-        items.push_back({{"library", Text(entry.library.c_str())},
-                         {"number", Text(entry.productNumber.c_str())},
-                         {"count", entry.count}});
+        items.push_back({{"library", entry.library}, {"number", entry.productNumber}, {"count", entry.count}});
     }
     return Report(eVerb::kStock, {{"items", items}});
 }

@@ -37,6 +37,8 @@ TEST_F(CStockFile, EntriesAreReadUpToTheFirstThatIsNone)
     const std::string a1 = Item("A1", "Alpha", "1");
     const std::string a2 = Item("A2", "Alpha", "5");
     const std::string beta = "<StockItem><Extra><Railset>Beta</Railset></Extra><Railset>Alpha</Railset>";
+    const std::string outside =
+        "Skipping element 'A\xE6\x97\xA5' of library 'Alpha', whose names have characters that no article has";
     const std::string noArticle = "Failed to locate stock item '";
     const struct {
         std::string items;
@@ -61,7 +63,9 @@ TEST_F(CStockFile, EntriesAreReadUpToTheFirstThatIsNone)
         {Item("B1", "Broken", "1") + a2, "true Alpha/A2/5",
          "Failed to load library 'Broken' for stock item with product number B1 (3)."},
         {Item("A9&lt;", "Alpha", "1") + a2, "true Alpha/A2/5", noArticle + "A9<' in library Alpha."},
-        {Item("A\xE6\x97\xA5", "Alpha", "1") + a2, "true Alpha/A2/5", noArticle + "A?' in library Alpha."},
+        {Item("A\xE6\x97\xA5", "Alpha", "1") + a2, "true Alpha/A2/5", outside},
+        {Item("\xC3\x8A\xC3\xB3\xE2\x80\xA2", "Alpha", "1") + a2, "true Alpha/A2/5",
+         noArticle + "\xE6\x97\xA5' in library Alpha."},
         {Item(std::string(500, 'x'), "Alpha", "1") + a2, "true Alpha/A2/5",
          noArticle + std::string(500, 'x') + "' in library Alpha."},
     };
@@ -73,7 +77,7 @@ TEST_F(CStockFile, EntriesAreReadUpToTheFirstThatIsNone)
             outcome += " " + entry;
         }
         EXPECT_EQ(outcome, c.outcome);
-        const bool isInfo = c.message.starts_with("Skipping");
+        const bool isInfo = c.message.starts_with("Skipping element due");
         const std::string function = c.message.starts_with("Failed") ? kCreate : kLoad;
         const auto message = Pair(isInfo ? eReportLevel::kInfo : eReportLevel::kWarning, function + c.message);
         if (c.message.empty()) {
@@ -154,6 +158,40 @@ TEST_F(CStockFile, EveryNameComesBack)
         EXPECT_EQ(Entries(mStock), Entries(original));
     }
     EXPECT_THAT(reports.mMessages, IsEmpty());
+}
+
+TEST_F(CStockFile, WhatIsSavedIsReadAndWhatCouldNotBeReadIsNotSaved)
+{
+    constexpr int kArticles = 100000;
+    CStock large;
+    CCompositeGeometry article;
+    article.SetRailSetName(std::string(9, '=').c_str());
+    const auto grow = [&](int first, int end) {
+        for (int i = first; i < end; ++i) {
+            article.SetName((std::to_string(i) + std::string(9, '=')).c_str());
+            ASSERT_EQ(large.AddElement(new CCountedCIG(&article, i)), 1);
+        }
+    };
+    grow(0, kArticles);
+    article.SetName("");
+    ASSERT_EQ(large.AddElement(new CCountedCIG(&article, 1)), 1);
+    const std::string path = TestPath("Large.xml");
+    const CReports reports;
+    ASSERT_TRUE(large.SaveToFile(path.c_str()));
+    EXPECT_THAT(reports.mMessages,
+                ElementsAre(Pair(eReportLevel::kWarning,
+                                 "bool CStock::SaveToFile(const char *): Leaving out element '' of library '" +
+                                     std::string(9, '=') + "', which lacks a name")));
+    int64_t sum = 0;
+    const auto add = [&sum](const std::string&, const std::string&, int count) { sum += count; };
+    EXPECT_EQ(CStock::ForEachEntry(path.c_str(), add), CStock::eFileState::kWhole);
+    EXPECT_EQ(sum, int64_t{kArticles} * (kArticles - 1) / 2);
+
+    const auto size = std::filesystem::file_size(path);
+    grow(kArticles, kArticles + 15000);
+    EXPECT_FALSE(large.SaveToFile(path.c_str())) << "larger than what is read";
+    EXPECT_TRUE(reports.mMessages.back().second.starts_with("static bool UXMLFile::Format")) << "and that is said";
+    EXPECT_EQ(std::filesystem::file_size(path), size) << "the old file stays";
 }
 
 TEST_F(CStockFile, CutOrChangedFilesNeitherCrashNorMakeThingsUp)
