@@ -1,11 +1,11 @@
 #include "KVUPrefsValue/KVUPrefsValue.h"
+#include "KVUStr/KVUStr.h"
 #include "Platform/Released.h"
 #include "Preferences/CVLPreferences.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -70,10 +70,10 @@ std::string Stored(const std::string& key)
     if (CFGetTypeID(value.get()) == CFBooleanGetTypeID()) {
         return CFBooleanGetValue(static_cast<CFBooleanRef>(value.get())) ? "true" : "false";
     }
+    std::string text;
     if (CFGetTypeID(value.get()) == CFStringGetTypeID()) {
-        char text[1024] = "?";
-        CFStringGetCString(static_cast<CFStringRef>(value.get()), text, sizeof text, kCFStringEncodingUTF8);
-        return std::string("'") + text + "'";
+        KVUStr::GetText(static_cast<CFStringRef>(value.get()), kCFStringEncodingUTF8, text);
+        return "'" + text + "'";
     }
     int number = -1;
     CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberSInt32Type, &number);
@@ -95,23 +95,14 @@ protected:
 };
 } // namespace
 
-TEST_F(CVLPreferencesStore, DefaultsAreReadFromNothingAndSaved)
+TEST_F(CVLPreferencesStore, EveryValueIsSavedAndComesBackUnderItsKey)
 {
-    const CVLPreferences preferences;
-    EXPECT_STREQ(preferences.mStockFileName, "Stock.xml");
+    const CVLPreferences defaults;
     EXPECT_EQ(Stored("VLUnits"), "") << "reading writes nothing";
-    preferences.Save();
-    for (const auto& [key, value] : Defaults()) {
-        EXPECT_EQ(Stored(key), value) << key;
-    }
-    EXPECT_TRUE(std::filesystem::exists(std::string(getenv("XDG_CONFIG_HOME")) + "/velmora/com.velmora.Velmora.plist"));
-    EXPECT_EQ(CVLPreferences::Instance(), CVLPreferences::Instance());
-}
-
-TEST_F(CVLPreferencesStore, EveryOtherValueComesBackUnderItsKey)
-{
+    defaults.Save();
     tStored changed = Defaults();
     for (auto& [key, value] : changed) {
+        EXPECT_EQ(Stored(key), value) << key;
         if (value == "true" || value == "false") {
             value = value == "true" ? "false" : "true";
         } else {
@@ -119,6 +110,7 @@ TEST_F(CVLPreferencesStore, EveryOtherValueComesBackUnderItsKey)
         }
         Store(key, value);
     }
+    EXPECT_TRUE(std::filesystem::exists(std::string(getenv("XDG_CONFIG_HOME")) + "/velmora/com.velmora.Velmora.plist"));
     CVLPreferences preferences;
     EXPECT_STREQ(preferences.mDefaultLibraryName, "\x8AVLDefaultRSName");
     EXPECT_EQ(preferences.mUnits, -998) << "ranges are the business of those who use a value";
@@ -156,7 +148,6 @@ TEST(KVUPrefsValue, CharactersAndRawBytes)
     const CFStringRef application = CFSTR("com.velmora.test");
     char character = '#';
     EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, character));
-    EXPECT_EQ(character, '#');
     KVUPrefsValue::WriteValue(key, application, 0x142);
     EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, character));
     EXPECT_EQ(character, 'B') << "the low byte";
@@ -164,21 +155,16 @@ TEST(KVUPrefsValue, CharactersAndRawBytes)
     EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, character));
     EXPECT_EQ(character, 'A');
 
-    const unsigned char bytes[] = {0, 1, 255, 0, 7};
-    unsigned char read[6];
-    memset(read, '#', sizeof read);
-    EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, read, sizeof read)) << "a number is no data";
-    KVUPrefsValue::WriteValue(key, application, bytes, sizeof bytes);
-    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read, 3));
-    EXPECT_EQ(memcmp(read, bytes, 3), 0);
-    EXPECT_EQ(read[3], '#') << "cut to the capacity";
-    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read, sizeof read));
-    EXPECT_EQ(memcmp(read, bytes, 5), 0);
-
-    memset(read, '#', sizeof read);
-    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, read)) << "without a capacity: all bytes";
-    EXPECT_EQ(memcmp(read, bytes, 5), 0);
-    EXPECT_EQ(read[5], '#');
+    const std::string bytes("\0\1\xFF\0\7", 5);
+    std::string read(6, '#');
+    EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, static_cast<void*>(read.data()), 6))
+        << "a number is no data";
+    KVUPrefsValue::WriteValue(key, application, bytes.data(), bytes.size());
+    void* const target = read.data(); // as characters it would be a text
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, target, 3));
+    EXPECT_EQ(read, bytes.substr(0, 3) + "###") << "cut to the capacity";
+    EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, target)) << "all of them";
+    EXPECT_EQ(read, bytes + "#");
 
     char text[8] = "old";
     EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, text, sizeof text)) << "data is no text";

@@ -1,13 +1,9 @@
 #include "Reports.h"
 #include "UnitLength/URailConstants.h"
 #include "UnitLength/UUnits.h"
-
-#include <gtest/gtest.h>
+#include "support/Fatal.h"
 
 #include <climits>
-#include <cstring>
-
-using testing::ExitedWithCode;
 
 TEST(URailConstants, Scales)
 {
@@ -34,9 +30,8 @@ TEST(URailConstants, Scales)
         EXPECT_EQ(URailConstants::GetDefaultRailWidth(c.code), c.railWidth);
         EXPECT_EQ(URailConstants::NEM102_GetMaxHeight(c.code), c.height);
         EXPECT_EQ(URailConstants::NEM102_GetMaxWidth(c.code), c.width);
-        char text[URailConstants::kTextSize];
-        EXPECT_STREQ(URailConstants::GetModelScaleTxt(text, c.code, true), c.name);
-        EXPECT_STREQ(URailConstants::GetModelScaleTxt(text, c.code, false), c.longText);
+        EXPECT_EQ(URailConstants::GetModelScaleTxt(c.code, true), c.name);
+        EXPECT_EQ(URailConstants::GetModelScaleTxt(c.code, false), c.longText);
     }
 }
 
@@ -46,39 +41,30 @@ TEST(UUnits, ConversionsAndTexts)
         int unit;
         double millimetres;
         const char* longText;
-        bool decimal;
         const char* of16_5;
         const char* of1000;
-    } cases[] = {{1, 1.0, "mm", true, "16.5 mm", "1000 mm"},
-                 {2, 10.0, "cm", true, "1.6 cm", "100 cm"},
-                 {3, 25.4, "Inch", false, "0.65 \"", "39 \""},
-                 {4, 304.8, "Feet", false, "0.05 Ft", "3 Ft"}};
+    } cases[] = {{1, 1.0, "mm", "16.5 mm", "1000 mm"},
+                 {2, 10.0, "cm", "1.6 cm", "100 cm"},
+                 {3, 25.4, "Inch", "0.65 \"", "39 \""},
+                 {4, 304.8, "Feet", "0.05 Ft", "3 Ft"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.unit);
         EXPECT_DOUBLE_EQ(UUnits::MM2Unit(c.unit, c.millimetres), 1.0);
         EXPECT_DOUBLE_EQ(UUnits::Unit2MM(c.unit, 1.0), c.millimetres);
         EXPECT_STREQ(UUnits::GetUnitStr(c.unit, false), c.longText);
-        EXPECT_EQ(UUnits::IsDecBased(c.unit), c.decimal);
+        EXPECT_EQ(UUnits::IsDecBased(c.unit), c.unit <= 2);
         const char* const exact = UUnits::BuildMeasureUnitString(c.unit, 16.5);
         EXPECT_STREQ(UUnits::BuildMeasureUnitString(c.unit, 1000), c.of1000);
         EXPECT_STREQ(exact, c.of16_5) << "kept beside the text of the other form";
     }
-}
-
-TEST(UUnits, ALengthBeyondTheBufferIsCutAndReported)
-{
-    CReports reports;
+    const CReports reports;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(strlen(UUnits::BuildMeasureUnitString(1, 1e200)), 127u);
+    EXPECT_EQ(std::string(UUnits::BuildMeasureUnitString(1, 1e200)).size(), 127u) << "cut and reported";
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               " Function    :  static const char *UUnits::BuildMeasureUnitString(int, double)\n Error Code  :  205\n"
               " Description :  Input parameter too long!\n\n"); // 200 digits and ".0 mm"
-}
-
-TEST(UUnits, AnUnknownUnitIsFatal)
-{
-    EXPECT_EXIT(UUnits::MM2Unit(5, 1.0), ExitedWithCode(0),
-                "static double UUnits::MM2Unit\\(int, double\\)\n Error Code  :  -1\n"
-                " Description :  Unsupported Measure Unit!");
-    EXPECT_EXIT(UUnits::GetUnitStr(0, true), ExitedWithCode(0), "UUnits::GetUnitStr.*Unsupported Measure Unit!");
+    ExpectFatal({{"static double UUnits::MM2Unit\\(int, double\\)\n Error Code  :  -1\n"
+                  " Description :  Unsupported Measure Unit!",
+                  [] { UUnits::MM2Unit(5, 1.0); }},
+                 {"UUnits::GetUnitStr.*Unsupported Measure Unit!", [] { UUnits::GetUnitStr(0, true); }}});
 }

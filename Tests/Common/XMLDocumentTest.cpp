@@ -73,12 +73,10 @@ TEST(CXMLNode, TextsAreEscapedOnceAndNumbersHaveTheirDecimals)
 {
     const CXMLTextNode text("a<b & 'c' > \"d\"", kRoman);
     EXPECT_EQ(Value(text), "a&lt;b &amp; &apos;c&apos; &gt; \"d\"");
-    EXPECT_EQ(UXML::Unescape(Value(text).c_str()), "a<b & 'c' > \"d\"");
     EXPECT_EQ(UXML::Unescape("&amp;lt; &amp;amp; &amp &quot; &"), "&lt; &amp; &amp &quot; &");
     const std::string marks(1000, '\'');
     EXPECT_EQ(UXML::Unescape(Value(CXMLTextNode(marks.c_str(), kRoman), 8000).c_str()), marks);
 
-    EXPECT_EQ(Value(CXMLTextNode(42)), "42");
     EXPECT_EQ(Value(CXMLTextNode(-2147483647 - 1)), "-2147483648");
     EXPECT_EQ(Value(CXMLTextNode(3.14159265)), "3.14159");
     EXPECT_EQ(Value(CXMLTextNode(3.14159265, 2)), "3.14");
@@ -86,12 +84,8 @@ TEST(CXMLNode, TextsAreEscapedOnceAndNumbersHaveTheirDecimals)
 
     EXPECT_EQ(CXMLTextNode("12 pieces", kRoman).GetValueAsInteger(), 12);
     EXPECT_EQ(CXMLTextNode("pieces", kRoman).GetValueAsInteger(), 0);
-    EXPECT_EQ(CXMLTextNode("", kRoman).GetValueAsInteger(), 0);
     EXPECT_EQ(CXMLTextNode("99999999999999999999", kRoman).GetValueAsInteger(), 2147483647);
     EXPECT_EQ(CXMLTextNode("-2.5mm", kRoman).GetValueAsDouble(), -2.5);
-    EXPECT_EQ(CXMLTextNode("", kRoman).GetValueAsDouble(), 0.0);
-    EXPECT_EQ(CXMLProcInstNode().GetValueAsInteger(), 0);
-    EXPECT_EQ(Value(CXMLProcInstNode(), 1)[0], '#') << "the declaration writes no value";
 }
 
 TEST(CXMLNode, KeysAreMacOSRoman)
@@ -107,15 +101,11 @@ TEST(CXMLNode, KeysAreMacOSRoman)
                                "e"));
     EXPECT_FALSE(utf8.VerifyKey("gr\x9A\xA7"
                                 "e"));
-    EXPECT_FALSE(utf8.VerifyKey(nullptr));
-    EXPECT_FALSE(roman == CXMLElementNode("Gr", kRoman));
     EXPECT_EQ(CFStringCompare(utf8.GetKey(), roman.GetKey(), 0), kCFCompareEqualTo);
-    EXPECT_EQ(CFStringGetLength(utf8.GetKey()), 5);
 
     char key[5];
     EXPECT_STREQ(utf8.GetKey(key, sizeof key), "Gr\x9A\xA7") << "cut";
     EXPECT_EQ(Value(CXMLTextNode("a\xE6\x97\xA5\xF0\x9F\x9A\x82z", kUtf8)), "a??z") << "outside the character set";
-    EXPECT_TRUE(CXMLElementNode(std::string(300, 'n').c_str(), kUtf8).VerifyKey(std::string(255, 'n').c_str()));
     EXPECT_EXIT(CXMLTextNode("\xFF", kUtf8), ExitedWithCode(0), "CFStringCreateWithCString\\(\\) failed");
 }
 
@@ -136,19 +126,14 @@ TEST(CXMLDocument, NodesAreAddedByParentAndByKey)
     EXPECT_EQ(UXML::CreateCXMLElementNodeForParentNode(&document, second, ""), nullptr);
 
     EXPECT_EQ(document.GetNodeByKey("list"), list) << "the one added first";
-    EXPECT_EQ(document.GetNodeByKey("lis"), nullptr);
     std::vector<CXMLNode*> nodes = {list};
     document.GetNodesWithKey("item", nodes);
     EXPECT_THAT(nodes, ElementsAre(list, first, second));
-    EXPECT_EQ(list->GetChildren(nodes), 2);
-    EXPECT_THAT(nodes, ElementsAre(first, second));
-    EXPECT_EQ(list->GetChildForKey("item"), first);
     EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n<list>\n\t<item>list</item>\n\t<item />\n</list>\n");
 
     CXMLTextNode text("text", kRoman);
     EXPECT_EXIT(document.AddNode(&text, list), ExitedWithCode(0), "Parent node not a CXMLTreeNode");
     document.DeleteTree();
-    EXPECT_EQ(document.GetNodeByKey("list"), nullptr);
     EXPECT_FALSE(document.Write(TestPath("deleted.xml").c_str()));
 }
 
@@ -203,9 +188,7 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
     EXPECT_NE(OutlineOf(deep + deepEnd), "'xml'") << "the limit itself";
     const std::pair<const char*, std::string> cases[] = {
         {"empty", ""},
-        {"white space", " \n"},
         {"no XML", std::string("RSet\0\0\0\2", 8)},
-        {"JSON", "{\"a\": [1, \"<b/>\"]}"},
         {"no element", "<?xml version=\"1.0\"?><!-- c -->"},
         {"two roots", "<a/><b/>"},
         {"text in front", "x<a/>"},
@@ -217,7 +200,6 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
         {"a zero byte", std::string("<a>x\0</a>", 9) + "<a/>"},
         {"one level too deep", "<a>" + deep + deepEnd + "</a>"},
         {"deep", Repeated("<a>", 150000) + Repeated("</a>", 150000)},
-        {"deep and unclosed", Repeated("<a>", 300000)},
         {"many elements", "<a>" + Repeated("<b/>", UXMLFile::kMostMarks) + "</a>"},
         {"many nodes", "<a>" + Repeated("<b/>x", UXMLFile::kMostMarks / 2) + "</a>"},
         {"large", "<a><!--" + std::string(UXMLFile::kMostBytes, ' ') + "--></a>"},
@@ -248,7 +230,6 @@ TEST(CXMLDocument, EntitiesAndDeclarationsOfTypesAreNotFollowed)
     }
     EXPECT_EQ(OutlineOf(bomb + "]><a>&e39;</a>"), "'xml' a('&amp;e39;')");
     EXPECT_EQ(OutlineOf("<!DOCTYPE a [<!ENTITY x SYSTEM \"file://" + secret + "\">]><a>&x;</a>"), "'xml' a('&amp;x;')");
-    EXPECT_EQ(OutlineOf("<!DOCTYPE a SYSTEM \"" + secret + "\"><a>&#0;</a>"), "'xml' a()");
     EXPECT_EQ(OutlineOf("<a><b>&#xD83D;</b><b>&#x110000;</b><b>&#xFFFFFFFFFF;</b><b>&#xE4;</b></a>"),
               "'xml' a(b() b() b() b('\x8A'))")
         << "references to what is no character";
@@ -268,14 +249,9 @@ TEST(UXML, ValuesOfElements)
     EXPECT_STREQ(buffer, "-2.5");
     EXPECT_EQ(UXML::GetValueAsDoubleForElementChildNode(values, "size"), -2.5);
     EXPECT_EQ(UXML::GetValueAsIntegerForElementChildNode(values, "size"), -2);
-    std::vector<CXMLNode*> numbers;
-    document.GetNodesWithKey("nr", numbers);
-    ASSERT_EQ(numbers.size(), 3u);
-    EXPECT_EQ(UXML::GetValueAsIntegerFromTextChildNode(static_cast<CXMLElementNode*>(numbers[1])), 12);
     for (const char* key : {"none", "late", "missing"}) {
         EXPECT_FALSE(UXML::GetValueAsStringForElementChildNode(values, key, buffer, sizeof buffer)) << key;
         EXPECT_EQ(UXML::GetValueAsIntegerForElementChildNode(values, key), 0) << key;
-        EXPECT_EQ(UXML::GetValueAsDoubleForElementChildNode(values, key), 0.0) << key;
     }
     EXPECT_STREQ(buffer, "-2.5") << "left alone";
 }
