@@ -1,6 +1,7 @@
 """Plants faults in a copy of the tree and runs the tests against each. See scripts/plant-faults."""
 import argparse
 import concurrent.futures
+import json
 import os
 import pathlib
 import re
@@ -9,14 +10,14 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import xml.etree.ElementTree as ElementTree
 
-HERE = pathlib.Path(__file__).parent
-TREE = HERE.parent.parent
+TREE = pathlib.Path(__file__).parent.parent.parent
 FOLDERS = ("Importer", "Common", "Source", "Platform", "Tools")
 SUFFIXES = (".cpp", ".h", ".mm")
 VARIABLE = "VELMORA_PLANTED_FAULT"
-QUICK = 0.5  # seconds; longer tests run one by one, and only where no quick one fails
+QUICK = 0.5  # seconds; longer tests run only where no quick one fails
 
 # In front of every file with a fault. The number is read once a process. Warnings are switched off here, not for the whole
 # build, so that the objects of files without faults can come from a compiler cache.
@@ -77,9 +78,9 @@ class Fault:
         return "(PlantedFault(%d) ? (%s) : (%s))" % (self.number, self.replacement, original)
 
 
-def read_faults():
+def read_faults(tree):
     faults = []
-    lines = [line for line in (HERE / "planted.txt").read_text(encoding="utf-8").splitlines()
+    lines = [line for line in (tree / "Tests/faults/planted.txt").read_text(encoding="utf-8").splitlines()
              if line and not line.startswith("#")]
     at = 0
     while at < len(lines):
@@ -173,14 +174,16 @@ def programs(folder):
     return {name: found[name] for name in names + [name for name in LAST if name in found]}
 
 
-def run(path, folder, number, seconds, only):
-    """Runs some tests of a program, all for None, with a fault on.
+def run(path, folder, number, seconds, only, first=False):
+    """Runs some tests of a program, all for None, with a fault on; ends after the first failure if that is asked for.
     @return the failed tests, where a process that does not end or dies counts as one, and the seconds of each test"""
     with tempfile.TemporaryDirectory() as private:
         os.chmod(private, 0o755)  # some tests act as another user
         report = pathlib.Path(private) / "report.xml"
         environment = dict(os.environ, **{VARIABLE: str(number), "TMPDIR": private})
         arguments = [str(path), "--gtest_output=xml:%s" % report]
+        if first:
+            arguments.append("--gtest_fail_fast")
         if only is not None:
             arguments.append("--gtest_filter=" + ":".join(only))
         process = subprocess.Popen(arguments, cwd=folder, env=environment, stdin=subprocess.DEVNULL,
@@ -233,9 +236,12 @@ def main():
     parser.add_argument("--write", help="where the table goes, besides standard output")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--look", action="store_true", help="build and run nothing")
+    parser.add_argument("--built", action="store_true", help="run what --build holds from an earlier run")
     parser.add_argument("arguments", nargs="*", help="for cmake")
     options = parser.parse_args()
-    faults = read_faults()
+    if options.built:
+        return run_all(read_faults(options.build), options.build.resolve() / "build", options)
+    faults = read_faults(TREE)
     files, places, moved = find_places(faults)
     for line in moved:
         print(line)
@@ -251,25 +257,36 @@ def main():
 
 
 class Program:
-    """A test program and what its tests take without a fault. Those that fail then are left out."""
+    """A test program and what its tests take without a fault, found out when it is first needed and kept in the build
+    folder. Tests that fail without a fault are left out."""
 
     def __init__(self, path, folder):
         self.path = path
         self.folder = folder
-        failed, times = run(path, folder, 0, 3600, None)
-        for test in failed:
-            print("fails without a fault, left out: %s" % test, file=sys.stderr)
-        quick = [test for test, seconds in times.items() if test not in failed and seconds <= QUICK]
-        slow = sorted((test for test, seconds in times.items() if test not in failed and seconds > QUICK), key=times.get)
-        self.stages = [(tests, sum(times[test] for test in tests)) for tests in [quick] + [[test] for test in slow] if tests]
+        self.lock = threading.Lock()
+        self.times = None
 
-    def catch(self, fault):
-        """The tests that fail with a fault: all the quick ones, or else the first of the slow ones."""
-        for tests, seconds in self.stages:
-            failed = run(self.path, self.folder, fault.number, 5 * seconds + 60, tests)[0]
-            if failed:
-                return failed
-        return []
+    def measure(self):
+        with self.lock:
+            kept = self.folder / ("times-%s.json" % self.path.name)
+            if self.times is None and kept.exists() and kept.stat().st_mtime > self.path.stat().st_mtime:
+                self.times = json.loads(kept.read_text())
+            if self.times is None:
+                failed, times = run(self.path, self.folder, 0, 3600, None)
+                for test in failed:
+                    print("fails without a fault, left out: %s" % test, file=sys.stderr)
+                self.times = {test: times[test] for test in times if test not in failed}
+                kept.write_text(json.dumps(self.times))
+        return self.times
+
+    def catch(self, fault, slow):
+        """The tests that fail with a fault: all the quick ones, or the first of the slow ones."""
+        times = self.measure()
+        tests = [test for test, seconds in times.items() if (seconds > QUICK) == slow]
+        if not tests:
+            return []
+        seconds = 5 * sum(times[test] for test in tests) + 60
+        return run(self.path, self.folder, fault.number, seconds, tests, slow)[0]
 
 
 def run_all(faults, folder, options):
@@ -277,29 +294,25 @@ def run_all(faults, folder, options):
     faults = [fault for fault in faults if not wanted or fault.name in wanted]
     known = {name: Program(path, folder) for name, path in programs(folder).items()}
     caught = {}
-
-    def first_pass(fault):
-        return fault, any_program(fault, [name for name in first_choice(fault.path) if name in known])
-
-    def second_pass(fault):
-        first = first_choice(fault.path)
-        return fault, any_program(fault, [name for name in known if name not in first])
-
-    def any_program(fault, names):
-        for name in names:
-            failed = known[name].catch(fault)
-            if failed:
-                return failed  # a fault that one program catches is caught
-        return []
-
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for a_pass in (first_pass, second_pass):
-            left = [fault for fault in faults if not caught.get(fault.name)]
-            for fault, failed in pool.map(a_pass, left):
+        for likely, slow in ((True, False), (True, True), (False, False), (False, True)):
+            def look(fault, likely=likely, slow=slow):
+                first = first_choice(fault.path)
+                for name in first if likely else [name for name in known if name not in first]:
+                    failed = known[name].catch(fault, slow) if name in known else []
+                    if failed:
+                        return fault, failed  # a fault that one program catches is caught
+                return fault, []
+
+            tasks = [pool.submit(look, fault) for fault in faults if not caught.get(fault.name)]
+            for task in concurrent.futures.as_completed(tasks):
+                fault, failed = task.result()
                 caught[fault.name] = failed
-                print("%s\t%s" % (fault.name, ", ".join(failed[:3]) or "not yet"), flush=True)
+                if failed:
+                    print("%s\t%s" % (fault.name, ", ".join(failed[:3])), flush=True)
                 if options.write:
                     pathlib.Path(options.write).write_text(table(faults, caught), encoding="utf-8")
+            print("# %d left" % sum(1 for failed in caught.values() if not failed), flush=True)
     print(table(faults, caught).splitlines()[-1])
     before = read_table(options.against) if options.against else {}
     lost = [fault.name for fault in faults if not caught[fault.name] and before.get(fault.name)]

@@ -244,7 +244,7 @@ TEST_F(Streams, AFolderThatRefusesNewFilesIsWrittenInPlace)
         fs::permissions(above, fs::perms(0711));
     }
     fs::permissions(path, fs::perms(0555));
-    RunInChild([this] {
+    RunInChild([&] {
         if (geteuid() == 0) { // permissions do not bind the superuser
             ASSERT_EQ(setgid(65534), 0);
             ASSERT_EQ(setuid(65534), 0);
