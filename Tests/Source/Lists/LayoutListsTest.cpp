@@ -1,4 +1,4 @@
-// The layout's list operations against a plain model, in random order.
+// The layout's list operations, and the links of its groups, against a plain model in random order.
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCountedCIG.h"
 #include "Layouts/CLayout.h"
@@ -7,17 +7,21 @@
 #include "Layouts/Groups/CGroup.h"
 #include "Layouts/Groups/UGroups.h"
 #include "support/DocumentBuilder.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
 #include <map>
 #include <memory>
-#include <random>
 #include <set>
 #include <utility>
 
 namespace {
+using tElements = std::vector<CCompositeGeometry*>;
+using tGroups = std::vector<CGroup*>;
 constexpr double kLength = 100.0;
 
 /// A straight of one of a few articles, at a place on a line where neighbours meet.
@@ -33,14 +37,24 @@ CCompositeGeometry* MakeStraight(int article, int place)
     return element.release();
 }
 
-/// What the layout should hold: elements in list order with their articles, and its groups.
+/// Places of some things in a list of all.
+template <typename tThing>
+std::vector<int> IndicesOf(const std::vector<tThing*>& some, const std::vector<tThing*>& all)
+{
+    std::vector<int> indices;
+    for (const tThing* thing : some) {
+        indices.push_back(static_cast<int>(std::find(all.begin(), all.end(), thing) - all.begin()));
+    }
+    return indices;
+}
+
+/// What the layout should hold.
 class CModel {
 public:
-    using tElements = std::vector<CCompositeGeometry*>;
     struct tGroup {
         CGroup* parent = nullptr;
         tElements items = {};
-        std::vector<CGroup*> members = {};
+        tGroups members = {};
     };
 
     void AddElement(CGroup* group, CCompositeGeometry* element)
@@ -58,7 +72,7 @@ public:
     void AddMember(CGroup* group, CGroup* sub)
     {
         SetParent(sub, group);
-        std::vector<CGroup*>& members = groups[group].members;
+        tGroups& members = groups[group].members;
         if (groups[sub].parent == group && std::find(members.begin(), members.end(), sub) == members.end()) {
             members.push_back(sub);
         }
@@ -78,47 +92,51 @@ public:
         }
         std::erase_if(holders, [group](const auto& holder) { return holder.second == group; });
     }
-    void DeleteElements(const tElements& doomed)
+    /// With the groups that it leaves empty.
+    void DeleteElement(CCompositeGeometry* element)
     {
-        for (CCompositeGeometry* element : doomed) {
-            std::erase(elements, element);
-            articles.erase(element);
-            CGroup* group = holders.count(element) != 0 ? holders[element] : nullptr;
-            if (group != nullptr) {
-                std::erase(groups[group].items, element);
-            }
-            holders.erase(element);
-            while (group != nullptr && groups[group].items.empty() &&
-                   std::none_of(groups.begin(), groups.end(),
-                                [group](const auto& other) { return other.second.parent == group; })) {
-                CGroup* parent = groups[group].parent;
-                DeleteGroup(group);
-                group = parent;
-            }
+        std::erase(elements, element);
+        articles.erase(element);
+        CGroup* group = std::exchange(holders[element], nullptr);
+        holders.erase(element);
+        if (group != nullptr) {
+            std::erase(groups[group].items, element);
+        }
+        const auto isChild = [&group](const auto& other) { return other.second.parent == group; };
+        while (group != nullptr && groups[group].items.empty() && std::none_of(groups.begin(), groups.end(), isChild)) {
+            CGroup* parent = groups[group].parent;
+            DeleteGroup(group);
+            group = parent;
         }
     }
-    /// Makes the groups that a list's entries claim.
-    void Read(const std::vector<tGroupEntry>& claims, const std::vector<CGroup*>& made)
+    /// The groups of the layout as a list has them.
+    std::vector<tGroupEntry> Claims(const tGroups& list) const
+    {
+        std::vector<tGroupEntry> claims;
+        for (CGroup* group : list) {
+            const tGroup& entry = groups.at(group);
+            claims.push_back({entry.parent == nullptr ? -1 : IndicesOf({entry.parent}, list)[0],
+                              IndicesOf(entry.items, elements), IndicesOf(entry.members, list)});
+        }
+        return claims;
+    }
+    /// Makes the groups that a list claims.
+    void Read(const std::vector<tGroupEntry>& claims, const tGroups& made)
     {
         groups.clear();
         holders.clear();
         for (size_t i = 0; i < claims.size(); ++i) {
             groups[made[i]];
             for (const int element : claims[i].elements) {
-                if (element >= 0 && element < static_cast<int>(elements.size())) {
-                    AddElement(made[i], elements[element]);
-                }
+                AddElement(made[i], elements[element]);
             }
         }
-        const auto isGroup = [&made](int index) { return index >= 0 && index < static_cast<int>(made.size()); };
         for (size_t i = 0; i < claims.size(); ++i) {
-            if (isGroup(claims[i].parent)) {
+            if (claims[i].parent >= 0) {
                 SetParent(made[i], made[claims[i].parent]);
             }
             for (const int group : claims[i].groups) {
-                if (isGroup(group)) {
-                    AddMember(made[i], made[group]);
-                }
+                AddMember(made[i], made[group]);
             }
         }
     }
@@ -127,32 +145,12 @@ public:
         CGroup* parent = groups.at(group).parent;
         return parent == nullptr ? group : Root(parent);
     }
-    tElements AllItems(CGroup* group) const
-    {
-        tElements all = groups.at(group).items;
-        for (CGroup* member : groups.at(group).members) {
-            const tElements inside = AllItems(member);
-            all.insert(all.end(), inside.begin(), inside.end());
-        }
-        return all;
-    }
 
     tElements elements;
     std::map<CCompositeGeometry*, std::string> articles;
     std::map<CGroup*, tGroup> groups;
     std::map<CCompositeGeometry*, CGroup*> holders; ///< which group the registry has
 };
-
-/// Places of some things in a list of all.
-template <typename tThing>
-std::vector<int> IndicesOf(const std::vector<tThing*>& some, const std::vector<tThing*>& all)
-{
-    std::vector<int> indices;
-    for (const tThing* thing : some) {
-        indices.push_back(static_cast<int>(std::find(all.begin(), all.end(), thing) - all.begin()));
-    }
-    return indices;
-}
 
 void ExpectSameGroups(CLayout& layout, const CModel& model)
 {
@@ -165,9 +163,6 @@ void ExpectSameGroups(CLayout& layout, const CModel& model)
         ASSERT_EQ(group->GetMemberItemsVec(), expected.items);
         ASSERT_EQ(group->GetMemberGroupsVec(), expected.members);
         ASSERT_EQ(group->GetRootGroup(), model.Root(group));
-        CModel::tElements all;
-        group->GetAllMemberItems(all);
-        ASSERT_EQ(all, model.AllItems(group));
         for (CGroup* member : expected.members) {
             for (CGroup* inside : model.groups.at(member).members) {
                 ASSERT_TRUE(group->IsMember(inside) && !inside->IsMember(group));
@@ -203,8 +198,7 @@ void ExpectSame(CLayout& layout, const CModel& model, bool connected)
             ASSERT_EQ(joint->IsActive(), joint->GetPartner() == nullptr);
             if (joint->GetPartner() != nullptr) {
                 ASSERT_EQ(joint->GetPartner()->GetPartner(), joint);
-                ASSERT_TRUE(connected);
-                ASSERT_TRUE(model.articles.count(joint->GetPartner()->GetOwner()));
+                ASSERT_TRUE(connected && model.articles.count(joint->GetPartner()->GetOwner()) != 0);
             }
         }
     }
@@ -220,112 +214,99 @@ void ExpectSame(CLayout& layout, const CModel& model, bool connected)
 
 TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsConsistent)
 {
-    for (unsigned seed = 1; seed <= 20; ++seed) {
+    for (unsigned seed = 1; seed <= 30; ++seed) {
         SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
-        const auto below = [&random](size_t n) { return static_cast<int>(random() % std::max<size_t>(n, 1)); };
+        CRandom random(seed);
+        const auto below = [&random](size_t n) { return static_cast<size_t>(random.Below(static_cast<int>(n))); };
+        const auto index = [&below](size_t n) { return static_cast<int>(below(n)); };
         CLayout layout;
         CModel model;
-        bool connected = seed % 2 == 0;
-        const auto someElements = [&] {
-            CModel::tElements some;
-            for (CCompositeGeometry* element : model.elements) {
-                if (below(4) == 0) {
-                    some.push_back(element);
-                }
-            }
-            return some;
-        };
+        const bool connected = seed % 2 == 0;
         if (connected) {
             layout.ConnectJoints();
         }
         for (int step = 0; step < 200; ++step) {
+            tElements some;
+            std::copy_if(model.elements.begin(), model.elements.end(), std::back_inserter(some),
+                         [&](CCompositeGeometry*) { return below(4) == 0; });
             CCompositeGeometry* any = model.elements.empty() ? nullptr : model.elements[below(model.elements.size())];
-            const auto anyGroup = [&] { return layout.GetGroups()[below(layout.GetGroups().size())]; };
-            switch (any == nullptr ? 0 : below(layout.GetGroups().empty() ? 8 : 15)) {
-            case 0: { // insert a few
-                CModel::tElements fresh;
-                for (int i = 1 + below(6); i > 0; --i) {
-                    const int article = below(5);
-                    fresh.push_back(MakeStraight(article, below(12)));
+            const tGroups& all = layout.GetGroups();
+            CGroup* group = all.empty() ? nullptr : all[below(all.size())];
+            CGroup* other = all.empty() ? nullptr : all[below(all.size())];
+            switch (any == nullptr ? 0 : below(group == nullptr ? 8 : 16)) {
+            case 0: // a few new ones, or one
+            case 1: {
+                tElements fresh;
+                for (size_t i = below(6) + 1; i > 0; --i) {
+                    const int article = index(5);
+                    fresh.push_back(MakeStraight(article, index(12)));
                     model.elements.push_back(fresh.back());
                     model.articles[fresh.back()] = "A" + std::to_string(article);
                 }
-                layout.InsertItemVec(fresh, true, true);
-                ASSERT_TRUE(fresh.back()->IsSelected());
+                if (fresh.size() > 1) {
+                    layout.InsertItemVec(fresh, true, true);
+                    ASSERT_TRUE(fresh.back()->IsSelected());
+                } else {
+                    layout.AddItem(fresh[0]);
+                }
                 break;
             }
-            case 1:
-                model.articles[model.elements.emplace_back(MakeStraight(1, below(12)))] = "A1";
-                layout.AddItem(model.elements.back());
-                break;
             case 2:
-                model.DeleteElements({any});
+                model.DeleteElement(any);
                 ASSERT_TRUE(layout.RemoveItem(any));
                 ASSERT_FALSE(layout.DeleteItem(any));
                 delete any;
                 break;
-            case 3: {
-                CModel::tElements doomed = someElements();
-                model.DeleteElements(doomed);
-                layout.DeleteItemVec(doomed);
-                ASSERT_TRUE(doomed.empty());
+            case 3:
+                std::for_each(some.begin(), some.end(),
+                              [&](CCompositeGeometry* element) { model.DeleteElement(element); });
+                layout.DeleteItemVec(some);
+                ASSERT_TRUE(some.empty());
                 break;
-            }
             case 4: {
-                const int index = below(model.elements.size() + 2);
+                const size_t place = below(model.elements.size() + 2);
                 std::erase(model.elements, any);
-                model.elements.insert(
-                    model.elements.begin() + std::min<long>(index, static_cast<long>(model.elements.size())), any);
-                ASSERT_TRUE(layout.MoveItemToIndex(any, index));
+                model.elements.insert(model.elements.begin() + std::min<long>(place, model.elements.size()), any);
+                ASSERT_TRUE(layout.MoveItemToIndex(any, static_cast<int>(place)));
                 break;
             }
-            case 5: {
-                const CModel::tElements some = someElements();
-                if (CGroup* group = UGroups::NewGroupFromElementVector(&layout, some)) {
-                    model.groups[group];
+            case 5:
+                if (CGroup* made = UGroups::NewGroupFromElementVector(&layout, some)) {
+                    model.groups[made];
                     for (CCompositeGeometry* element : some) {
                         if (model.holders.count(element) == 0) {
-                            model.AddElement(group, element);
+                            model.AddElement(made, element);
                         } else {
-                            model.AddMember(group, model.Root(model.holders[element]));
+                            model.AddMember(made, model.Root(model.holders[element]));
                         }
                     }
                 }
                 break;
-            }
             case 6: {
                 std::set<CGroup*> roots;
-                for (CCompositeGeometry* element : model.elements) {
-                    below(4) == 0 ? element->Select() : element->Unselect();
-                    if (element->IsSelected() && model.holders.count(element) != 0) {
+                std::for_each(model.elements.begin(), model.elements.end(),
+                              [](CCompositeGeometry* e) { e->Unselect(); });
+                for (CCompositeGeometry* element : some) {
+                    element->Select();
+                    if (model.holders.count(element) != 0) {
                         roots.insert(model.Root(model.holders[element]));
                     }
                 }
-                for (CGroup* root : roots) {
-                    model.DeleteGroup(root);
-                }
+                std::for_each(roots.begin(), roots.end(), [&model](CGroup* root) { model.DeleteGroup(root); });
                 UGroups::UngroupGroupsInSelection(&layout);
                 break;
             }
-            case 7: { // to a backup and back: the same content in new elements, or in groups that contradict each other
-                std::vector<tGroupEntry> claims;
-                for (CGroup* group : layout.GetGroups()) {
-                    const CModel::tGroup& entry = model.groups[group];
-                    claims.push_back({entry.parent == nullptr ? -1 : IndicesOf({entry.parent}, layout.GetGroups())[0],
-                                      IndicesOf(entry.items, model.elements),
-                                      IndicesOf(entry.members, layout.GetGroups())});
-                }
-                CModel::tElements copies;
+            case 7: { // to a backup and back: the same in new elements, or with groups that contradict each other
+                std::vector<tGroupEntry> claims = model.Claims(all);
+                tElements copies;
                 std::vector<int> list;
                 layout.BackupGroupAndItemVec(copies, list);
                 ASSERT_EQ(list, GroupList(claims));
-                if (below(2) == 0) {
-                    claims.resize(1 + below(8));
-                    const auto index = [&](size_t n) { return below(n + 3) - 1; };
+                if (random.Bool()) {
+                    claims.assign(below(8) + 1, {});
                     for (tGroupEntry& claim : claims) {
-                        claim.parent = index(claims.size());
-                        for (int i = below(4); i > 0; --i) {
+                        claim.parent = index(claims.size() + 1) - 1;
+                        for (size_t i = below(4); i > 0; --i) {
                             claim.elements.push_back(index(copies.size()));
                             claim.groups.push_back(index(claims.size()));
                         }
@@ -339,52 +320,22 @@ TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsCon
                 model.elements = copies;
                 layout.RestoreGroupAndItemVec(copies, GroupList(claims));
                 ASSERT_TRUE(copies.empty());
-                ASSERT_EQ(layout.GetGroups().size(), claims.size());
-                model.Read(claims, layout.GetGroups());
+                ASSERT_EQ(all.size(), claims.size());
+                model.Read(claims, all);
                 break;
             }
-            case 8:
-            case 9: {
-                CGroup* group = anyGroup();
-                CGroup* parent = anyGroup();
-                group->SetParentGroup(parent);
-                model.SetParent(group, parent);
-                break;
-            }
-            case 10: {
-                CGroup* group = anyGroup();
-                CGroup* sub = anyGroup();
-                group->AddMember(sub);
-                model.AddMember(group, sub);
-                break;
-            }
-            case 11: {
-                CGroup* group = anyGroup();
-                CGroup* sub = anyGroup();
-                group->RemoveMember(sub);
-                std::erase(model.groups[group].members, sub);
-                break;
-            }
-            case 12: {
-                CGroup* group = anyGroup();
-                group->AddMember(any);
-                model.AddElement(group, any);
-                group = anyGroup();
-                group->RemoveMember(any);
-                std::erase(model.groups[group].items, any);
-                break;
-            }
-            case 13: {
-                CGroup* group = anyGroup();
-                group->ClearParentGroup();
-                model.ClearParent(group);
-                break;
-            }
-            default: {
-                CGroup* group = anyGroup();
-                layout.RemoveGroup(group);
-                delete group;
-                model.DeleteGroup(group);
+            default: { // links between groups, there and in the model
+                const std::pair<std::function<void()>, std::function<void()>> links[] = {
+                    {[&] { group->SetParentGroup(other); }, [&] { model.SetParent(group, other); }},
+                    {[&] { group->AddMember(other); }, [&] { model.AddMember(group, other); }},
+                    {[&] { group->RemoveMember(other); }, [&] { std::erase(model.groups[group].members, other); }},
+                    {[&] { group->AddMember(any); }, [&] { model.AddElement(group, any); }},
+                    {[&] { group->RemoveMember(any); }, [&] { std::erase(model.groups[group].items, any); }},
+                    {[&] { group->ClearParentGroup(); }, [&] { model.ClearParent(group); }},
+                    {[&] { layout.RemoveGroup(group), delete group; }, [&] { model.DeleteGroup(group); }}};
+                const auto& [link, same] = links[below(std::size(links))];
+                link();
+                same();
             }
             }
             ExpectSame(layout, model, connected);
@@ -395,29 +346,25 @@ TEST(CLayoutLists, AnySequenceOfOperationsKeepsListsGroupsStatisticsAndJointsCon
         layout.DisconnectJoints();
         ExpectSame(layout, model, false);
     }
-    EXPECT_TRUE(CLayoutJointsManager::Instance()->IsEmpty());
 }
 
 TEST(CLayoutLists, NeighboursConnectWhenJointsAreConnectedAndLetGoWhenOneLeaves)
 {
     CLayout layout;
-    for (int i = 0; i < 2; ++i) {
-        layout.AddItem(MakeStraight(1, i));
-    }
-    CLayoutJointsManager* manager = CLayoutJointsManager::Instance();
-    EXPECT_TRUE(manager->IsEmpty());
+    layout.AddItem(MakeStraight(1, 0));
+    layout.AddItem(MakeStraight(1, 1));
+    const CLayoutJointsManager* manager = CLayoutJointsManager::Instance();
     layout.ConnectJoints();
     EXPECT_EQ(manager->GetNumberOfSnappedJoints(), 2);
     layout.AddItem(MakeStraight(1, 2));
     CLayoutJointsManager::SnapCloseJoints();
     EXPECT_EQ(manager->GetNumberOfSnappedJoints(), 4);
-    CCompositeGeometry* last = layout.GetElements().back();
     ASSERT_TRUE(layout.DeleteItem(layout.GetElements()[1]));
     EXPECT_EQ(manager->GetNumberOfSnappedJoints(), 0);
-    std::vector<CCompositeGeometry*> fresh = {MakeStraight(1, 1)};
+    tElements fresh = {MakeStraight(1, 1)};
     layout.InsertItemVec(fresh, false, true);
     EXPECT_EQ(manager->GetNumberOfSnappedJoints(), 4);
-    EXPECT_EQ(last->GetBIGAtIndex(0)->GetJointConnection(0)->GetOwner(), fresh[0]);
+    EXPECT_EQ(layout.GetElements()[1]->GetBIGAtIndex(0)->GetJointConnection(0)->GetOwner(), fresh[0]);
     layout.ClearItemVec();
     EXPECT_TRUE(manager->IsEmpty());
 }
@@ -425,64 +372,51 @@ TEST(CLayoutLists, NeighboursConnectWhenJointsAreConnectedAndLetGoWhenOneLeaves)
 TEST(UGroups, CopiesAndClipboardKeepTheGroupingOfWhatIsCopied)
 {
     CLayout layout;
+    CLayout other;
     for (int i = 0; i < 6; ++i) {
         layout.AddItem(MakeStraight(i, i));
     }
-    const std::vector<CCompositeGeometry*> all = layout.GetElements();
+    const tElements all = layout.GetElements();
     CGroup* inner = UGroups::NewGroupFromElementVector(&layout, {all[0], all[1]});
-    CGroup* outer = UGroups::NewGroupFromElementVector(&layout, {all[1], all[2]});
-    EXPECT_EQ(UGroups::NewGroupFromElementVector(&layout, {all[4]}), nullptr);
-    ASSERT_EQ(inner->GetParentGroup(), outer);
-    EXPECT_EQ(UGroups::GetGroupIndexInVector(layout.GetGroups(), outer), 1);
-
-    std::vector<CGroup*> found;
+    UGroups::NewGroupFromElementVector(&layout, {all[3], all[4]});
+    CGroup* outer = UGroups::NewGroupFromElementVector(&layout, {all[1], all[2], all[3]});
+    tGroups found;
     UGroups::GetGroupsInElementVector(layout.GetGroupsManager(), {all[5], all[1]}, found);
-    EXPECT_EQ(found, (std::vector<CGroup*>{outer, inner}));
+    EXPECT_EQ(found, (tGroups{outer, inner}));
+    tElements items;
+    outer->GetAllMemberItems(items);
+    EXPECT_EQ(items, (tElements{all[2], all[0], all[1], all[3], all[4]}));
 
-    CLayout other;
-    for (int i = 0; i < 2; ++i) {
-        other.AddItem(MakeStraight(i, i));
-    }
-    // What is copied out of the groups is grouped as far as there are two things to group.
-    const struct {
-        std::vector<CCompositeGeometry*> sources;
+    // What is copied is grouped as far as there are two things to group.
+    const std::pair<tElements, std::vector<int>> cases[] = {
+        {{all[0]}, {}},
+        {{all[0], all[5]}, {}},
+        {{all[0], all[2]}, {1, -1, 2, 1, 0, 0}},
+        {{all[0], all[1]}, {1, -1, 2, 0, 1, 0}},
+        {{all[2], all[1], all[0]}, {2, -1, 1, 0, 1, 1, 0, 2, 2, 1, 0}}};
+    for (const auto& [sources, expected] : cases) {
+        other.ClearItemVec();
+        other.ClearGroupVec();
+        std::for_each(sources.begin(), sources.end(), [&](auto*) { other.AddItem(MakeStraight(0, 0)); });
+        tGroups clones;
+        UGroups::CloneGroupings(layout.GetGroupsManager(), sources, other.GetElements(), clones);
         std::vector<int> list;
-    } cases[] = {{{all[0]}, {}},
-                 {{all[0], all[5]}, {}},
-                 {{all[0], all[2]}, {1, -1, 2, 1, 0, 0}},
-                 {{all[0], all[1]}, {1, -1, 2, 0, 1, 0}},
-                 {{all[2], all[1], all[0]}, {2, -1, 1, 0, 1, 1, 0, 2, 2, 1, 0}}};
-    for (const auto& c : cases) {
-        CLayout target;
-        for (size_t i = 0; i < c.sources.size(); ++i) {
-            target.AddItem(MakeStraight(0, 0));
-        }
-        std::vector<CGroup*> clones;
-        UGroups::CloneGroupings(layout.GetGroupsManager(), c.sources, target.GetElements(), clones);
-        std::vector<int> list;
-        UGroups::SerializeGroups(clones, target.GetElements(), list);
-        EXPECT_EQ(list, c.list);
-        target.AddGroupVec(clones);
+        UGroups::SerializeGroups(clones, other.GetElements(), list);
+        EXPECT_EQ(list, expected);
+        other.AddGroupVec(clones);
     }
 
     size_t size = 0;
     const std::unique_ptr<UGroups::Byte[]> block(UGroups::GroupVectorToRawMem(layout.GetGroups(), all, size));
-    const int expected[] = {11, 2, 1, 2, 0, 1, 0, -1, 1, 2, 1, 0};
+    const int expected[] = {17, 3, 2, 2, 0, 1, 0, 2, 2, 3, 4, 0, -1, 1, 2, 2, 0, 1};
     ASSERT_EQ(size, sizeof expected);
     EXPECT_EQ(std::memcmp(block.get(), expected, size), 0);
-    for (size_t cut = 0; cut < size; ++cut) {
-        std::vector<CGroup*> groups;
-        EXPECT_FALSE(
-            UGroups::GroupVectorFromRawMem(other.GetGroupsManager(), groups, other.GetElements(), block.get(), cut));
-        EXPECT_TRUE(groups.empty());
+    CGroupsManager manager;
+    for (size_t cut = 0; cut <= size; ++cut) { // as a whole or not at all; elements that are missing are left out
+        tGroups groups;
+        EXPECT_EQ(UGroups::GroupVectorFromRawMem(&manager, groups, {all[0]}, block.get(), cut), cut == size);
+        EXPECT_EQ(groups.size(), cut == size ? 3u : 0u);
+        EXPECT_EQ(manager.IsInGroup(all[0]), cut == size);
+        std::for_each(groups.begin(), groups.end(), [](CGroup* group) { delete group; });
     }
-    // Pasted among fewer elements, what refers to the missing ones is left out.
-    std::vector<CGroup*> groups;
-    ASSERT_TRUE(
-        UGroups::GroupVectorFromRawMem(other.GetGroupsManager(), groups, other.GetElements(), block.get(), size));
-    ASSERT_EQ(groups.size(), 2u);
-    other.AddGroupVec(groups);
-    EXPECT_EQ(groups[0]->GetMemberItemsVec(), other.GetElements());
-    EXPECT_EQ(groups[1]->GetMemberGroupsVec(), (std::vector<CGroup*>{groups[0]}));
-    EXPECT_TRUE(groups[1]->GetMemberItemsVec().empty());
 }
