@@ -23,6 +23,8 @@
 #include <utility>
 
 namespace {
+/// The size of raw memory that is trusted to be whole.
+constexpr size_t kUnlimited = SIZE_MAX;
 /// Components for which room is made before they are seen: a count in a file is only a claim.
 constexpr int kMostReserved = 16;
 /// An element that was aligned when it was stored may start off (0, 0) by what its doubles lost to seven decimals. To
@@ -199,23 +201,21 @@ CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
     mLayout.grade = CGradeVector(static_cast<const void*>(cursor));
     cursor += mLayout.grade.GetParameterRawSize();
     int count = 0;
-    KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), count);
-    cursor += sizeof count;
+    CRawWalk walk(cursor, kUnlimited);
+    walk.Read(count);
     for (int i = 0; i < count; ++i) {
         int type = 0;
-        KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), type);
-        cursor += sizeof type;
+        walk.Read(type);
         const tComponentKind* kind = UComponentKinds::Find(type);
-        if (kind == nullptr) {
+        const size_t begin = walk.GetPosition();
+        if (kind == nullptr || !kind->skipRaw(walk)) {
             ULog::Warn("%s: Copy/Paste operation failed due to an unknown component type (0x%04X).", kRawFunction,
                        static_cast<unsigned>(type));
             return;
         }
-        std::unique_ptr<CBasicGeometry> component = kind->makeFromRaw(cursor);
-        const int size = component->GetParameterRawSize() - CBasicGeometry::kTypeCodeSize;
-        AppendOrDrop(std::move(component));
+        // The record says how far it goes, not what becomes of the component: a full element does not take it.
+        AppendOrDrop(kind->makeFromRaw(cursor + begin));
         CErr::CheckNull(mComponents.empty() ? nullptr : mComponents.back(), kRawFunction, "Failed to fetch last BIG");
-        cursor += size;
     }
 }
 
