@@ -1,5 +1,6 @@
 // How an element is read from and written to files and raw memory.
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CTaggedFile/DocumentHeader.h"
 #include "CheckError/CErr.h"
@@ -276,4 +277,32 @@ int CCompositeGeometry::GetParameterRawSize()
         size += component->GetParameterRawSize();
     }
     return size;
+}
+
+void CCompositeGeometry::TransferFields(CFieldStream& fields)
+{
+    CPoint start = mLayout.grade.GetStartPoint();
+    CPoint end = mLayout.grade.GetEndPoint();
+    double deltaHeight = mLayout.grade.GetDeltaHeight();
+    fields.Pass(mLibrary, mLayout.zOrder, mLayout.position, mLayout.secondReferencePoint, mLayout.angle, start, end,
+                deltaHeight, mLayout.layer, mLayout.fillColor, mLayout.secondColor, mLayout.displayFlag,
+                mLayout.fillMode, mLayout.selected);
+    mLayout.grade = CGradeVector(start, end, deltaHeight);
+    size_t count = mComponents.size();
+    fields.Align();
+    fields.Pass(count);
+    for (size_t i = 0; i < count; ++i) {
+        int type = fields.Gives() ? 0 : mComponents[i]->GetType();
+        fields.Align();
+        fields.Pass(type);
+        fields.Align();
+        if (fields.Gives()) {
+            const tComponentKind* kind = UComponentKinds::Find(type);
+            if (kind == nullptr) {
+                return;
+            }
+            Adopt(kind->makeEmpty().release());
+        }
+        mComponents[i]->TransferFields(fields);
+    }
 }
