@@ -30,11 +30,6 @@ CCompositeGeometry::CCompositeGeometry()
     mLayout.zOrder = static_cast<int>(mLayout.uniqueID);
 }
 
-CCompositeGeometry::CCompositeGeometry(const tLibraryItemAttributes& library) : CCompositeGeometry()
-{
-    mLibrary = library;
-}
-
 CCompositeGeometry::CCompositeGeometry(CCompositeGeometry* source) : CCompositeGeometry()
 {
     BOOST_FOREACH(CBasicGeometry* component, source->mComponents) {

@@ -17,6 +17,7 @@
 #include <vector>
 
 class CDrawingOptions;
+class CFieldStream;
 class CLayer;
 class CTaggedFile;
 namespace Platform {
@@ -101,6 +102,10 @@ public:
     /// elsewhere, before an element is made of them.
     /// @param size  set to the record's length when it does
     static bool MeasureRawRecord(const void* raw, size_t available, size_t& size);
+
+    /// Passes the fields that the copying constructor reads. An element that is given its fields has no components
+    /// before; one of unknown kind ends them.
+    void TransferFields(CFieldStream& fields);
 
     /// True when name and library name are the same bytes; nothing else counts.
     bool Equals(const CCompositeGeometry* other) const;
@@ -230,10 +235,6 @@ public:
 
     /// The next construction's ID; never reset.
     static uint32_t sNextUniqueID;
-
-protected:
-    /// An element with a new ID that takes over library attributes and nothing else.
-    explicit CCompositeGeometry(const tLibraryItemAttributes& library);
 
 private:
     bool ReadCompositeParameter(FILE* file, int version, int& componentCount);

@@ -1,5 +1,6 @@
 // How an element is read from and written to files and raw memory.
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CTaggedFile/DocumentHeader.h"
 #include "CheckError/CErr.h"
@@ -23,6 +24,8 @@
 #include <utility>
 
 namespace {
+/// The size of raw memory that is trusted to be whole.
+constexpr size_t kUnlimited = SIZE_MAX;
 /// Components for which room is made before they are seen: a count in a file is only a claim.
 constexpr int kMostReserved = 16;
 /// An element that was aligned when it was stored may start off (0, 0) by what its doubles lost to seven decimals. To
@@ -199,23 +202,21 @@ CCompositeGeometry::CCompositeGeometry(void* raw) : CCompositeGeometry()
     mLayout.grade = CGradeVector(static_cast<const void*>(cursor));
     cursor += mLayout.grade.GetParameterRawSize();
     int count = 0;
-    KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), count);
-    cursor += sizeof count;
+    CRawWalk walk(cursor, kUnlimited);
+    walk.Read(count);
     for (int i = 0; i < count; ++i) {
         int type = 0;
-        KVURawMem::FetchDataFromRawMem(static_cast<const void*>(cursor), type);
-        cursor += sizeof type;
+        walk.Read(type);
         const tComponentKind* kind = UComponentKinds::Find(type);
-        if (kind == nullptr) {
+        const size_t begin = walk.GetPosition();
+        if (kind == nullptr || !kind->skipRaw(walk)) {
             ULog::Warn("%s: Copy/Paste operation failed due to an unknown component type (0x%04X).", kRawFunction,
                        static_cast<unsigned>(type));
             return;
         }
-        std::unique_ptr<CBasicGeometry> component = kind->makeFromRaw(cursor);
-        const int size = component->GetParameterRawSize() - CBasicGeometry::kTypeCodeSize;
-        AppendOrDrop(std::move(component));
+        // The record says how far it goes, not what becomes of the component: a full element does not take it.
+        AppendOrDrop(kind->makeFromRaw(cursor + begin));
         CErr::CheckNull(mComponents.empty() ? nullptr : mComponents.back(), kRawFunction, "Failed to fetch last BIG");
-        cursor += size;
     }
 }
 
@@ -276,4 +277,32 @@ int CCompositeGeometry::GetParameterRawSize()
         size += component->GetParameterRawSize();
     }
     return size;
+}
+
+void CCompositeGeometry::TransferFields(CFieldStream& fields)
+{
+    CPoint start = mLayout.grade.GetStartPoint();
+    CPoint end = mLayout.grade.GetEndPoint();
+    double deltaHeight = mLayout.grade.GetDeltaHeight();
+    fields.Pass(mLibrary, mLayout.zOrder, mLayout.position, mLayout.secondReferencePoint, mLayout.angle, start, end,
+                deltaHeight, mLayout.layer, mLayout.fillColor, mLayout.secondColor, mLayout.displayFlag,
+                mLayout.fillMode, mLayout.selected);
+    mLayout.grade = CGradeVector(start, end, deltaHeight);
+    size_t count = mComponents.size();
+    fields.Align();
+    fields.Pass(count);
+    for (size_t i = 0; i < count; ++i) {
+        int type = fields.Gives() ? 0 : mComponents[i]->GetType();
+        fields.Align();
+        fields.Pass(type);
+        fields.Align();
+        if (fields.Gives()) {
+            const tComponentKind* kind = UComponentKinds::Find(type);
+            if (kind == nullptr) {
+                return;
+            }
+            Adopt(kind->makeEmpty().release());
+        }
+        mComponents[i]->TransferFields(fields);
+    }
 }

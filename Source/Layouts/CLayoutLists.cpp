@@ -7,7 +7,6 @@
 #include "Layouts/CLayoutStatistics.h"
 #include "Layouts/Groups/CGroup.h"
 #include "Layouts/Groups/UGroups.h"
-#include "Stock/UPriceManager.h"
 
 #include <boost/foreach.hpp>
 
@@ -36,7 +35,7 @@ void CLayout::AddItem(CCompositeGeometry* element)
 void CLayout::AddItem(CCompositeGeometry* element, bool takePrice)
 {
     if (takePrice) {
-        UPriceManager::UpdateElementPriceToMatchLayoutPricing(this, element);
+        mStatistics->MatchPrice(element);
     }
     mElements.push_back(element);
     mStatistics->ElementAdded(element);

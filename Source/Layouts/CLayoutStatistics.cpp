@@ -7,79 +7,130 @@
 
 #include <boost/foreach.hpp>
 
+#include <algorithm>
 #include <cstring>
 
 CLayoutStatistics::CLayoutStatistics(CLayout* layout) : mLayout(layout) {}
 
-CLayoutStatistics::~CLayoutStatistics()
+CLayoutStatistics::~CLayoutStatistics() = default;
+
+const char* CLayoutStatistics::tUsage::GetName() const
 {
-    EraseAll();
+    return entry ? entry->GetName() : CElementImages::NameOf(image);
+}
+
+int CLayoutStatistics::tUsage::GetCount() const
+{
+    return entry ? entry->GetCount() : count;
 }
 
 void CLayoutStatistics::EraseAll()
 {
-    mLastFound = nullptr;
-    mByName.clear();
-    UCountedElementVectorOperations::EraseAll(mUsage);
+    mLastFound = CNameIndex::kNowhere;
+    mByName.Clear();
+    mUsages.clear();
+    mImages.Clear();
+}
+
+void CLayoutStatistics::IndexAnew()
+{
+    mLastFound = CNameIndex::kNowhere;
+    mByName.Clear();
+    for (size_t i = 0; i < mUsages.size(); ++i) {
+        mByName.Add(mUsages[i].GetName(), i);
+    }
 }
 
 void CLayoutStatistics::Refresh(const std::vector<CCompositeGeometry*>& elements)
 {
     EraseAll();
-    UElementStatistics::GetLibraryElementUsageStatistics(elements, mUsage);
-    BOOST_FOREACH(CCountedCIG* entry, mUsage) {
-        mByName.emplace(entry->GetName(), entry);
+    BOOST_FOREACH(CCompositeGeometry* element, elements) {
+        Count(element);
     }
+    std::stable_sort(mUsages.begin(), mUsages.end(), [](const tUsage& a, const tUsage& b) {
+        return std::strlen(a.GetName()) > std::strlen(b.GetName());
+    });
+    IndexAnew();
     StatisticsChanged();
+}
+
+CLayoutStatistics::tUsage* CLayoutStatistics::Find(const char* name) const
+{
+    if (mLastFound == CNameIndex::kNowhere || std::strcmp(mUsages[mLastFound].GetName(), name) != 0) {
+        mLastFound = mByName.Find(name, [this](size_t place) { return mUsages[place].GetName(); });
+    }
+    return mLastFound == CNameIndex::kNowhere ? nullptr : &mUsages[mLastFound];
+}
+
+CCountedCIG* CLayoutStatistics::GetEntry(tUsage& usage) const
+{
+    if (!usage.entry) {
+        usage.entry = mImages.Restore(usage.image, usage.count);
+        usage.image.reset();
+    }
+    return usage.entry.get();
 }
 
 CCountedCIG* CLayoutStatistics::FindUsage(const char* name) const
 {
-    if (mLastFound == nullptr || std::strcmp(mLastFound->GetName(), name) != 0) {
-        const auto found = mByName.find(name);
-        if (found == mByName.end()) {
-            return nullptr;
-        }
-        mLastFound = found->second;
-    }
-    return mLastFound;
+    tUsage* const found = Find(name);
+    return found != nullptr ? GetEntry(*found) : nullptr;
 }
 
-void CLayoutStatistics::ElementAdded(CCompositeGeometry* element)
+void CLayoutStatistics::MatchPrice(CCompositeGeometry* element) const
 {
     if (!UElementStatistics::ElementIsDisplayedInPartlist(element)) {
         return;
     }
-    if (CCountedCIG* entry = FindUsage(element->GetName())) {
-        entry->IncCount(1);
-    } else {
-        entry = CCountedCIG::ForStatistics(element).release();
-        mUsage.push_back(entry);
-        mByName.emplace(entry->GetName(), entry);
+    if (const tUsage* const found = Find(element->GetName())) {
+        element->SetPrice(found->entry ? found->entry->GetPrice() : found->price);
     }
+}
+
+void CLayoutStatistics::Count(CCompositeGeometry* element)
+{
+    if (!UElementStatistics::ElementIsDisplayedInPartlist(element)) {
+        return;
+    }
+    if (tUsage* const found = Find(element->GetName())) {
+        if (found->entry) {
+            found->entry->IncCount(1);
+        } else {
+            ++found->count;
+        }
+    } else {
+        mByName.Add(element->GetName(), mUsages.size());
+        mUsages.push_back({1, element->GetPrice(), mImages.Keep(*element), nullptr});
+    }
+}
+
+void CLayoutStatistics::ElementAdded(CCompositeGeometry* element)
+{
+    Count(element);
     StatisticsChanged();
 }
 
 void CLayoutStatistics::CountOneLess(const CCompositeGeometry* element, bool& spent)
 {
-    if (CCountedCIG* entry = FindUsage(element->GetName())) {
-        entry->DecCount(1);
-        if (entry->GetCount() == 0) {
-            mLastFound = nullptr;
-            mByName.erase(entry->GetName());
-            spent = true;
+    if (tUsage* const found = Find(element->GetName())) {
+        if (found->entry) {
+            found->entry->DecCount(1);
+        } else {
+            --found->count;
         }
+        spent = spent || found->GetCount() == 0;
     }
+}
+
+void CLayoutStatistics::RemoveSpent()
+{
+    std::erase_if(mUsages, [](const tUsage& usage) { return usage.GetCount() == 0; });
+    IndexAnew();
 }
 
 void CLayoutStatistics::ElementRemoved(CCompositeGeometry* element)
 {
-    bool spent = false;
-    CountOneLess(element, spent);
-    if (spent) {
-        UCountedElementVectorOperations::ClearZeroCountElements(mUsage);
-    }
-    StatisticsChanged();
+    ElementsRemoved({element});
 }
 
 void CLayoutStatistics::ElementsRemoved(const std::unordered_set<CCompositeGeometry*>& elements)
@@ -89,7 +140,7 @@ void CLayoutStatistics::ElementsRemoved(const std::unordered_set<CCompositeGeome
         CountOneLess(element, spent);
     }
     if (spent) {
-        UCountedElementVectorOperations::ClearZeroCountElements(mUsage);
+        RemoveSpent();
     }
     StatisticsChanged();
 }
@@ -111,16 +162,21 @@ double CLayoutStatistics::GetOverallTrackLength() const
 
 void CLayoutStatistics::GetLibraryElementUsageStatistics(tList& out, bool copy) const
 {
+    tList entries;
+    entries.reserve(mUsages.size());
+    for (tUsage& usage : mUsages) {
+        entries.push_back(GetEntry(usage));
+    }
     if (copy) {
         UCountedElementVectorOperations::EraseAll(out);
-        UCountedElementVectorOperations::Copy(mUsage, out);
+        UCountedElementVectorOperations::Copy(entries, out);
     } else {
-        out = mUsage;
+        out.swap(entries);
     }
 }
 
 int CLayoutStatistics::GetItemUsage(const char*, const char* name) const
 {
-    const CCountedCIG* entry = FindUsage(name);
-    return entry != nullptr ? entry->GetCount() : 0;
+    const tUsage* const found = Find(name);
+    return found != nullptr ? found->GetCount() : 0;
 }

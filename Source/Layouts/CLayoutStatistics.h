@@ -1,10 +1,11 @@
 // The running list of parts of one layout.
 #pragma once
 
+#include "BuildingBlocks/CElementImages.h"
 #include "Elements/Utilities/UElementStatistics.h"
+#include "Layouts/CNameIndex.h"
 
-#include <string_view>
-#include <unordered_map>
+#include <memory>
 #include <unordered_set>
 #include <vector>
 
@@ -12,8 +13,10 @@ class CCompositeGeometry;
 class CCountedCIG;
 class CLayout;
 
-/// Counts the library elements and flexible tracks of a layout by article name while elements come and go. An index
-/// beside the list finds an entry; so whoever is handed entries may change their prices, but not their names.
+/// Counts the library elements and flexible tracks of a layout by article name while elements come and go. Each name
+/// has an entry, a copy of the first element of it as it was when it was counted. Layouts of many names are loaded more
+/// often than anybody asks for the entries, so they are images until then. From then on they stay, and what their
+/// holders change on them holds; the name must not be changed, since it finds the entry.
 class CLayoutStatistics {
 public:
     using tList = std::vector<CCountedCIG*>;
@@ -26,6 +29,8 @@ public:
 
     /// Counts anew; the longest names come first then.
     void Refresh(const std::vector<CCompositeGeometry*>& elements);
+    /// Gives an element, if it is a part, the price of the entry of its name, if there is one; the currency stays.
+    void MatchPrice(CCompositeGeometry* element) const;
     /// Counts an element, if it is a part; a new name comes last.
     void ElementAdded(CCompositeGeometry* element);
     /// Counts one less of the element's name, part or not; an entry that reaches 0 goes.
@@ -41,8 +46,7 @@ public:
     /// Sum of the track lengths of all elements, mm.
     double GetOverallTrackLength() const;
     /// @param copy  true: `out`, which owns its entries, is emptied and filled with copies; false: it becomes the list
-    /// of the
-    ///              entries themselves, which stay owned here
+    ///              of the entries themselves, which stay owned here
     void GetLibraryElementUsageStatistics(tList& out, bool copy) const;
     /// Count of the entry of that name, or 0. The library is not looked at.
     int GetItemUsage(const char* library, const char* name) const;
@@ -50,11 +54,29 @@ public:
     CCountedCIG* FindUsage(const char* name) const;
 
 private:
+    /// An entry, and until somebody asks for it what serves in its place.
+    struct tUsage {
+        int count = 0;
+        int price = 0;
+        CElementImages::tImage image;
+        std::unique_ptr<CCountedCIG> entry;
+
+        const char* GetName() const;
+        int GetCount() const;
+    };
+
     void EraseAll();
+    void Count(CCompositeGeometry* element);
     void CountOneLess(const CCompositeGeometry* element, bool& spent);
+    void RemoveSpent();
+    void IndexAnew();
+    /// @return what is known of that name, or null
+    tUsage* Find(const char* name) const;
+    CCountedCIG* GetEntry(tUsage& usage) const;
 
     CLayout* mLayout;
-    tList mUsage;                                               ///< owned
-    std::unordered_map<std::string_view, CCountedCIG*> mByName; ///< keys lie in the entries
-    mutable CCountedCIG* mLastFound = nullptr; ///< price and count of an added element ask for the same entry
+    mutable std::vector<tUsage> mUsages; ///< in the order of the list
+    CNameIndex mByName;
+    mutable CElementImages mImages;
+    mutable size_t mLastFound = CNameIndex::kNowhere; ///< price and count of an added element ask for the same entry
 };

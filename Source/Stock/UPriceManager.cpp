@@ -1,8 +1,6 @@
 #include "Stock/UPriceManager.h"
 
 #include "BuildingBlocks/CCountedCIG.h"
-#include "Elements/Utilities/UCountedElementVectorOperations.h"
-#include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
 #include "Layouts/CLayout.h"
 #include "Layouts/CLayoutStatistics.h"
@@ -11,13 +9,6 @@
 
 #include <string_view>
 #include <unordered_map>
-
-namespace {
-bool HasPrice(const CCompositeGeometry* element)
-{
-    return !UElementInspector::IsGenericElement(element) || UElementInspector::IsFlexElement(element);
-}
-} // namespace
 
 void UPriceManager::VoidWSElementPrices(const tList& list)
 {
@@ -29,9 +20,8 @@ void UPriceManager::VoidWSElementPrices(const tList& list)
 void UPriceManager::EnsureWSPriceConsistency(CLayout* layout)
 {
     tList list;
-    UElementStatistics::GetLibraryElementUsageStatistics(layout->GetElements(), list);
+    layout->GetStatistics()->GetLibraryElementUsageStatistics(list, false);
     EnsureWSPriceConsistency(layout, list);
-    UCountedElementVectorOperations::EraseAll(list);
 }
 
 void UPriceManager::EnsureWSPriceConsistency(CLayout* layout, const tList& list)
@@ -41,7 +31,7 @@ void UPriceManager::EnsureWSPriceConsistency(CLayout* layout, const tList& list)
         firstByName.try_emplace(entry->GetName(), entry);
     }
     BOOST_FOREACH(CCompositeGeometry* element, layout->GetElements()) {
-        if (!HasPrice(element)) {
+        if (!UElementStatistics::ElementIsDisplayedInPartlist(element)) {
             continue;
         }
         const auto found = firstByName.find(element->GetName());
@@ -54,18 +44,13 @@ void UPriceManager::EnsureWSPriceConsistency(CLayout* layout, const tList& list)
 
 void UPriceManager::UpdateElementPriceToMatchLayoutPricing(CLayout* layout, CCompositeGeometry* element)
 {
-    if (!HasPrice(element)) {
-        return;
-    }
-    if (const CCountedCIG* entry = layout->GetStatistics()->FindUsage(element->GetName())) {
-        element->SetPrice(entry->GetPrice());
-    }
+    layout->GetStatistics()->MatchPrice(element);
 }
 
 int UPriceManager::GetCurrency(const tList& list)
 {
     BOOST_FOREACH(const CCountedCIG* entry, list) {
-        if (HasPrice(entry)) {
+        if (UElementStatistics::ElementIsDisplayedInPartlist(entry)) {
             return entry->GetCurrency();
         }
     }

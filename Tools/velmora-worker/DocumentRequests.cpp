@@ -1,5 +1,6 @@
 // Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
 #include "Checks/CDocumentChecker.h"
+#include "Elements/Utilities/UCountedElementVectorOperations.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
 #include "Layouts/Utilities/CBoundLayout.h"
@@ -8,7 +9,7 @@
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
-#include "BuildingBlocks/CCompositeGeometry.h"
+#include "BuildingBlocks/CCountedCIG.h"
 #include "Layouts/CLayoutStatistics.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Streams.h"
@@ -199,6 +200,28 @@ tJSON Article(CCompositeGeometry* element)
     }
     return article;
 }
+
+/// The articles of a layout by library and number. Numbers repeat between libraries, so each is counted by itself.
+tJSON PartsOf(const UElementStatistics::tElements& elements)
+{
+    std::map<std::string, UElementStatistics::tElements> byLibrary;
+    BOOST_FOREACH(CCompositeGeometry* element, elements) {
+        byLibrary[element->HasRailSetName() ? element->GetRailSetName() : std::string()].push_back(element);
+    }
+    tJSON parts = tJSON::array();
+    for (const auto& [library, itsElements] : byLibrary) {
+        UElementStatistics::tList entries;
+        UElementStatistics::GetLibraryElementUsageStatistics(itsElements, entries);
+        std::sort(entries.begin(), entries.end(), CCountedCIGProdNrLessThan());
+        BOOST_FOREACH(CCountedCIG* entry, entries) {
+            tJSON article = Article(entry);
+            article["count"] = entry->GetCount();
+            parts.push_back(article);
+        }
+        UCountedElementVectorOperations::EraseAll(entries);
+    }
+    return parts;
+}
 } // namespace
 
 tAnswer AnswerCheck(const std::string& path, int document)
@@ -248,26 +271,6 @@ tAnswer AnswerParts(const std::string& path, int document)
     if (code != CLayout::kLoaded) {
         return MakeLoadFailure(code, layout.GetElements().size(), document);
     }
-    // By library and number: numbers repeat between libraries.
-    std::map<std::pair<std::string, std::string>, std::pair<CCompositeGeometry*, int>> parts;
-    std::vector<CCompositeGeometry*> order;
-    BOOST_FOREACH(CCompositeGeometry* element, layout.GetElements()) {
-        if (!UElementStatistics::ElementIsDisplayedInPartlist(element)) {
-            continue;
-        }
-        const std::string library = element->HasRailSetName() ? element->GetRailSetName() : std::string();
-        auto& part = parts[{library, element->GetName()}];
-        if (part.first == nullptr) {
-            part.first = element;
-        }
-        ++part.second;
-    }
-    tJSON list = tJSON::array();
-    for (const auto& [key, part] : parts) {
-        tJSON article = Article(part.first);
-        article["count"] = part.second;
-        list.push_back(article);
-    }
     tWSStatRec kinds;
     layout.GetStatistics()->GetElementStatistics(kinds);
     UElementStatistics::tScaleHistogram scales;
@@ -276,7 +279,7 @@ tAnswer AnswerParts(const std::string& path, int document)
     for (const auto& [scale, count] : scales) {
         scaleCounts.push_back({{"scale", URailConstants::GetModelScaleTxt(scale, true)}, {"count", count}});
     }
-    return Report(eVerb::kParts, {{"parts", list},
+    return Report(eVerb::kParts, {{"parts", PartsOf(layout.GetElements())},
                                   {"track_length", layout.GetStatistics()->GetOverallTrackLength()},
                                   {"tracks", kinds.tracks},
                                   {"accessories", kinds.accessories},

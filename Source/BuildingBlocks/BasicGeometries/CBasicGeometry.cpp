@@ -1,5 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 
+#include "BuildingBlocks/CFieldStream.h"
 #include "BuildingBlocks/UGrades.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
@@ -102,6 +103,13 @@ void CBasicGeometry::SetJointOwner(CCompositeGeometry* owner)
 {
     mJoints[0].SetOwner(owner);
     mJoints[1].SetOwner(owner);
+}
+
+void CBasicGeometry::TransferFields(CFieldStream& fields)
+{
+    fields.Pass(mItemXOffset, mItemYOffset, mGauge, mTrackbedWidth, mRailWidth, mAngle, mTrackLength, mMidRailFlag,
+                mFixedColor, mJointAllowed);
+    fields.Align();
 }
 
 void* CBasicGeometry::GetParameterAsRaw(void* destination)

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+class CFieldStream;
+
 /// A piece of an element: its place in the element, its track dimensions, its colour and exactly two joints. Lengths
 /// are mm, angles degrees. The element owns its components, a component owns its joints.
 ///
@@ -53,6 +55,8 @@ public:
     /// @return the position behind it
     virtual void* GetParameterAsRaw(void* destination);
     virtual int GetParameterRawSize() { return kCommonRawSize; }
+    /// Passes the fields that the copying constructor reads.
+    virtual void TransferFields(CFieldStream& fields);
     /// Appends the area that a click or a collision tests, widened by `distance` on every side; nothing by default.
     virtual void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points);
     /// The outline with the heights of a grade.

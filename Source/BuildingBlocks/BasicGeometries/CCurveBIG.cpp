@@ -1,5 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
 #include "KVUNum/Angles.h"
@@ -59,6 +60,12 @@ void CCurveBIG::SpecifyCurveGeometry(double xOffset, double yOffset, double radi
 void CCurveBIG::UpdateCurvedRailLength()
 {
     mTrackLength = mRadius * mArcAngle * kPi / 180.0;
+}
+
+void CCurveBIG::TransferFields(CFieldStream& fields)
+{
+    CBasicGeometry::TransferFields(fields);
+    fields.Pass(mRadius, mArcAngle);
 }
 
 void* CCurveBIG::GetParameterAsRaw(void* destination)

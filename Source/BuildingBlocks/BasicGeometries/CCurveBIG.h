@@ -25,6 +25,7 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 16; }
+    void TransferFields(CFieldStream& fields) override;
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
     /// Appends the right edge from joint 0 to joint 1 (the outer one of a positive arc) and the left edge back, in
     /// steps whose chords stay within 0.05 mm of the arc (UTrackCourse::kFlatness), but 720 of them at the most.

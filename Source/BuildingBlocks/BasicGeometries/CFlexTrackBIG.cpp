@@ -1,6 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
@@ -231,6 +232,12 @@ double CFlexTrackBIG::GetTrackLength()
         mTrackLength = UBezier::Length(mPoints);
     }
     return mTrackLength;
+}
+
+void CFlexTrackBIG::TransferFields(CFieldStream& fields)
+{
+    CPolyBIG::TransferFields(fields);
+    fields.Pass(mMaxLength, mStartAngle, mEndAngle);
 }
 
 void* CFlexTrackBIG::GetParameterAsRaw(void* destination)

@@ -26,6 +26,7 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return CPolyBIG::GetParameterRawSize() + kTypeCodeSize + 8; }
+    void TransferFields(CFieldStream& fields) override;
     /// The outline at half the trackbed width and `distance` more.
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
     /// Appends the right edge from joint 0 to joint 1 and the left edge back, both cut where they would cross

@@ -1,5 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
@@ -41,6 +42,12 @@ void COvalBIG::Scale(double factor, bool scaleOffset)
     mRadiusX = UReach::Clamp(mRadiusX * factor);
     mRadiusY = UReach::Clamp(mRadiusY * factor);
     mLineThickness = ScaledSize(mLineThickness, factor);
+}
+
+void COvalBIG::TransferFields(CFieldStream& fields)
+{
+    CBasicGeometry::TransferFields(fields);
+    fields.Pass(mRadiusX, mRadiusY, mLineThickness);
 }
 
 void* COvalBIG::GetParameterAsRaw(void* destination)

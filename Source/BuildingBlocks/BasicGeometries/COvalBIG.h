@@ -20,6 +20,7 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kCommonRawSize + 24; }
+    void TransferFields(CFieldStream& fields) override;
     std::string ToString(int unit) override;
     /// The square around the circle, with its left top corner at the item offset at any angle.
     void CalcBoundingBox(DRect& box, double angle) override;

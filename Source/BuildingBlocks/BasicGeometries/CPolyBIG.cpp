@@ -1,5 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
@@ -55,6 +56,12 @@ void CPolyBIG::SpecifyPolyGeometry(double x, double y, const std::vector<CPoint>
     mEditedPoint = -1;
     mLineThickness = lineThickness;
     AllowJoints(false, false);
+}
+
+void CPolyBIG::TransferFields(CFieldStream& fields)
+{
+    CBasicGeometry::TransferFields(fields);
+    fields.Pass(mPoints, mEditedPoint, mSecondWorkPoint, mCloseFlag, mSecondFlag, mLineThickness, mLegacySubType);
 }
 
 void* CPolyBIG::GetParameterAsRaw(void* destination)

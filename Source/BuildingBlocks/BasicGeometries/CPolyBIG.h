@@ -37,6 +37,7 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override;
+    void TransferFields(CFieldStream& fields) override;
 
     /// The outline at half the trackbed width and `distance` more.
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;

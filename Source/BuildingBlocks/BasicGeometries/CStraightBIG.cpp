@@ -1,5 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "Formats/ComponentFormat.h"
 #include "KVURawMem/CRawWalk.h"
@@ -37,6 +38,12 @@ void CStraightBIG::SpecifyStraightGeometry(double xOffset, double yOffset, doubl
     mGauge = UReach::Clamp(gauge);
     mTrackbedWidth = UReach::Clamp(trackbedWidth);
     AllowJoints(joint0Allowed, joint1Allowed);
+}
+
+void CStraightBIG::TransferFields(CFieldStream& fields)
+{
+    CBasicGeometry::TransferFields(fields);
+    fields.Pass(mLength);
 }
 
 void* CStraightBIG::GetParameterAsRaw(void* destination)

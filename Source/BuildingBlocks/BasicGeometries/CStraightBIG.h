@@ -21,6 +21,7 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override { return kTypeCodeSize + kCommonRawSize + 8; }
+    void TransferFields(CFieldStream& fields) override;
     void DefineTrackItemArea(double angle, double distance, std::vector<CPoint>& points) override;
     /// Appends the four corners, counter-clockwise from joint 0's right side.
     void DefineTrackItemOutline(double angle, double distance, std::vector<CPoint>& points) override;

@@ -1,6 +1,7 @@
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 
 #include "BuildingBlocks/BasicGeometries/UTextComponentBoundsCalculator.h"
+#include "BuildingBlocks/CFieldStream.h"
 #include "CTaggedFile/CTaggedFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
@@ -74,6 +75,12 @@ void CTextBIG::SetText(const char* text)
 {
     CErr::CheckNull(text, "void CTextBIG::SetText(const char *)", "No text supplied");
     mText = *text != 0 ? text : " ";
+}
+
+void CTextBIG::TransferFields(CFieldStream& fields)
+{
+    CBasicGeometry::TransferFields(fields);
+    fields.Pass(mText, mTextSize, mTextStyle, mFontName);
 }
 
 void* CTextBIG::GetParameterAsRaw(void* destination)

@@ -31,6 +31,7 @@ public:
 
     void* GetParameterAsRaw(void* destination) override;
     int GetParameterRawSize() override;
+    void TransferFields(CFieldStream& fields) override;
     /// The text.
     std::string ToString(int unit) override;
     /// The measured size, turned by `angle` about (0, 0); the item offset does not count.

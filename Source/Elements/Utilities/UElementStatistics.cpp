@@ -18,36 +18,53 @@
 
 namespace {
 using tList = UElementStatistics::tList;
-using tKeyOf = const char* (CCompositeGeometry::*)() const;
+using tElements = UElementStatistics::tElements;
 
-/// Counts elements by one of their names; an index beside the list finds the entry.
-class CUsageCounter {
-public:
-    CUsageCounter(tList& list, tKeyOf keyOf) : mList(list), mKeyOf(keyOf) { mList.clear(); }
-
-    void Count(CCompositeGeometry* element)
-    {
-        const char* key = (element->*mKeyOf)();
-        // Elements of one kind usually follow each other.
-        if (mLast == nullptr || std::strcmp((mLast->*mKeyOf)(), key) != 0) {
-            const auto found = mByKey.find(key);
-            if (found == mByKey.end()) {
-                mLast = CCountedCIG::ForStatistics(element).release();
-                mList.push_back(mLast);
-                mByKey.emplace((mLast->*mKeyOf)(), mLast);
-                return;
-            }
-            mLast = found->second;
-        }
-        mLast->IncCount(1);
-    }
-
-private:
-    tList& mList;
-    tKeyOf mKeyOf;
-    std::unordered_map<std::string_view, CCountedCIG*> mByKey; ///< keys lie in the entries
-    CCountedCIG* mLast = nullptr;
+/// The first element of a name, and how many have it.
+struct tUsage {
+    CCompositeGeometry* first;
+    int count;
 };
+
+/// Counts elements by one of their names. @return an entry for each name, in order of first appearance
+template <typename tFilter>
+std::vector<tUsage> CountByName(const tElements& elements, const char* (CCompositeGeometry::*nameOf)() const,
+                                tFilter counts)
+{
+    std::vector<tUsage> usages;
+    std::unordered_map<std::string_view, size_t> byName; // the names lie in the elements
+    size_t last = 0;
+    BOOST_FOREACH(CCompositeGeometry* element, elements) {
+        if (!counts(element)) {
+            continue;
+        }
+        const char* name = (element->*nameOf)();
+        // Elements of one kind usually follow each other.
+        if (usages.empty() || std::strcmp((usages[last].first->*nameOf)(), name) != 0) {
+            const auto [found, added] = byName.try_emplace(name, usages.size());
+            last = found->second;
+            if (added) {
+                usages.push_back({element, 0});
+            }
+        }
+        ++usages[last].count;
+    }
+    return usages;
+}
+
+std::vector<tUsage> CountByLibrary(const tElements& elements)
+{
+    return CountByName(elements, &CCompositeGeometry::GetRailSetName,
+                       [](const CCompositeGeometry* element) { return !UElementInspector::IsGenericElement(element); });
+}
+
+void MakeEntries(const std::vector<tUsage>& usages, tList& list)
+{
+    list.clear();
+    for (const tUsage& usage : usages) {
+        list.push_back(new CCountedCIG(usage.first, usage.count));
+    }
+}
 } // namespace
 
 bool CCountedCIGProdNrLessThan::operator()(const CCountedCIG* a, const CCountedCIG* b) const
@@ -64,12 +81,9 @@ std::string UElementStatistics::GetContentSummaryAsString(const tElements& eleme
 {
     static constexpr char kSeparator[] = ", ";
     std::string summary;
-    tList libraries;
-    GetRailsetUsageStatistics(elements, libraries);
-    BOOST_FOREACH(const CCountedCIG* library, libraries) {
-        summary.append(library->GetRailSetName()).append(" ").append(library->GetName()).append(kSeparator);
+    for (const tUsage& library : CountByLibrary(elements)) {
+        summary.append(library.first->GetRailSetName()).append(" ").append(library.first->GetName()).append(kSeparator);
     }
-    UCountedElementVectorOperations::EraseAll(libraries);
     tElements texts;
     UElementVectorOperations::GetAllTextElements(elements, texts);
     BOOST_FOREACH(const CCompositeGeometry* element, texts) {
@@ -81,22 +95,12 @@ std::string UElementStatistics::GetContentSummaryAsString(const tElements& eleme
 
 void UElementStatistics::GetRailsetUsageStatistics(const tElements& elements, tList& list)
 {
-    CUsageCounter counter(list, &CCompositeGeometry::GetRailSetName);
-    BOOST_FOREACH(CCompositeGeometry* element, elements) {
-        if (!UElementInspector::IsGenericElement(element)) {
-            counter.Count(element);
-        }
-    }
+    MakeEntries(CountByLibrary(elements), list);
 }
 
 void UElementStatistics::GetLibraryElementUsageStatistics(const tElements& elements, tList& list)
 {
-    CUsageCounter counter(list, &CCompositeGeometry::GetName);
-    BOOST_FOREACH(CCompositeGeometry* element, elements) {
-        if (ElementIsDisplayedInPartlist(element)) {
-            counter.Count(element);
-        }
-    }
+    MakeEntries(CountByName(elements, &CCompositeGeometry::GetName, &ElementIsDisplayedInPartlist), list);
     std::stable_sort(list.begin(), list.end(), CCompCountedCIG_CompProdNr());
 }
 

@@ -30,9 +30,8 @@ struct CCompCountedCIG_CompProdNr {
     bool operator()(const CCountedCIG* a, const CCountedCIG* b) const;
 };
 
-/// Statistics of element vectors. The entries of the lists they fill are new and belong to the caller; an entry holds
-/// what a list of parts asks of an element, see CCountedCIG::ForStatistics. Every operation is linear in the number of
-/// elements.
+/// Statistics of element vectors. The entries of the lists they fill are copies of elements and belong to the caller.
+/// Every operation is linear in the number of elements.
 class UElementStatistics {
 public:
     UElementStatistics() = delete;

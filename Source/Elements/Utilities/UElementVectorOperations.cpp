@@ -73,15 +73,20 @@ bool UElementVectorOperations::ElementVectorFromRawMem(tElements& elements, Byte
     KVURawMem::FetchDataFromRawMem(static_cast<void*>(block), count);
     Byte* cursor = block + sizeof count;
     for (int i = 0; i < count; ++i) {
+        // Measured in the block: an element takes no more than so many components, whatever its record holds.
+        size_t length = 0;
+        const bool isWhole = CCompositeGeometry::MeasureRawRecord(cursor, SIZE_MAX, length);
         CCompositeGeometry* element = new (std::nothrow) CCompositeGeometry(static_cast<void*>(cursor));
-        if (element == nullptr) {
+        if (element != nullptr) {
+            elements.push_back(element);
+        }
+        if (element == nullptr || !isWhole) { // where the next one begins is unknown
             ULog::Warn("%s: Failed to create instance from memory",
                        "static bool UElementVectorOperations::ElementVectorFromRawMem(vector<CCompositeGeometry *> &, "
                        "Byte *)");
             return false;
         }
-        elements.push_back(element);
-        cursor += element->GetParameterRawSize();
+        cursor += length;
     }
     return true;
 }

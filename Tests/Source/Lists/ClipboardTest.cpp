@@ -75,3 +75,26 @@ TEST(Clipboard, BoundedReaderTakesWholeBlocksAndRefusesEverythingElse)
     UElementVectorOperations::DeleteItemVector(back);
     UElementVectorOperations::DeleteItemVector(elements);
 }
+
+TEST(Clipboard, WhatAFullElementDropsDoesNotShiftTheNext)
+{
+    tElements elements = {new CCompositeGeometry, new CCompositeGeometry};
+    while (elements[0]->GetNumberOfComponents() < CCompositeGeometry::kMostComponents + 100) {
+        elements[0]->GetComponents().push_back(new CStraightBIG); // as a document may have it
+    }
+    elements[1]->AppendBIG(new CCurveBIG);
+    elements[1]->SetName("P 100");
+    unsigned long size = 0;
+    const std::unique_ptr<Byte[]> block(UElementVectorOperations::ElementVectorToRawMem(elements, size));
+    for (const bool bounded : {true, false}) {
+        tElements back;
+        ASSERT_TRUE(bounded ? UElementVectorOperations::ElementVectorFromRawMem(back, block.get(), size)
+                            : UElementVectorOperations::ElementVectorFromRawMem(back, block.get()));
+        ASSERT_EQ(back.size(), 2u);
+        EXPECT_EQ(back[0]->GetNumberOfComponents(), CCompositeGeometry::kMostComponents);
+        EXPECT_STREQ(back[1]->GetName(), "P 100");
+        EXPECT_EQ(back[1]->GetComponents().front()->GetType(), kCurveType);
+        UElementVectorOperations::DeleteItemVector(back);
+    }
+    UElementVectorOperations::DeleteItemVector(elements);
+}

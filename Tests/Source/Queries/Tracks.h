@@ -12,15 +12,11 @@
 /// Owns its elements, which are called "0", "1", ... in the order in which they were added.
 class CTracks {
 public:
-    CTracks() = default;
-    CTracks(const CTracks&) = delete;
-    CTracks& operator=(const CTracks&) = delete;
     ~CTracks()
     {
-        for (CCompositeGeometry* element : mElements) { // while all live: a joint may have lost its partner to another
-            for (CBasicGeometry* component : element->GetComponents()) {
-                component->GetJoint(0)->DisconnectJoint();
-                component->GetJoint(1)->DisconnectJoint();
+        for (size_t i = 0; i < mElements.size(); ++i) { // while all live: a joint may have lost its partner to another
+            for (int joint = 2 * static_cast<int>(mElements[i]->GetNumberOfComponents()); joint-- > 0;) {
+                Joint(i, joint)->DisconnectJoint();
             }
         }
         UElementVectorOperations::DeleteItemVector(mElements);
