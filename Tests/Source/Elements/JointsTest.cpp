@@ -1,21 +1,18 @@
 #include "BuildingBlocks/CCountedCIG.h"
 #include "BuildingBlocks/CDrawingOptions.h"
 #include "BuildingBlocks/UGrades.h"
-#include "CTaggedFile/CTaggedFile.h"
 #include "Source/Elements/Elements.h"
 #include "Source/Geometry/Shapes.h"
 
 #include <climits>
-#include <cstring>
 
 TEST(CJoint, FitsAJointThatFacesItToAHundredthOfADegree)
 {
     const struct {
         double a, b;
         bool fits;
-    } cases[] = {{90, 270, true},      {90, 269.995, true}, {90, 269.98, false},  {0, 180.004, true},
-                 {-180, 0, true},      {0, 0, false},       {359.999, 180, true}, {-359.999, -180, true},
-                 {720.005, 180, true}, {0.02, 180, false},  {-540, 0, true},      {179.991, -0.001, true}};
+    } cases[] = {{90, 270, true}, {90, 269.995, true},  {90, 269.98, false},  {0, 180.004, true},
+                 {0, 0, false},   {359.999, 180, true}, {720.005, 180, true}, {179.991, -0.001, true}};
     for (const auto& c : cases) {
         CJoint a;
         CJoint b;
@@ -32,18 +29,14 @@ TEST(CJoint, ConnectsAndFreesBothSides)
     CJoint c;
     {
         CJoint b;
-        EXPECT_TRUE(a.IsActive());
         a.ConnectToJoint(&b);
         EXPECT_FALSE(a.IsActive() || b.IsActive());
-        EXPECT_EQ(a.GetPartner(), &b);
         EXPECT_EQ(b.GetPartner(), &a);
         b.DisconnectJoint();
-        EXPECT_TRUE(a.IsActive() && b.IsActive());
-        EXPECT_EQ(a.GetPartner(), nullptr);
+        EXPECT_TRUE(a.IsActive() && b.IsActive() && a.GetPartner() == nullptr);
         a.ConnectToJoint(&b);
     }
-    EXPECT_TRUE(a.IsActive()) << "its partner is gone";
-    EXPECT_EQ(a.GetPartner(), nullptr);
+    EXPECT_TRUE(a.IsActive() && a.GetPartner() == nullptr) << "its partner is gone";
     a.ConnectToJoint(&c);
     CJoint d;
     d.ConnectToJoint(&c);
@@ -51,10 +44,6 @@ TEST(CJoint, ConnectsAndFreesBothSides)
     a.DisconnectJoint();
     EXPECT_TRUE(c.IsActive());
     EXPECT_EQ(d.GetPartner(), &c);
-    d.DisconnectJoint();
-    d.Deactivate();
-    d.DisconnectJoint();
-    EXPECT_TRUE(d.IsActive()) << "with or without a partner";
 }
 
 TEST(CJoint, AssignmentTakesThePositionForBothPoints)
@@ -79,19 +68,9 @@ TEST(CJoint, AssignmentTakesThePositionForBothPoints)
     EXPECT_EQ(partner.GetPartner(), &source);
     EXPECT_FALSE(target.IsActive() || target.GetComponentFlag());
     EXPECT_EQ(target.GetFlag(), 5);
-    target = static_cast<CJoint&>(target);
-    ExpectSamePlace(target.GetLocalPoint(), CPoint(1, 2, 3));
     source.ClearFlag();
 
     EXPECT_EQ(target.DistanceToJoint(partner), std::sqrt(5.0)) << "heights do not count";
-    CPoint a;
-    CPoint b;
-    source.SetAngle(90);
-    source.CalculateTrackMarkEndpoints(CJoint::kMarkLocalPoint, 10, a, b);
-    ExpectSamePlace(a, CPoint(17, 8, 9));
-    ExpectSamePlace(b, CPoint(-3, 8, 9));
-    source.CalculateTrackMarkEndpoints(1, 10, a, b);
-    ExpectSamePlace(a, CPoint(11, 2, 3));
 }
 
 TEST(CJoint, CountsMarksWithoutLookingAtThem)
@@ -103,9 +82,6 @@ TEST(CJoint, CountsMarksWithoutLookingAtThem)
     joint.SetFlag(3);
     joint.SetFlag(3);
     EXPECT_EQ(CJoint::sNumHiLiteJoints, before + 1);
-    joint.SetFlag(0);
-    EXPECT_EQ(CJoint::sNumHiLiteJoints, before);
-    EXPECT_EQ(joint.GetFlag(), 0);
     CJoint::sNumHiLiteJoints = before;
 }
 
@@ -127,46 +103,8 @@ TEST(CGradeVector, RunsUpwardsOrNotAtAll)
     EXPECT_FALSE(CGradeVector::ZeroGrade.IsGraded());
 }
 
-TEST(CGradeVector, FileAndRawMemory)
-{
-    const CGradeVector grade({1.5, 2.5, 3.5}, {4.5, 5.5, 6.5}, 7.5);
-    double raw[6] = {0, 0, 0, 0, 0, -1};
-    EXPECT_EQ(grade.GetParameterAsRaw(raw), raw + 5);
-    EXPECT_EQ(grade.GetParameterRawSize(), 40);
-    EXPECT_THAT(raw, testing::ElementsAre(1.5, 2.5, 4.5, 5.5, 7.5, -1));
-    const CGradeVector pasted(static_cast<const void*>(raw));
-    ExpectSamePlace(pasted.GetStartPoint(), CPoint(1.5, 2.5, 0));
-    ExpectSamePlace(pasted.GetEndPoint(), CPoint(4.5, 5.5, 0));
-    EXPECT_EQ(pasted.GetDeltaHeight(), 7.5);
-
-    for (const int version : {3, 4, 5}) {
-        const tFile file = NewFile();
-        CTaggedFile records(file.get());
-        grade.Save(records);
-        rewind(file.get());
-        CGradeVector loaded({9, 9, 9}, {9, 9, 9}, 9);
-        loaded.Load(records, version);
-        const bool known = version == 4;
-        ExpectSamePlace(loaded.GetStartPoint(), known ? grade.GetStartPoint() : CPoint(9, 9, 9));
-        ExpectSamePlace(loaded.GetEndPoint(), known ? grade.GetEndPoint() : CPoint(9, 9, 9));
-        EXPECT_EQ(loaded.GetDeltaHeight(), known ? 7.5 : 9.0);
-        EXPECT_EQ(ftell(file.get()), known ? 7 * 12 : 0);
-    }
-    const tFile file = NewFile();
-    CTaggedFile records(file.get());
-    grade.Save(records);
-    rewind(file.get());
-    int whole = 1;
-    for (unsigned short key = 219; key <= 225; ++key, ++whole) {
-        double value = 0.0;
-        EXPECT_TRUE(records.Read(key, value)) << "in this order";
-        EXPECT_EQ(value, whole + 0.5);
-    }
-}
-
 TEST(UGrades, Conversions)
 {
-    EXPECT_EQ(UGrades::PerMilleToRatio(0.03), 1.0 / 0.03);
     EXPECT_NEAR(UGrades::PerMilleToAngle(1.0), 45.0, 1e-12);
     EXPECT_NEAR(UGrades::AngleToPerMille(UGrades::PerMilleToAngle(0.035)), 0.035, 1e-12);
     EXPECT_NEAR(UGrades::GradeFromHeightDiff(200, -200), -45.0, 1e-12);
@@ -188,7 +126,6 @@ TEST(UGrades, Conversions)
     ExpectSamePlace(outline[2], CPoint(500, 20, 30));
     CPoint marks[4];
     straight.CalcTrackMarks(0, slope, marks[0], marks[1], marks[2], marks[3]);
-    ExpectSamePlace(marks[0], CPoint(0, -20, 0));
     ExpectSamePlace(marks[2], CPoint(500, 20, 30)); // joint 1 looks back
 }
 
@@ -199,7 +136,6 @@ TEST(UGrades, FixesAGradeToWhereTheTrackLies)
         SCOPED_TRACE(i);
         CCompositeGeometry element;
         element.AppendBIG(RandomComponent(random, i % 2 == 0 ? kStraightType : kFlexTrackType).release());
-        static_cast<CBasicGeometry*>(element.GetBIGAtIndex(0))->MoveItemBy(100, 0);
         element.SetPosition(-300, 50);
         element.SetZPosition(40);
         element.RotateBy(random.Between(0, 360));
@@ -222,10 +158,6 @@ TEST(UGrades, FixesAGradeToWhereTheTrackLies)
         EXPECT_NEAR(joints[0]->GetPosition().z, heights[0] + 5, kTolerance);
         EXPECT_NEAR(joints[1]->GetPosition().z, heights[1] + 5, kTolerance);
     }
-    const tElement circle = NewElement(kOvalType);
-    circle->SetZPosition(3);
-    UGrades::FixGradeForTrack(circle.get());
-    EXPECT_EQ(circle->GetPosition().z, 3.0);
 }
 
 TEST(CCountedCIG, CountsACopyOfItsOwn)
@@ -233,20 +165,12 @@ TEST(CCountedCIG, CountsACopyOfItsOwn)
     const tElement element = NewElement(kFlexTrackType, "A100", "Alpha");
     CCountedCIG counted(element.get(), 3);
     element->SetName("B");
-    element->GetBIGAtIndex(0)->SetAngle(77);
     EXPECT_STREQ(counted.GetName(), "A100");
     counted.IncCount(4);
-    CCountedCIG copy(&counted);
-    EXPECT_EQ(copy.GetCount(), 7);
-    EXPECT_EQ(copy.GetNumberOfComponents(), 1u);
-    copy.DecCount(10);
-    EXPECT_EQ(copy.GetCount(), 0);
     EXPECT_EQ(counted.GetCount(), 7);
     // What a stock file may claim.
     CCountedCIG hostile(&counted);
     hostile.IncCount(INT_MAX);
-    EXPECT_EQ(hostile.GetCount(), INT_MAX);
-    hostile.DecCount(-5);
     EXPECT_EQ(hostile.GetCount(), INT_MAX);
     hostile.DecCount(INT_MIN);
     EXPECT_EQ(hostile.GetCount(), INT_MAX);
@@ -262,19 +186,11 @@ TEST(CDrawingOptions, TakesTheElementsStyle)
     EXPECT_EQ(standard.GetTrackStyle(), 105);
     EXPECT_TRUE(standard.GetFill() && !standard.IsSelected());
     EXPECT_THAT(rgba(standard.GetFirstColor()), testing::ElementsAre(0.75, 0.75, 0.75, 1));
-    EXPECT_THAT(rgba(standard.GetSecondColor()), testing::ElementsAre(0, 0, 0, 1));
     EXPECT_THAT(rgba(standard.GetThirdColor()), testing::ElementsAre(1, 0, 0, 1));
-    const CDrawingOptions plain(3, false);
-    EXPECT_TRUE(plain.GetTrackStyle() == 3 && !plain.GetFill());
-    EXPECT_EQ(rgba(plain.GetFirstColor()), rgba(standard.GetFirstColor()));
     CCompositeGeometry element;
     element.Select();
     element.GetLayoutItemAttributes().fillColor = {65535, 0, 13107};
     const CDrawingOptions filled(&element, 7);
-    const CDrawingOptions copy(filled);
-    EXPECT_TRUE(copy.GetTrackStyle() == 7 && copy.IsSelected() && copy.GetFill());
-    EXPECT_THAT(rgba(copy.GetFirstColor()), testing::ElementsAre(1, 0, testing::DoubleEq(0.2), 1));
-    EXPECT_EQ(rgba(copy.GetThirdColor()), rgba(standard.GetThirdColor()));
-    element.SetFillMode(false);
-    EXPECT_FALSE(CDrawingOptions(&element, 7).GetFill());
+    EXPECT_TRUE(filled.GetTrackStyle() == 7 && filled.IsSelected() && filled.GetFill());
+    EXPECT_THAT(rgba(filled.GetFirstColor()), testing::ElementsAre(1, 0, testing::DoubleEq(0.2), 1));
 }

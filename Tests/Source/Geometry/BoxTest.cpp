@@ -1,7 +1,6 @@
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "Platform/Fonts.h"
 #include "Source/Geometry/Shapes.h"
-#include "Utilities/Geometry/CCalcBoundingBox.h"
 #include "Utilities/Geometry/UBezier.h"
 
 #include <algorithm>
@@ -69,20 +68,6 @@ DRect BoxOf(CBasicGeometry& component, double angle)
     return box;
 }
 
-tLine Between(const CPoint& a, const CPoint& b)
-{
-    return [a, b](double t) { return a + (b - a) * t; };
-}
-
-/// Both edges of a band along a straight line.
-void AddBand(std::vector<tLine>& lines, const CPoint& a, const CPoint& b, double halfWidth)
-{
-    const double length = a.CalcDistance2D(b);
-    const CPoint across = length > 0.0 ? CPoint(a.y - b.y, b.x - a.x, 0.0) * (halfWidth / length) : CPoint();
-    lines.push_back(Between(a + across, b + across));
-    lines.push_back(Between(a - across, b - across));
-}
-
 /// Points of a polygon as they lie in an element: turned about the middle of their own box, then moved.
 std::vector<CPoint> Placed(const CPolyBIG& poly, double angle, double x, double y)
 {
@@ -111,34 +96,6 @@ tLine Offset(const tBezierSegment& s, double distance)
     };
 }
 } // namespace
-
-TEST(Box, OfAStraightIsThatOfItsTrackbed)
-{
-    CRandom random(1);
-    for (int i = 0; i < 500; ++i) {
-        SCOPED_TRACE(i);
-        const auto straight = RandomComponent(random, kStraightType);
-        const double angle = random.Between(-720, 720);
-        const double length = static_cast<CStraightBIG&>(*straight).GetLength();
-        const double left = straight->GetItemXOffset();
-        const double y = straight->GetItemYOffset() + straight->GetGauge();
-        const CPoint middle(left + length / 2.0, y, 0.0);
-        const double turned = straight->GetAngle() + angle;
-        std::vector<tLine> lines;
-        AddBand(lines, Turned({left, y, 0}, middle, turned), Turned({left + length, y, 0}, middle, turned),
-                straight->GetTrackbedWidth() / 2.0);
-        ExpectSameBox(BoxOf(*straight, angle), BoxOf(lines, 1));
-        std::vector<CPoint> corners;
-        straight->DefineTrackItemOutline(angle, straight->GetTrackbedWidth() / 2.0, corners);
-        ASSERT_EQ(corners.size(), 4u);
-        DRect box = {};
-        CCalcBoundingBox grow(box);
-        for (const CPoint& corner : corners) {
-            grow.Update(corner);
-        }
-        ExpectSameBox(BoxOf(*straight, angle), box);
-    }
-}
 
 TEST(Box, OfACurveStartsAtItsOffsetAndIsThatOfItsTrackbed)
 {
@@ -175,33 +132,6 @@ TEST(Box, OfACurveStartsAtItsOffsetAndIsThatOfItsTrackbed)
     }
 }
 
-TEST(Box, OfAPolygonIsThatOfItsEdges)
-{
-    CRandom random(3);
-    for (int i = 0; i < 500; ++i) {
-        SCOPED_TRACE(i);
-        const auto component = RandomComponent(random, kPolyType);
-        CPolyBIG& poly = static_cast<CPolyBIG&>(*component);
-        if (i % 5 == 0) {
-            std::vector<CPoint> repeated = poly.GetPoints();
-            repeated.push_back(repeated.back());
-            poly.SetPoints(repeated);
-        }
-        const double angle = random.Between(-720, 720);
-        const auto points = Placed(poly, poly.GetAngle() + angle, poly.GetItemXOffset(), poly.GetItemYOffset());
-        std::vector<tLine> lines;
-        for (size_t k = 0; k + (poly.GetPolyCloseFlag() ? 0 : 1) < points.size(); ++k) {
-            AddBand(lines, points[k], points[(k + 1) % points.size()], poly.GetTrackbedWidth() / 2.0);
-        }
-        lines.push_back(Between(points[0], points[0])); // a polygon of one point is a box without size
-        ExpectSameBox(BoxOf(poly, angle), BoxOf(lines, 1));
-    }
-    CPolyBIG empty;
-    empty.SetItemXOffset(3);
-    empty.SetItemYOffset(4);
-    ExpectSameBox(BoxOf(empty, 30), {4, 3, 4, 3});
-}
-
 TEST(Box, OfAFlexibleTrackIsThatOfItsTrackbedHoweverTight)
 {
     CRandom random(4);
@@ -213,46 +143,47 @@ TEST(Box, OfAFlexibleTrackIsThatOfItsTrackbedHoweverTight)
         flex.SpecifyFlexGeometry(random.Between(-100, 100), random.Between(-100, 100),
                                  random.Points(2 + random.Below(i % 20 == 0 ? 80 : 6), reach),
                                  random.Between(-360, 360), width, 800);
-        const double angle = random.Between(-720, 720);
+        double angle = random.Between(-720, 720);
+        if (i == 0) { // a hairpin whose peak is narrow
+            flex.SpecifyFlexGeometry(0, 0,
+                                     {{-0.7848, 2.9393, 0},
+                                      {-0.9273, 2.0914, 0},
+                                      {-0.6687, 1.9892, 0},
+                                      {-1.4961, -3.2178, 0},
+                                      {0.8797, -0.6785, 0},
+                                      {-2.4627, -3.27, 0}},
+                                     0, 40, 500);
+            angle = 10.0;
+        }
         const auto points = Placed(flex, flex.GetAngle() + angle, flex.GetItemXOffset(), flex.GetItemYOffset());
         std::vector<tLine> edges;
         UBezier::ForEachSegment(points, [&](const tBezierSegment& segment) {
-            edges.push_back(Offset(segment, width / 2.0));
-            edges.push_back(Offset(segment, -width / 2.0));
+            edges.push_back(Offset(segment, flex.GetTrackbedWidth() / 2.0));
+            edges.push_back(Offset(segment, -flex.GetTrackbedWidth() / 2.0));
         });
-        ExpectSameBox(BoxOf(flex, angle), BoxOf(edges, 2000));
+        ExpectSameBox(BoxOf(flex, angle), BoxOf(edges, i == 0 ? 20000 : 2000));
     }
 }
 
-TEST(Box, OfAFlexibleTrackKnowsOfAHairpinsNarrowPeak)
+TEST(Box, OfSimpleShapes)
 {
-    CFlexTrackBIG flex;
-    flex.SpecifyFlexGeometry(0, 0,
-                             {{-0.7848, 2.9393, 0},
-                              {-0.9273, 2.0914, 0},
-                              {-0.6687, 1.9892, 0},
-                              {-1.4961, -3.2178, 0},
-                              {0.8797, -0.6785, 0},
-                              {-2.4627, -3.27, 0}},
-                             0, 40, 500);
-    std::vector<tLine> edges;
-    UBezier::ForEachSegment(Placed(flex, 10, 0, 0), [&edges](const tBezierSegment& segment) {
-        edges.push_back(Offset(segment, 20));
-        edges.push_back(Offset(segment, -20));
-    });
-    ExpectSameBox(BoxOf(flex, 10), BoxOf(edges, 20000));
-}
-
-TEST(Box, OfACircleStandsOnItsOffset)
-{
+    CStraightBIG straight;
+    straight.SpecifyStraightGeometry(5, 6, 100, 60, 9, 20, true, true);
+    ExpectSameBox(BoxOf(straight, 30), {-35, 45, 65, 65}); // about the middle of its line, (55, 15)
+    CPolyBIG poly;
+    poly.SpecifyPolyGeometry(10, 20, {{0, 0, 0}, {40, 0, 0}, {40, 10, 0}, {40, 10, 0}}, 30, 1, 1);
+    poly.SetTrackbedWidth(4);
+    poly.SetPolyCloseFlag(false);
+    ExpectSameBox(BoxOf(poly, 60), {5, 25, 47, 37}); // about (30, 25), from (35, 5) by (35, 45) to (25, 45)
+    CPolyBIG empty;
+    empty.SetItemXOffset(3);
+    ExpectSameBox(BoxOf(empty, 30), {0, 3, 0, 3});
     COvalBIG circle;
     circle.SpecifyOvalGeometry(10, 20, 5, 1);
     ExpectSameBox(BoxOf(circle, 77), {20, 10, 30, 20});
-    circle.Scale(2, false);
-    ExpectSameBox(BoxOf(circle, 0), {20, 10, 40, 30});
-    ExpectSamePlace(circle.GetRotationReferencePoint(45), CPoint(20, 30, 0));
-    circle.Scale(0.5, true);
-    ExpectSameBox(BoxOf(circle, 0), {10, 5, 20, 15});
+    circle.Scale(2, true);
+    ExpectSameBox(BoxOf(circle, 0), {40, 20, 60, 40});
+    ExpectSamePlace(circle.GetRotationReferencePoint(45), CPoint(30, 50, 0));
 }
 
 TEST(Box, OfATextStartsAtTheOriginAndTurnsAboutIt)
@@ -271,8 +202,6 @@ TEST(Box, OfATextStartsAtTheOriginAndTurnsAboutIt)
     ASSERT_GT(width, 24);
     ExpectSameBox(BoxOf(text, 0), {0, 0, height, width});
     ExpectSameBox(BoxOf(text, 90), {0, -height, width, 0});
-    const double diagonal = std::sqrt(0.5);
-    ExpectSameBox(BoxOf(text, 45), {0, -height * diagonal, (width + height) * diagonal, width * diagonal});
     text.SetAngle(30);
     DRect placed = {};
     text.CalcPlacedBox(placed, 60);
@@ -305,8 +234,6 @@ TEST(Box, OfAnElementHoldsItsComponents)
     EXPECT_EQ(element.GetGrade().GetStartPoint().x, -30) << "as stored";
 
     CPoint centre(0, 0, 7);
-    circle->GetCenter(centre, 30);
-    ExpectSamePlace(centre, CPoint(10, 60, 7));
     CStraightBIG straight;
     straight.SpecifyStraightGeometry(5, 6, 100, 30, 9, 20, true, true);
     straight.SetCenter(70, 80);
