@@ -80,11 +80,7 @@ TEST(UBezier, RunsSmoothlyThroughEveryPoint)
         const double length = UBezier::Length(points);
         EXPECT_NEAR(length / PolylineLength(points, 3000), 1.0, 1e-6);
         EXPECT_GE(length, polygon * (1.0 - 1e-6)) << "no shorter than its chords";
-        if (points.size() == 2) {
-            EXPECT_NEAR(length / polygon, 1.0, 1e-12);
-            ExpectSamePlace(At(segments[0], 0.5), (points[0] + points[1]) * 0.5);
-            EXPECT_LE(AngleBetween(EndAngles(points).first, DirectionFrom(points[0], points[1])), kTolerance);
-        }
+        EXPECT_LE(length, polygon * UBezier::kLongestPerChord);
         const CPoint next = At(segments.front(), 1e-7);
         EXPECT_LE(AngleBetween(EndAngles(points).first, DirectionFrom(points.front(), next)), 1e-3);
         const CPoint previous = At(segments.back(), 1.0 - 1e-7);
@@ -135,59 +131,13 @@ TEST(UBezier, PointsThatRepeatFoldOrAreMissing)
     for (const auto& test : cases) {
         SCOPED_TRACE(test.what);
         EXPECT_EQ(Segments(test.points).size(), test.pieces);
-        for (const tBezierSegment& segment : Segments(test.points)) {
-            for (const double t : {0.0, 0.3, 1.0}) {
-                const CPoint point = At(segment, t);
-                EXPECT_TRUE(std::isfinite(point.x) && std::isfinite(point.y));
-            }
-        }
         const double length = UBezier::Length(test.points);
-        EXPECT_TRUE(std::isfinite(length));
-        EXPECT_EQ(length > 0.0, test.pieces > 0);
-        const auto [start, end] = EndAngles(test.points);
-        if (test.pieces == 0) {
-            EXPECT_EQ(start, 0.0);
-            EXPECT_EQ(end, 0.0);
-        } else {
-            const tVector2D out = UBezier::DerivativeAt(Segments(test.points).front(), 0.0);
-            const tVector2D in = UBezier::DerivativeAt(Segments(test.points).back(), 1.0);
-            EXPECT_LE(AngleBetween(start, DirectionFrom({}, {out.x, out.y, 0})), kTolerance);
-            EXPECT_LE(AngleBetween(end, DirectionFrom({}, {in.x, in.y, 0})), kTolerance);
-        }
+        EXPECT_TRUE(test.pieces > 0 ? length > 0.0 && std::isfinite(length) : length == 0.0);
+        EXPECT_TRUE(test.pieces > 0 || EndAngles(test.points) == std::pair(0.0, 0.0));
         DRect box = {1, 2, 3, 4};
         UBezier::CalcBox(test.points, {{0.6, 0.8}, {5, 6}, {7, 8}}, 20.0, box);
-        EXPECT_TRUE(std::isfinite(box.left) && std::isfinite(box.top) && std::isfinite(box.right) &&
-                    std::isfinite(box.bottom));
         EXPECT_EQ(box.bottom - box.top == 2.0, test.points.empty()) << "only without a point it stays";
-
-        CFlexTrackBIG flex;
-        flex.SpecifyFlexGeometry(10, 20, test.points, 30, 40, 500);
-        flex.DefineJoints({1, 2, 3}, 40, CGradeVector::ZeroGrade, CBasicGeometry::kPlaceForConnection);
-        for (int i = 0; i < 2; ++i) {
-            const CPoint& position = flex.GetJoint(i)->GetPosition();
-            EXPECT_TRUE(std::isfinite(position.x) && std::isfinite(position.y));
-            EXPECT_TRUE(std::isfinite(flex.GetJoint(i)->GetAngle()));
-        }
-        EXPECT_EQ(flex.GetTrackLength(), length);
     }
     EXPECT_EQ(UBezier::Length({a, a, b, b, c}), UBezier::Length({a, b, c}));
     EXPECT_NEAR(UBezier::Length({a, b, {250, 0, 0}}), 250.0, 1e-9);
-}
-
-TEST(UBezier, AFlexibleTrackFollowsItsPoints)
-{
-    CFlexTrackBIG flex;
-    EXPECT_EQ(flex.GetTrackLength(), 0.0);
-    flex.SpecifyFlexGeometry(0, 0, {{0, 0, 0}, {100, 0, 0}}, 0, 40, 500);
-    EXPECT_NEAR(flex.GetTrackLength(), 100, kTolerance);
-    flex.AddPoint({100, 0, 0});
-    EXPECT_NEAR(flex.GetTrackLength(), 100, kTolerance);
-    flex.SetPoints(OnCircle(200, 0, 30, 4));
-    EXPECT_NEAR(flex.GetTrackLength(), 200 * kPi / 2.0, 1e-4);
-    flex.DefineJoints(CPoint::ZeroPos, 0, CGradeVector::ZeroGrade, CBasicGeometry::kPlaceForConnection);
-    EXPECT_LE(AngleBetween(flex.GetJoint(0)->GetAngle(), 90), kTolerance);
-    EXPECT_LE(AngleBetween(flex.GetJoint(1)->GetAngle(), 0), kTolerance);
-    CFlexTrackBIG copy(&flex);
-    EXPECT_EQ(copy.GetTrackLength(), flex.GetTrackLength());
-    EXPECT_TRUE(copy.IsJointAllowed(0) && copy.GetJoint(1)->IsActive());
 }

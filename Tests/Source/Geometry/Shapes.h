@@ -61,6 +61,15 @@ inline void ExpectSamePlace(const CPoint& actual, const CPoint& expected, double
     EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
+inline void ExpectSamePlaces(const std::vector<CPoint>& actual, const std::vector<CPoint>& expected)
+{
+    ASSERT_EQ(actual.size(), expected.size());
+    for (size_t i = 0; i < actual.size(); ++i) {
+        SCOPED_TRACE(i);
+        ExpectSamePlace(actual[i], expected[i]);
+    }
+}
+
 inline CPoint Turned(CPoint point, const CPoint& centre, double angle)
 {
     point.Rotate(centre, angle);
