@@ -245,6 +245,21 @@ TEST(TrackCourse, LinesBesideACurveKeepTheirDistance)
             EXPECT_NEAR(std::hypot(point.x, point.y), kRadius - distance, 0.02);
         }
     }
+    // A hairpin, tighter than the rails are apart: no rail comes nearer to the course than it should.
+    const std::unique_ptr<CFlexTrackBIG> hairpin(Flex({{0, 0, 0}, {200, 0, 0}, {205, 4, 0}, {200, 8, 0}, {0, 60, 0}}));
+    const CTrackCourse bent = CComponentRenderer::Find(kFlexTrackType)->MakeCourse(*hairpin, {{0, 0}, 0});
+    CRecordedDrawing middle;
+    CRecordedDrawing inner;
+    bent.AddTo(middle, 0.0);
+    bent.AddTo(inner, kGauge / 2);
+    ASSERT_FALSE(inner.GetPoints().empty());
+    for (const tVector2D& rail : inner.GetPoints()) {
+        double nearest = kInfinity;
+        for (const tVector2D& point : middle.GetPoints()) {
+            nearest = std::min(nearest, std::hypot(rail.x - point.x, rail.y - point.y));
+        }
+        EXPECT_GT(nearest, kGauge / 2 - 0.3);
+    }
 }
 
 static void DrawHostileLayouts()
