@@ -1,5 +1,4 @@
 #include "BuildingBlocks/CCountedCIG.h"
-#include "BuildingBlocks/CDrawingOptions.h"
 #include "BuildingBlocks/UGrades.h"
 #include "Source/Elements/Elements.h"
 #include "Source/Geometry/Shapes.h"
@@ -120,13 +119,13 @@ TEST(UGrades, Conversions)
     }
     CStraightBIG straight;
     straight.SpecifyStraightGeometry(0, 0, 500, 0, 0, 40, true, true);
-    CGradeVector slope({0, 0, 0}, {500, 0, 0}, 30);
+    CGradeVector slope({250, -250, 0}, {250, 250, 0}, 30);
     std::vector<CPoint> outline;
-    straight.DefineTrackItemOutlineAndHeight(0, 20, slope, outline);
-    ExpectSamePlace(outline[2], CPoint(500, 20, 30));
+    straight.DefineTrackItemOutlineAndHeight(90, 20, slope, outline);
+    ExpectSamePlace(outline[2], CPoint(230, 250, 30));
     CPoint marks[4];
-    straight.CalcTrackMarks(0, slope, marks[0], marks[1], marks[2], marks[3]);
-    ExpectSamePlace(marks[2], CPoint(500, 20, 30)); // joint 1 looks back
+    straight.CalcTrackMarks(90, slope, marks[0], marks[1], marks[2], marks[3]);
+    ExpectSamePlace(marks[2], CPoint(230, 250, 30)); // joint 1 looks back
 }
 
 TEST(UGrades, FixesAGradeToWhereTheTrackLies)
@@ -177,20 +176,4 @@ TEST(CCountedCIG, CountsACopyOfItsOwn)
     CCountedCIG debt(&counted, INT_MIN);
     debt.DecCount(1);
     EXPECT_EQ(debt.GetCount(), 0);
-}
-
-TEST(CDrawingOptions, TakesTheElementsStyle)
-{
-    const auto rgba = [](const CColor& c) { return std::vector<double>{c.R(), c.G(), c.B(), c.A()}; };
-    const CDrawingOptions standard;
-    EXPECT_EQ(standard.GetTrackStyle(), 105);
-    EXPECT_TRUE(standard.GetFill() && !standard.IsSelected());
-    EXPECT_THAT(rgba(standard.GetFirstColor()), testing::ElementsAre(0.75, 0.75, 0.75, 1));
-    EXPECT_THAT(rgba(standard.GetThirdColor()), testing::ElementsAre(1, 0, 0, 1));
-    CCompositeGeometry element;
-    element.Select();
-    element.GetLayoutItemAttributes().fillColor = {65535, 0, 13107};
-    const CDrawingOptions filled(&element, 7);
-    EXPECT_TRUE(filled.GetTrackStyle() == 7 && filled.IsSelected() && filled.GetFill());
-    EXPECT_THAT(rgba(filled.GetFirstColor()), testing::ElementsAre(1, 0, testing::DoubleEq(0.2), 1));
 }
