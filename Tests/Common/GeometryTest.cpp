@@ -25,7 +25,6 @@ TEST(CPoint, PositionAndDirection)
     EXPECT_EQ(CPoint(1, 1, 9).CalcDistance2D(CPoint(4, 5, 0)), 5.0);
     EXPECT_EQ(CPoint(1, 1, 1).CalcDistance(CPoint(3, 4, 7)), 7.0);
 
-    EXPECT_DOUBLE_EQ(CPoint::ZeroPos.CalcAngle(CPoint(1, 1, 0)), 45.0);
     EXPECT_DOUBLE_EQ(CPoint::ZeroPos.CalcAngle(CPoint(-1, 0, 0)), -180.0);
     EXPECT_DOUBLE_EQ(CPoint::ZeroPos.CalcAngle(CPoint(-1, 1, 0)), -225.0);
     EXPECT_NEAR(CPoint::ZeroPos.CalcAngle(CPoint(0, 1, 0)), 89.99427, 1e-5);
@@ -87,8 +86,6 @@ TEST(CRect, Comparisons)
                  {CRect(10.1, 0, 5, 5), false, false},
                  {CRect(0, 10.1, 5, 5), false, false},
                  {CRect(2, 2, 9, 5), false, true},
-                 {CRect(2, 2, 5, 9), false, true},
-                 {CRect(-1, 2, 5, 5), false, true},
                  {CRect(2, -1, 5, 5), false, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.other.GetTop() << ", " << c.other.GetLeft());

@@ -50,47 +50,34 @@ TEST(KVUDate, IsWhatTheCLocaleWrites)
     EXPECT_STREQ(text, "? 23. 2");
 }
 
-TEST(KVUPath, SuffixesAndComponents)
+TEST(KVUPath, SuffixesComponentsAndTilde)
 {
-    const struct {
-        const char* path;
-        bool checkOnly;
-        const char* result;
-        bool missing;
-    } cases[] = {{"plan.txt", false, "plan.txt", false},
-                 {"plan", false, "plan.txt", true},
-                 {"plan", true, "plan", true},
-                 {"txt", false, "txt.txt", true}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.path);
-        char path[32];
-        strcpy(path, c.path);
-        EXPECT_EQ(KVUPath::CheckAppendFileSuffix(path, "txt", c.checkOnly, sizeof path), c.missing);
-        EXPECT_STREQ(path, c.result);
+    char path[300];
+    for (const auto& [before, after] : {std::pair("plan.txt", "plan.txt"), std::pair("plan", "plan.txt"),
+                                        std::pair("plan.txt.bak", "plan.txt.bak.txt"), std::pair("txt", "txt.txt")}) {
+        strcpy(path, before);
+        EXPECT_EQ(KVUPath::CheckAppendFileSuffix(path, "txt", true, sizeof path), strcmp(before, after) != 0);
+        EXPECT_STREQ(path, before) << "checked only";
+        KVUPath::CheckAppendFileSuffix(path, "txt", false, sizeof path);
+        EXPECT_STREQ(path, after);
     }
-    char full[9] = "plan";
-    EXPECT_FALSE(KVUPath::CheckAppendFileSuffix(full, "txt", false, 8));
+    EXPECT_FALSE(KVUPath::CheckAppendFileSuffix(path, "txt", false, static_cast<int>(strlen(path)) + 4)) << "no room";
     EXPECT_EQ(KVUPath::GetLastPathComponent("a/b/c"), "c");
-    EXPECT_EQ(KVUPath::GetLastPathComponent("c"), "c");
     EXPECT_TRUE(KVUPath::IsAbsolutePath("/a"));
     EXPECT_FALSE(KVUPath::IsAbsolutePath("") || KVUPath::IsAbsolutePath(nullptr));
-    char path[8] = "a";
+    strcpy(path, "a");
     KVUPath::SetPathEndToSeparator(path);
     KVUPath::SetPathEndToSeparator(path);
     EXPECT_STREQ(path, "a/");
-}
 
-TEST(KVUPath, Tilde)
-{
     const CTestFolder home;
-    home.Write("file", "");
+    const std::string file = home.Write("file", "");
     setenv("HOME", home.Path().c_str(), 1);
-    std::vector<char> path(home.Path().size() + 7); // "/file", its zero and one more
-    strcpy(path.data(), "~/file");
-    KVUPath::CreatePathByExpandingTildePath(path.data(), static_cast<int>(path.size()) - 1);
-    EXPECT_STREQ(path.data(), "~/file") << "fits only with a byte to spare";
-    KVUPath::CreatePathByExpandingTildePath(path.data(), static_cast<int>(path.size()));
-    EXPECT_EQ(path.data(), home.PathOf("file"));
+    strcpy(path, "~/file");
+    KVUPath::CreatePathByExpandingTildePath(path, static_cast<int>(file.size()) + 1);
+    EXPECT_STREQ(path, "~/file") << "fits only with a byte to spare";
+    KVUPath::CreatePathByExpandingTildePath(path, static_cast<int>(file.size()) + 2);
+    EXPECT_EQ(path, file);
     ExpectFatal({{"static void KVUPath::CreatePathByExpandingTildePath\\(char \\*, int\\)\n.*No path specified",
                   [] { KVUPath::CreatePathByExpandingTildePath(nullptr, 9); }}});
 }

@@ -105,8 +105,6 @@ TEST(CXMLDocument, NodesAreAddedByParentAndByKey)
     EXPECT_FALSE(document.AddNode("list", second)) << "two nodes have that key";
     EXPECT_FALSE(document.AddNode("List", second)) << "no node has that key";
     EXPECT_TRUE(document.AddNode(list, second));
-    CXMLTextNode empty("", kRoman);
-    EXPECT_FALSE(document.AddNode(second, &empty));
     EXPECT_EQ(UXML::CreateCXMLElementNodeForParentNode(&document, second, ""), nullptr);
 
     EXPECT_EQ(document.GetNodeByKey("list"), list) << "the one added first";

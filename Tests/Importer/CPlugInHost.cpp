@@ -5,24 +5,12 @@
 #include <vector>
 
 using nlohmann::json;
+template <class tRef>
+using tHeld = Platform::tReleased<tRef>;
 
-static CFStringRef CreateText(const std::string& utf8)
+static tHeld<CFStringRef> MakeText(const std::string& utf8)
 {
-    return CFStringCreateWithCString(kCFAllocatorDefault, utf8.c_str(), kCFStringEncodingUTF8);
-}
-
-static CFTypeRef CreateObject(const json& value)
-{
-    if (!value.is_array()) {
-        return CreateText(value.get<std::string>());
-    }
-    const CFMutableArrayRef array = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
-    for (const json& entry : value) {
-        const CFTypeRef object = CreateObject(entry);
-        CFArrayAppendValue(array, object);
-        CFRelease(object);
-    }
-    return array;
+    return tHeld<CFStringRef>(CFStringCreateWithCString(kCFAllocatorDefault, utf8.c_str(), kCFStringEncodingUTF8));
 }
 
 static json ToJson(CFTypeRef object)
@@ -35,38 +23,28 @@ static json ToJson(CFTypeRef object)
         }
         return result;
     }
-    if (CFGetTypeID(object) != CFStringGetTypeID()) {
-        return nullptr;
-    }
-    const auto text = static_cast<CFStringRef>(object);
-    const CFIndex length = CFStringGetLength(text);
-    std::vector<char> bytes(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(length, kCFStringEncodingUTF8) + 1));
-    if (!CFStringGetCString(text, bytes.data(), static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8)) {
-        return nullptr;
-    }
-    return bytes.data();
+    static char text[1 << 20];
+    const bool isText = CFGetTypeID(object) == CFStringGetTypeID() &&
+                        CFStringGetCString(static_cast<CFStringRef>(object), text, sizeof text, kCFStringEncodingUTF8);
+    return isText ? json(text) : json();
 }
 
 CPlugInHost::CPlugInHost()
 {
     const std::string path = std::string(BUILD_FOLDER) + "/" + Importer::kBundleName;
-    const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), true);
-    mPlugIn = CFPlugInCreate(kCFAllocatorDefault, url);
-    CFRelease(url);
-    if (mPlugIn == nullptr) {
+    const tHeld<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
+        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), true));
+    mPlugIn.reset(CFPlugInCreate(kCFAllocatorDefault, url.get()));
+    if (!mPlugIn) {
         return;
     }
-    const CFArrayRef factories = CFPlugInFindFactoriesForPlugInTypeInPlugIn(kMDImporterTypeID, mPlugIn);
-    if (CFArrayGetCount(factories) == 1) {
-        mFactory = static_cast<CFUUIDRef>(CFRetain(CFArrayGetValueAtIndex(factories, 0)));
-    }
-    CFRelease(factories);
-    if (mFactory == nullptr) {
+    const tHeld<CFArrayRef> factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(kMDImporterTypeID, mPlugIn.get()));
+    if (CFArrayGetCount(factories.get()) != 1) {
         return;
     }
+    mFactory.reset(static_cast<CFUUIDRef>(CFRetain(CFArrayGetValueAtIndex(factories.get(), 0))));
     auto** const unknown = static_cast<MDImporterInterfaceStruct**>(
-        CFPlugInInstanceCreate(kCFAllocatorDefault, mFactory, kMDImporterTypeID));
+        CFPlugInInstanceCreate(kCFAllocatorDefault, mFactory.get(), kMDImporterTypeID));
     if (unknown == nullptr) {
         return;
     }
@@ -81,39 +59,25 @@ CPlugInHost::~CPlugInHost()
     if (mImporter != nullptr) {
         (*mImporter)->Release(mImporter);
     }
-    if (mFactory != nullptr) {
-        CFRelease(mFactory);
-    }
-    if (mPlugIn != nullptr) {
-        CFRelease(mPlugIn);
-    }
 }
 
 bool CPlugInHost::Import(const std::string& path, json& attributes, const char* contentType) const
 {
-    const CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(
-        kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+    const tHeld<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
+        kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     for (const auto& [key, value] : attributes.items()) {
-        const CFStringRef name = CreateText(key);
-        const CFTypeRef object = CreateObject(value);
-        CFDictionarySetValue(dictionary, name, object);
-        CFRelease(name);
-        CFRelease(object);
+        CFDictionarySetValue(dictionary.get(), MakeText(key).get(), MakeText(value.get<std::string>()).get());
     }
-    const CFStringRef type = CreateText(contentType != nullptr ? contentType : Importer::kContentType);
-    const CFStringRef pathText = CreateText(path);
-    const bool result = (*mImporter)->ImporterImportData(mImporter, dictionary, type, pathText) != 0;
-    CFRelease(type);
-    CFRelease(pathText);
-
-    std::vector<const void*> keys(static_cast<size_t>(CFDictionaryGetCount(dictionary)));
+    const auto type = MakeText(contentType != nullptr ? contentType : Importer::kContentType);
+    const bool result =
+        (*mImporter)->ImporterImportData(mImporter, dictionary.get(), type.get(), MakeText(path).get()) != 0;
+    std::vector<const void*> keys(static_cast<size_t>(CFDictionaryGetCount(dictionary.get())));
     std::vector<const void*> values(keys.size());
-    CFDictionaryGetKeysAndValues(dictionary, keys.data(), values.data());
+    CFDictionaryGetKeysAndValues(dictionary.get(), keys.data(), values.data());
     attributes = json::object();
     for (size_t i = 0; i < keys.size(); ++i) {
         attributes[ToJson(keys[i]).get<std::string>()] = ToJson(values[i]);
     }
-    CFRelease(dictionary);
     return result;
 }
 

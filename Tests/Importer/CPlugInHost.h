@@ -1,6 +1,8 @@
 // Loads the built importer bundle as an indexing service does.
 #pragma once
 
+#include "Platform/Released.h"
+
 #include <CoreServices/CoreServices.h>
 
 #include <nlohmann/json.hpp>
@@ -17,19 +19,19 @@ public:
     /// Whether every step up to the importer interface succeeded; nothing else may be called otherwise.
     bool IsReady() const { return mImporter != nullptr; }
 
-    CFPlugInRef PlugIn() const { return mPlugIn; }
-    CFUUIDRef Factory() const { return mFactory; }
+    CFPlugInRef PlugIn() const { return mPlugIn.get(); }
+    CFUUIDRef Factory() const { return mFactory.get(); }
     MDImporterInterfaceStruct** Importer() const { return mImporter; }
 
     /// Imports a document.
     /// @param path        UTF-8
-    /// @param attributes  what the dictionary holds before and after: texts and arrays of texts
+    /// @param attributes  what the dictionary holds before and after: texts, and after also arrays of texts
     /// @return what the importer answers
     bool Import(const std::string& path, nlohmann::json& attributes, const char* contentType = nullptr) const;
 
 private:
-    CFPlugInRef mPlugIn = nullptr;
-    CFUUIDRef mFactory = nullptr;
+    Platform::tReleased<CFPlugInRef> mPlugIn;
+    Platform::tReleased<CFUUIDRef> mFactory;
     MDImporterInterfaceStruct** mImporter = nullptr;
 };
 
