@@ -187,6 +187,11 @@ TEST(CDocumentChecker, SaysWhatReadersPassOver)
     badIndex[placeOf(425)->begin + 3 * 8 + 7] = 99; // the first group's first element
     EXPECT_EQ(check(badIndex), std::to_string(placeOf(425)->begin + 3 * 8) + ": no element has the index 99\n");
 
+    tBytes manyGroups = sound;
+    manyGroups[placeOf(425)->begin + 7] = 99;
+    EXPECT_EQ(check(manyGroups),
+              std::to_string(placeOf(425)->begin) + ": record 425 promises 99 groups, 2 are there\n");
+
     EXPECT_EQ(CDocumentChecker::GetKind(sound), CDocumentChecker::eDocument::kLayout);
     EXPECT_EQ(CDocumentChecker::GetKind(tBytes{'R', 'S', 'e', 't'}), CDocumentChecker::eDocument::kLibrary);
     EXPECT_EQ(CDocumentChecker::GetKind(tBytes{'R', 'S'}), CDocumentChecker::eDocument::kUnknown);
