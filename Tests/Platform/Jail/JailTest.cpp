@@ -5,6 +5,7 @@
 #include "Platform/Fonts.h"
 #include "Platform/Process.h"
 #include "Platform/Report.h"
+#include "support/Child.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,7 +13,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sched.h>
@@ -21,28 +21,13 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
-/// How a child ended: 0 done, an error number, or the number of a signal and kBySignal.
-static constexpr int kBySignal = 1000;
+/// How a child ended, besides 0 for done and an error number.
 static constexpr int kKilled = kBySignal + SIGSYS;
 /// The layers a child was to put on are not to be had here.
 static constexpr int kNoJail = 200;
-
-static int RunChild(const std::function<int()>& action)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(action());
-    }
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child) {
-        return -1;
-    }
-    return WIFSIGNALED(status) ? kBySignal + WTERMSIG(status) : WEXITSTATUS(status);
-}
 
 static bool Close(Jail::eProfile profile, unsigned layers, const std::vector<std::string>& folders = {})
 {
@@ -332,10 +317,10 @@ TEST_F(JailTest, MeasuresTextsInFontsThatWereNotOpenedBefore)
             if (jailed && !Close(Jail::eProfile::kDraw, Jail::kAllLayers, Platform::FontFolders())) {
                 return 2;
             }
-            size_t next = 2;
+            double* size = sizes;
             for (const char* font : {"DejaVu Serif", "FreeMono", "no such font"}) {
-                Platform::MeasureText(font, 30, "Gr\u00F6\u00DFe \u03A9\u0416 \u05D0", sizes[next], sizes[next + 1]);
-                next += 2;
+                size += 2;
+                Platform::MeasureText(font, 30, "Gr\u00F6\u00DFe \u03A9\u0416 \u05D0", size[0], size[1]);
             }
             return write(results[1], sizes, sizeof sizes) == static_cast<ssize_t>(sizeof sizes) ? 0 : 3;
         });

@@ -4,7 +4,7 @@
 #include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/Drawing.h"
-#include "Platform/Functions/Child.h"
+#include "support/Child.h"
 
 #include <gtest/gtest.h>
 #include <png.h>
