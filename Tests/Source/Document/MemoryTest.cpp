@@ -1,4 +1,6 @@
 // How much memory a hostile document can claim. A program of its own: it counts what operator new hands out.
+#include "BuildingBlocks/CCompositeGeometry.h"
+#include "Layouts/Groups/UGroups.h"
 #include "TestLayout.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +15,7 @@
 namespace {
 size_t sNow = 0;
 size_t sPeak = 0;
+bool sIsExhausted = false;
 
 void* Allocate(size_t size)
 {
@@ -33,7 +36,7 @@ void* operator new(size_t size)
 }
 void* operator new(size_t size, const std::nothrow_t&) noexcept
 {
-    return Allocate(size);
+    return sIsExhausted ? nullptr : Allocate(size);
 }
 void operator delete(void* block) noexcept
 {
@@ -213,4 +216,14 @@ TEST(Memory, CountsAloneClaimNothing)
     }
     // A size that the file does not have.
     EXPECT_LT(PeakOf("WkSt" + Bytes32(5) + Bytes16(404) + Bytes16(0xFFFF) + "abc"), kLittle);
+}
+
+TEST(MemoryDeathTest, AGroupForWhichThereIsNoMemoryIsReported)
+{
+    CTestLayout layout;
+    layout.AddItem(new CCompositeGeometry);
+    layout.AddItem(new CCompositeGeometry);
+    EXPECT_EXIT(sIsExhausted = true; UGroups::NewGroupFromElementVector(&layout, layout.GetElements()),
+                                     testing::ExitedWithCode(0),
+                                     "NewGroupFromElementVector.*(\n.*)*Failed to create new group");
 }
