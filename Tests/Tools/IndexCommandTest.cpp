@@ -3,6 +3,7 @@
 #include "ProgramRun.h"
 #include "index/CIndexDatabase.h"
 #include "index/Tokenizer.h"
+#include "support/Random.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <chrono>
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <random>
 #include <sys/inotify.h>
 #include <sys/wait.h>
 #include <thread>
@@ -194,7 +194,7 @@ TEST(IndexCommand, GoesOnAfterBeingKilled)
     const auto whole = std::chrono::steady_clock::now() - begin;
     const std::string expected = Dump(fresh);
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    std::mt19937 random(7);
+    CRandom random(7);
     int killed = 0;
     int partial = 0;
     for (int round = 0; round < 20 && (round < 3 || killed < 6 || partial == 0); ++round) {

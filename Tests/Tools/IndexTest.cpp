@@ -4,6 +4,7 @@
 #include "index/CIndexRun.h"
 #include "index/CQuery.h"
 #include "index/Tokenizer.h"
+#include "support/Random.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <algorithm>
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <random>
 #include <sstream>
 #include <sys/stat.h>
 
@@ -115,7 +115,7 @@ TEST(Query, IsRefusedOrTakenWhateverItSays)
         "rowid 0 \\ /* % text: \xF0\x9F\x9A\x82 \x02 *)");
     std::vector<std::string> pieces = {" ", " ", " ", "\n", std::string(1, '\0')};
     pieces.insert(pieces.end(), std::istream_iterator<std::string>(list), {});
-    std::mt19937 random(5);
+    CRandom random(5);
     int good = 0;
     int bad = 0;
     const auto tryQuery = [&](const std::string& text) {

@@ -1,5 +1,6 @@
 #include "CTaggedFile/CTaggedFile.h"
 #include "Source/Elements/Elements.h"
+#include "support/Fatal.h"
 
 #include <cstring>
 
@@ -187,9 +188,9 @@ TEST(Components, CopiesAndAssignment)
     tBytes raw = RawOf(*poly);
     raw[raw.size() - 9] = 0; // the flag that no file has
     EXPECT_EQ(RawOf(*CPolyBIG(static_cast<void*>(raw.data() + 4)).Clone()), raw);
-    EXPECT_EXIT(text.SetText(nullptr), testing::ExitedWithCode(0), "CTextBIG::SetText.*(\n.*)*No text supplied");
-    EXPECT_EXIT(CStraightBIG(static_cast<CStraightBIG*>(nullptr)), testing::ExitedWithCode(0),
-                "CBasicGeometry::CBasicGeometry.CBasicGeometry .*(\n.*)*Invalid input parameter for copy constructor");
+    ExpectFatal({{"CTextBIG::SetText(.|\n)*No text supplied", [&] { text.SetText(nullptr); }},
+                 {"CBasicGeometry::CBasicGeometry(.|\n)*Invalid input parameter for copy constructor",
+                  [] { CStraightBIG(static_cast<CStraightBIG*>(nullptr)); }}});
 
     std::vector<CJoint*> joints = {nullptr, nullptr, nullptr};
     text.GetJoints(CPoint::ZeroPos, 0, CGradeVector::ZeroGrade, joints, false);

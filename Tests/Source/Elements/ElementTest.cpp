@@ -3,6 +3,7 @@
 #include "Layers/CLayer.h"
 #include "Layers/CLayerNameResolver.h"
 #include "Source/Elements/Elements.h"
+#include "support/Fatal.h"
 
 #include <cstring>
 
@@ -218,8 +219,8 @@ TEST(Element, ComponentsComeAndGo)
     EXPECT_EQ(fresh->GetJoint(0)->GetOwner(), &element);
     EXPECT_EQ(element.GetNumberOfComponents(), 499u);
 
-    EXPECT_EXIT(element.AppendBIG(nullptr), testing::ExitedWithCode(0),
-                "void CCompositeGeometry::AppendBIG.CBasicGeometry (.|\n)*No CBasicGeometry object specified");
+    ExpectFatal(
+        {{"AppendBIG.CBasicGeometry (.|\n)*No CBasicGeometry object specified", [&] { element.AppendBIG(nullptr); }}});
 }
 
 TEST(Element, OwnsItsJointsHoweverItGotThem)

@@ -130,7 +130,7 @@ TEST(UGrades, Conversions)
 
 TEST(UGrades, FixesAGradeToWhereTheTrackLies)
 {
-    CRandom random(31);
+    CRandomShapes random(31);
     for (int i = 0; i < 60; ++i) {
         SCOPED_TRACE(i);
         CCompositeGeometry element;

@@ -55,7 +55,7 @@ std::vector<CPoint> OnCircle(double radius, double start, double step, int count
 
 TEST(UBezier, RunsSmoothlyThroughEveryPoint)
 {
-    CRandom random(21);
+    CRandomShapes random(21);
     for (int i = 0; i < 500; ++i) {
         SCOPED_TRACE(i);
         const std::vector<CPoint> points = random.Points(2 + random.Below(8), std::pow(10.0, random.Between(-2, 5)));
@@ -90,7 +90,7 @@ TEST(UBezier, RunsSmoothlyThroughEveryPoint)
 
 TEST(UBezier, ReproducesCircles)
 {
-    CRandom random(22);
+    CRandomShapes random(22);
     double worst = 0.0;
     for (int i = 0; i < 100; ++i) {
         const double radius = std::pow(10.0, random.Between(0, 4));

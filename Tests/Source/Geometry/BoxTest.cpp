@@ -99,14 +99,14 @@ tLine Offset(const tBezierSegment& s, double distance)
 
 TEST(Box, OfACurveStartsAtItsOffsetAndIsThatOfItsTrackbed)
 {
-    CRandom random(2);
+    CRandomShapes random(2);
     for (int i = 0; i < 300; ++i) {
         SCOPED_TRACE(i);
         CCurveBIG curve;
         // Right angles, half and whole turns are where a box formula breaks first.
         static constexpr double kRound[] = {0, 30, 90, 180, 270, 360, 450, -90, -180, -360};
-        const double arc = random.Coin() ? kRound[random.Below(10)] : random.Between(-800, 800);
-        const double angle = random.Coin() ? kRound[random.Below(10)] : random.Between(-800, 800);
+        const double arc = random.Bool() ? kRound[random.Below(10)] : random.Between(-800, 800);
+        const double angle = random.Bool() ? kRound[random.Below(10)] : random.Between(-800, 800);
         const double radius = random.Below(4) == 0 ? random.Between(0, 20) : random.Between(20, 2000);
         curve.SpecifyCurveGeometry(random.Between(-500, 500), random.Between(-500, 500), radius, arc,
                                    random.Between(-360, 360), random.Between(0, 45), random.Between(0, 80), true, true);
@@ -134,7 +134,7 @@ TEST(Box, OfACurveStartsAtItsOffsetAndIsThatOfItsTrackbed)
 
 TEST(Box, OfAFlexibleTrackIsThatOfItsTrackbedHoweverTight)
 {
-    CRandom random(4);
+    CRandomShapes random(4);
     for (int i = 0; i < 400; ++i) {
         SCOPED_TRACE(i);
         const double reach = std::pow(10.0, random.Between(0.5, 3.0)); // down to bends far tighter than the trackbed

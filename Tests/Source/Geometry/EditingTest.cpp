@@ -7,7 +7,7 @@
 
 namespace {
 /// Adds a polygon to a new element that is turned and moved; the polygon is turned as well.
-std::unique_ptr<CCompositeGeometry> InTurnedElement(CPolyBIG* poly, CRandom& random)
+std::unique_ptr<CCompositeGeometry> InTurnedElement(CPolyBIG* poly, CRandomShapes& random)
 {
     auto element = std::make_unique<CCompositeGeometry>();
     element->AppendBIG(poly);
@@ -40,7 +40,7 @@ CPolyBIG* Line(const std::vector<CPoint>& points)
 
 TEST(Editing, OnePointIsEditedAndTheOthersStay)
 {
-    CRandom random(51);
+    CRandomShapes random(51);
     for (int i = 0; i < 120; ++i) {
         SCOPED_TRACE(i);
         const bool isFlex = i % 3 == 0;
@@ -133,7 +133,7 @@ TEST(Editing, OnePointIsEditedAndTheOthersStay)
 
 TEST(Editing, AClickTakesHoldOfTheNearestHandle)
 {
-    CRandom random(52);
+    CRandomShapes random(52);
     auto flex = std::make_unique<CFlexTrackBIG>();
     flex->SpecifyFlexGeometry(3, 4, {{0, 0, 0}, {200, 0, 0}, {400, 100, 0}}, 20, 30, 900);
     CFlexTrackBIG& track = *flex;
@@ -154,7 +154,7 @@ TEST(Editing, AClickTakesHoldOfTheNearestHandle)
 
 TEST(Editing, NoEditMakesAFlexibleTrackLongerThanItsMaximum)
 {
-    CRandom random(53);
+    CRandomShapes random(53);
     for (int i = 0; i < 60; ++i) {
         SCOPED_TRACE(i);
         const double most = random.Between(300, 900);
@@ -166,7 +166,7 @@ TEST(Editing, NoEditMakesAFlexibleTrackLongerThanItsMaximum)
         flex.SpecifyFlexGeometry(0, 0, points, 0, 30, most);
         ASSERT_LT(flex.GetTrackLength(), most);
         // Pulling one end draws that end back, in the direction in which it was pulled; the rest stays.
-        const bool pullsFirst = random.Coin();
+        const bool pullsFirst = random.Bool();
         std::vector<CPoint> pulled = points;
         (pullsFirst ? pulled.front() : pulled.back()).MoveBy(pullsFirst ? -most : most, random.Between(-99, 99), 0);
         EXPECT_TRUE(flex.SetPoints(pulled));
@@ -202,7 +202,7 @@ TEST(Editing, NoEditMakesAFlexibleTrackLongerThanItsMaximum)
 
 TEST(Editing, AConnectedTrackStaysWithItsNeighboursOrLetsGo)
 {
-    CRandom random(55);
+    CRandomShapes random(55);
     for (int i = 0; i < 120; ++i) {
         SCOPED_TRACE(i);
         // A track of nearly its full length, with a neighbour at its first end, its last, or both.
@@ -270,7 +270,7 @@ TEST(Editing, AConnectedTrackStaysWithItsNeighboursOrLetsGo)
 
 TEST(Editing, APointHalfwayLeavesBothEndsOfAFullTrack)
 {
-    CRandom random(56);
+    CRandomShapes random(56);
     for (int i = 0; i < 200; ++i) {
         SCOPED_TRACE(i);
         std::vector<CPoint> points = {{0, 0, 0}};
@@ -316,7 +316,7 @@ TEST(Editing, ARestrictionMovesThePointOfTheLastEditAndNoOther)
 
 TEST(Editing, AMergedTrackGoesOnWhereTheOtherDid)
 {
-    CRandom random(57);
+    CRandomShapes random(57);
     for (int i = 0; i < 8; ++i) {
         SCOPED_TRACE(i);
         const bool isBehind = i % 2 == 0;
@@ -355,13 +355,13 @@ TEST(Editing, AMergedTrackGoesOnWhereTheOtherDid)
 
 TEST(Editing, LinesWhoseEndsMeetBecomeOne)
 {
-    CRandom random(54);
+    CRandomShapes random(54);
     for (int i = 0; i < 60; ++i) {
         SCOPED_TRACE(i);
         // A way through points, cut into lines that run either way, in any order.
         const int count = 4 + random.Below(12);
         std::vector<CPoint> way = random.Points(count, 400);
-        const bool ring = random.Coin();
+        const bool ring = random.Bool();
         if (ring) {
             way.push_back(way.front());
         }
@@ -370,7 +370,7 @@ TEST(Editing, LinesWhoseEndsMeetBecomeOne)
         for (size_t from = 0; from + 1 < way.size(); ++lines) {
             const size_t to = std::min(from + 1 + static_cast<size_t>(random.Below(3)), way.size() - 1);
             std::vector<CPoint> part(&way[from], &way[to] + 1);
-            if (random.Coin()) {
+            if (random.Bool()) {
                 std::reverse(part.begin(), part.end());
             }
             element->AppendBIG(Line(part));

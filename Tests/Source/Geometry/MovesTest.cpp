@@ -130,7 +130,7 @@ TEST(Moves, CurvesJoinedEndToEndCloseACircle)
 
 TEST(Moves, AJointFacesTheWayIntoItsTrack)
 {
-    CRandom random(11);
+    CRandomShapes random(11);
     for (int i = 0; i < 300; ++i) {
         SCOPED_TRACE(i);
         const auto track = RandomComponent(random, i % 2 == 0 ? kStraightType : kCurveType);
@@ -174,7 +174,7 @@ TEST(Moves, AJointFacesTheWayIntoItsTrack)
 
 TEST(Moves, OutlinesOfCurvesKeepTheirDistance)
 {
-    CRandom random(12);
+    CRandomShapes random(12);
     for (int i = 0; i < 100; ++i) {
         SCOPED_TRACE(i);
         CCurveBIG curve;
@@ -200,11 +200,11 @@ TEST(Moves, OutlinesOfCurvesKeepTheirDistance)
 
 TEST(Moves, TurningIsRigidAndTurningBackRestores)
 {
-    CRandom random(13);
+    CRandomShapes random(13);
     for (int i = 0; i < 300; ++i) {
         SCOPED_TRACE(i);
         const tElement element = RandomElement(random);
-        if (random.Coin()) {
+        if (random.Bool()) {
             element->RotateBy(random.Between(-360, 360));
         }
         const std::vector<CPoint> before = FixedPoints(*element);
@@ -240,7 +240,7 @@ TEST(Moves, TurningIsRigidAndTurningBackRestores)
 
 TEST(Moves, AnElementTurnsAboutTheMiddleOfItsBox)
 {
-    CRandom random(14);
+    CRandomShapes random(14);
     for (int i = 0; i < 50; ++i) {
         const tElement element = RandomElement(random);
         DRect box = {};
@@ -300,7 +300,7 @@ TEST(Moves, ATextTurnsWithItsElement)
 
 TEST(Moves, AGradeTurnsWithItsElement)
 {
-    CRandom random(15);
+    CRandomShapes random(15);
     for (int i = 0; i < 300; ++i) {
         SCOPED_TRACE(i);
         tElement element = RandomElement(random);

@@ -5,14 +5,14 @@
 
 namespace {
 /// Track that swings from side to side, each corner drawn as one point or as some close ones.
-std::vector<CPoint> Swinging(CRandom& random, int corners)
+std::vector<CPoint> Swinging(CRandomShapes& random, int corners)
 {
     std::vector<CPoint> points = {random.Point(1000)};
     double heading = random.Between(-180, 180);
     const auto go = [&](double length) { points.push_back(points.back() + Turned({length, 0, 0}, CPoint(), heading)); };
     go(random.Between(600, 900));
     for (int i = 0; i < corners; ++i) {
-        const bool close = random.Coin();
+        const bool close = random.Bool();
         if (close) {
             go(random.Between(50, 150));
         }
@@ -94,10 +94,10 @@ int CountCrossings(const std::vector<CPoint>& line)
 
 TEST(Offset, KeepsItsDistanceAndNeverCrossesItself)
 {
-    CRandom random(31);
+    CRandomShapes random(31);
     for (int i = 0; i < 60; ++i) {
         SCOPED_TRACE(i);
-        double distance = random.Between(5, 60) * (random.Coin() ? 1 : -1);
+        double distance = random.Between(5, 60) * (random.Bool() ? 1 : -1);
         std::vector<CPoint> points;
         do {
             points = Swinging(random, random.Below(5));
@@ -138,7 +138,7 @@ TEST(Offset, KeepsItsDistanceAndNeverCrossesItself)
 
 TEST(Offset, ACourseIsWalkedByItsLength)
 {
-    CRandom random(32);
+    CRandomShapes random(32);
     for (int i = 0; i < 30; ++i) {
         SCOPED_TRACE(i);
         const auto track = RandomComponent(random, kFlexTrackType);
@@ -163,7 +163,7 @@ TEST(Offset, ACourseIsWalkedByItsLength)
 
 TEST(Offset, HostileCurvesGiveFewAndFinitePoints)
 {
-    CRandom random(33);
+    CRandomShapes random(33);
     std::vector<CPoint> circle;
     for (int i = 0; i <= 12; ++i) {
         circle.push_back(Turned({10, 0, 0}, CPoint(), 30.0 * i));

@@ -27,7 +27,7 @@ DRect BoxOf(CBasicGeometry& component, double angle)
 }
 
 /// A track or polygon as people draw it: no bend tighter than the trackbed, no edge that crosses another.
-std::unique_ptr<CBasicGeometry> Ordinary(CRandom& random, int type)
+std::unique_ptr<CBasicGeometry> Ordinary(CRandomShapes& random, int type)
 {
     auto component = RandomComponent(random, type);
     if (!IsPolygonType(type)) {
@@ -35,7 +35,7 @@ std::unique_ptr<CBasicGeometry> Ordinary(CRandom& random, int type)
     }
     auto* poly = static_cast<CPolyBIG*>(component.get());
     std::vector<CPoint> points;
-    const bool closed = type == kPolyType && random.Coin();
+    const bool closed = type == kPolyType && random.Bool();
     const int count = 3 + random.Below(6);
     for (int i = 0; i < count; ++i) { // a wave, or around a middle
         points.push_back(
@@ -61,12 +61,12 @@ bool IsFinite(const DRect& box)
 
 TEST(Properties, ABoxHoldsItsOutlineAndTouchesItOnEverySide)
 {
-    CRandom random(41);
+    CRandomShapes random(41);
     static constexpr int kTypes[] = {kStraightType, kCurveType, kPolyType, kFlexTrackType};
     for (int i = 0; i < 800; ++i) {
         SCOPED_TRACE(i);
         const int type = kTypes[i % 4];
-        const bool ordinary = random.Coin();
+        const bool ordinary = random.Bool();
         const auto component = ordinary ? Ordinary(random, type) : RandomComponent(random, type);
         const double angle = i % 8 < 4 ? 45.0 * random.Below(9) : random.Between(-720, 720);
         const DRect box = BoxOf(*component, angle);
@@ -94,7 +94,7 @@ TEST(Properties, ABoxHoldsItsOutlineAndTouchesItOnEverySide)
 
 TEST(Properties, JoinedJointsMeetAndFaceEachOther)
 {
-    CRandom random(43);
+    CRandomShapes random(43);
     static constexpr int kTypes[] = {kStraightType, kCurveType, kFlexTrackType};
     for (int i = 0; i < 300; ++i) {
         SCOPED_TRACE(i);
@@ -145,7 +145,7 @@ TEST(Properties, JoinedJointsMeetAndFaceEachOther)
 
 TEST(Properties, ScalingKeepsTheShape)
 {
-    CRandom random(44);
+    CRandomShapes random(44);
     for (int i = 0; i < 100; ++i) {
         SCOPED_TRACE(i);
         const auto element = RandomElement(random);
@@ -181,8 +181,8 @@ TEST(Properties, NothingGivesANumberThatIsNotFinite)
 {
     static constexpr double kWild[] = {0.0,           -0.0,  1e-300, 720.0,    -90.0,     2147483647.0,
                                        -2147483648.0, 1e308, -1e308, kEndless, -kEndless, kNoNumber};
-    CRandom random(45);
-    const auto wild = [&] { return random.Coin() ? random.Between(-500, 500) : kWild[random.Below(12)]; };
+    CRandomShapes random(45);
+    const auto wild = [&] { return random.Bool() ? random.Between(-500, 500) : kWild[random.Below(12)]; };
     const auto wildPoints = [&] {
         std::vector<CPoint> points;
         for (int count = random.Below(8); count > 0; --count) {
@@ -218,7 +218,7 @@ TEST(Properties, NothingGivesANumberThatIsNotFinite)
             if (i % 5 == 3) {
                 poly = std::make_unique<CPolyBIG>();
                 poly->SpecifyPolyGeometry(wild(), wild(), wildPoints(), wild(), 1, 1);
-                poly->SetPolyCloseFlag(random.Coin());
+                poly->SetPolyCloseFlag(random.Bool());
             } else {
                 auto flex = std::make_unique<CFlexTrackBIG>();
                 flex->SpecifyFlexGeometry(wild(), wild(), wildPoints(), wild(), wild(), wild());
@@ -230,7 +230,7 @@ TEST(Properties, NothingGivesANumberThatIsNotFinite)
             poly->RestrictPolyPoint(i % 2 == 0 ? "d" : "h");
             poly->InsertPointBefore(random.Below(3));
             poly->InsertPointAfter(random.Below(3));
-            poly->Scale(wild(), random.Coin());
+            poly->Scale(wild(), random.Bool());
             poly->MirrorPointsVertically();
             poly->Normalize();
             poly->RoundPointPositions();
@@ -263,7 +263,7 @@ TEST(Properties, NothingGivesANumberThatIsNotFinite)
         ASSERT_TRUE(std::isfinite(element.GetTrackLength()));
         ASSERT_TRUE(IsFinite(element.GetPosition()));
         for (const double distance : {0.0, 20.0, wild()}) {
-            const auto outline = Outline(shape, random.Coin() ? element.GetAngle() : wild(), distance);
+            const auto outline = Outline(shape, random.Bool() ? element.GetAngle() : wild(), distance);
             ASSERT_LE(outline.size(), 20000u);
             for (const CPoint& point : outline) {
                 ASSERT_TRUE(IsFinite(point));
@@ -280,7 +280,7 @@ TEST(Properties, NothingGivesANumberThatIsNotFinite)
         const size_t start = 4 + CCompositeGeometry::kRawSizeBeforeGrade + CGradeVector::kRawSize + 8;
         for (const size_t field :
              {size_t{4 + 284}, size_t{4 + 336}, start, start + 8, start + 16, start + 24, start + 34, start + 60}) {
-            if (random.Coin() && field + 8 <= size) {
+            if (random.Bool() && field + 8 <= size) {
                 std::memcpy(block.get() + field, &value, sizeof value);
             }
         }

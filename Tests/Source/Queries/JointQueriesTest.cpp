@@ -100,7 +100,7 @@ TEST(JointQueries, WalksAlongChainsAndRings)
 TEST(JointQueries, AgreeWithPlainWalksInAnyOrder)
 {
     CRandom random(7);
-    const auto below = [&random](size_t limit) { return static_cast<size_t>(random.Next() % limit); };
+    const auto below = [&random](size_t limit) { return static_cast<size_t>(random() % limit); };
     for (int round = 0; round < 400; ++round) {
         SCOPED_TRACE(round);
         CTracks tracks;

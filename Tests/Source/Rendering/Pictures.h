@@ -5,14 +5,10 @@
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/Drawing.h"
 #include "support/Child.h"
+#include "support/Files.h"
 
-#include <gtest/gtest.h>
 #include <png.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -65,11 +61,11 @@ private:
 inline bool PinFonts()
 {
     const std::string fonts = "/usr/share/fonts/truetype/dejavu";
-    const std::string folder = getenv("TEST_FOLDER");
-    std::ofstream(folder + "/pinned.conf")
-        << "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\"><fontconfig><dir>" << fonts
-        << "</dir><cachedir>" << folder << "/font-cache</cachedir></fontconfig>";
-    setenv("FONTCONFIG_FILE", (folder + "/pinned.conf").c_str(), 1);
+    const std::string configuration = WriteTestFile(
+        "pinned.conf",
+        "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\"><fontconfig><dir>" + fonts +
+            "</dir><cachedir>" + TestPath("font-cache") + "</cachedir></fontconfig>");
+    setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
     return std::filesystem::exists(fonts + "/DejaVuSans.ttf");
 }
 
@@ -89,10 +85,4 @@ inline std::string DrawPicture(CLayoutRenderer& renderer, Platform::ePictureForm
     renderer.Draw(*picture);
     EXPECT_TRUE(picture->Finish(bytes));
     return bytes;
-}
-
-inline std::string ReadBytes(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }

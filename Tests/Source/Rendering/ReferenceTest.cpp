@@ -2,8 +2,6 @@
 // writes them anew: look at them before they are committed.
 #include "Pictures.h"
 
-#include <cstdlib>
-
 namespace {
 /// Pixels whose colour may differ by more than kSlight, of a thousand: what another version of the drawing library or
 /// of the font does at edges.
@@ -37,10 +35,10 @@ void Compare(const tReference& reference)
     const std::string drawn = DrawPicture(renderer, Platform::ePictureFormat::kPNG);
     const std::string path = std::string(TEST_DATA "/pictures/") + reference.picture + ".png";
     if (getenv("VELMORA_WRITE_PICTURES") != nullptr) {
-        std::ofstream(path, std::ios::binary) << drawn;
+        WriteFile(path, drawn);
     }
     const CPixels now(drawn);
-    const CPixels before(ReadBytes(path));
+    const CPixels before(ReadFile(path));
     ASSERT_EQ(now.Width(), before.Width());
     ASSERT_EQ(now.Height(), before.Height());
     int different = 0;
