@@ -97,10 +97,8 @@ TEST_F(CErrReports, FatalReportsEndTheProcessWithStatusZero)
                   [] { CErr::CheckError(-43, "no file"); }},
                  {"^ Function    :  f\n Error Code  :  <NULL>\n Description :  d\n\nALERT 0",
                   [] { CErr::CheckNull(nullptr, "f", "d"); }},
-                 {"Function    :  \\?\\?\\?\n.*ALERT 0", [] { CErr::CheckNull(nullptr, ""); }}});
+                 {"\\?\\?\\?\n.*ALERT 0", [] { CErr::CheckNull(nullptr, ""); }}});
     EXPECT_THAT(Log(), HasSubstr(" :  Error logged for process '"));
-    EXPECT_THAT(Log(), HasSubstr(kSeparator + "\n Function    :  CheckError\n Error Code  :  -43\n"));
-    EXPECT_THAT(Log(), HasSubstr(" Error Code  :  <NULL>\n Description :  d\n\n"));
     Platform::SetAlertHandler(nullptr, nullptr);
 }
 
