@@ -1,4 +1,3 @@
-#include "CPoint/CPoint.h"
 #include "KVUNum/KVUNum.h"
 #include "KVURawMem/KVURawMem.h"
 
@@ -44,17 +43,6 @@ TEST(KVUNum, Angles)
     // What no turn can lift above 0 must not hang.
     EXPECT_TRUE(std::isnan(KVUNum::NormalizeAngle360(-std::numeric_limits<double>::infinity())));
     EXPECT_GE(KVUNum::NormalizeAngle360(-1e300), 0.0);
-}
-
-TEST(KVUNum, SphereAndLine)
-{
-    CPoint point(7, 7, 7);
-    EXPECT_FALSE(KVUNum::SphereLineIntersection(CPoint(1, 0, 0), CPoint(1, 0, 0), CPoint(), 5, point));
-    EXPECT_FALSE(KVUNum::SphereLineIntersection(CPoint(-9, 6, 0), CPoint(9, 6, 0), CPoint(), 5, point));
-    for (const double x : {-20.0, -4.0, 0.5, 4.0, 20.0}) { // the line at height 4 meets the sphere at -3 and 3
-        ASSERT_TRUE(KVUNum::SphereLineIntersection(CPoint(x, 4, 1), CPoint(x + 1, 4, 1), CPoint(0, 0, 1), 5, point));
-        EXPECT_NEAR(point.CalcDistance(x < 0 ? -3 : 3, 4, 1), 0.0, 1e-9) << "the nearer one";
-    }
 }
 
 TEST(KVURawMem, FieldsArePackedAndComeBack)

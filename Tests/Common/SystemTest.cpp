@@ -1,12 +1,10 @@
 #include "CBundle/CBundle.h"
-#include "CMutexLock/CMutexLock.h"
 #include "KVUDate/KVUDate.h"
 #include "KVUPath/KVUPath.h"
 #include "UFiles/UFiles.h"
 #include "support/Files.h"
 
 #include <cstring>
-#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -82,9 +80,6 @@ TEST(UFiles, NamesAndPaths)
     std::string message;
     EXPECT_EQ(UFiles::GetFullPathToFile(full, 5, file, message), bdNamErr);
     EXPECT_EQ(UFiles::GetFullPathToFile(full, sizeof full, FSRef(), message), rfNumErr);
-    FILE* const stream = UFiles::OpenFSRefAsFileHandle(&file, "rb");
-    ASSERT_NE(stream, nullptr);
-    fclose(stream);
 }
 
 TEST(UFiles, FoldersAreFoundOrMade)
@@ -101,14 +96,4 @@ TEST(UFiles, FoldersAreFoundOrMade)
     EXPECT_EQ(again.path, folder.path);
     ASSERT_TRUE(UFiles::GetUserApplicationSupportFolder(folder));
     EXPECT_EQ(folder.path, std::string(getenv("XDG_DATA_HOME")) + "/Velmora");
-}
-
-TEST(CMutexLock, ExcludesOthers)
-{
-    CMutexLock mutex("a name");
-    EXPECT_EQ(mutex.Lock(), 0);
-    std::thread([&] { EXPECT_FALSE(mutex.TryLock()); }).join();
-    EXPECT_EQ(mutex.Unlock(), 0);
-    EXPECT_TRUE(mutex.TryLock());
-    mutex.Unlock();
 }
