@@ -43,7 +43,7 @@ TEST_F(CStockFile, EntriesAreReadUpToTheFirstThatIsNone)
         std::string message; ///< without the function
     } cases[] = {
         {a2 + a1 + a2, "true Alpha/A1/1 Alpha/A2/10", ""},
-        {Item("A1", "Alpha", "") + Item("A2", "Alpha", "x"), "true Alpha/A1/0 Alpha/A2/0", ""},
+        {Item("A2", "Alpha", "x"), "true Alpha/A2/0", ""},
         {beta + "<!-- c --><ProductNr>A1</ProductNr></StockItem>", "true Alpha/A1/0", ""},
         {a2 + "StockItem", "false Alpha/A2/5", kInvalidNode},
         {Item("<b>A1</b>", "Alpha", "1"), "false", kNoNumber},
