@@ -15,7 +15,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <iterator>
+#include <map>
 #include <set>
 
 namespace {
@@ -94,14 +96,19 @@ std::string Describe(const std::vector<tFinding>& findings)
 }
 
 /// Flips the bytes of headers, keys, sizes and counts one by one.
+/// @param most  so many records with the same key, as the later ones of a large document repeat the first
 void ExpectEveryFlipFound(
-    const tBytes& sound, std::initializer_list<int> flips,
+    const tBytes& sound, std::initializer_list<int> flips, int most,
     std::vector<tFinding> (*check)(std::span<const unsigned char>) = &CDocumentChecker::CheckLayout)
 {
     ASSERT_EQ(Describe(check(sound)), "");
     const std::vector<tPlace> places = Places(sound);
+    std::map<int, int> seen;
     for (size_t i = 0; i < places.size(); ++i) {
         const tPlace& place = places[i];
+        if (++seen[place.key] > most) {
+            continue;
+        }
         const size_t end = place.key == 0 || IsCount(place.key) ? place.end : place.begin + 4;
         const size_t reach = i + 1 < places.size() ? places[i + 1].end : place.end;
         for (size_t at = place.begin; at < end; ++at) {
@@ -124,9 +131,9 @@ void ExpectEveryFlipFound(
 
 TEST(CDocumentChecker, FindsEveryFlippedByteOfTheStructureWhereItIs)
 {
-    ExpectEveryFlipFound(MakeLayout(), {0xFF, 0x01, 0x04, 0x07, 0x80});
-    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF});
-    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01},
+    ExpectEveryFlipFound(MakeLayout(), {0xFF, 0x01, 0x04, 0x07, 0x80}, INT_MAX);
+    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF}, 3);
+    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01}, 3,
                          &CDocumentChecker::CheckLibrary);
 }
 
