@@ -72,8 +72,8 @@ public:
     /// A copy with a unique ID of its own. A component of unknown type ends the copying: what was copied so far is
     /// kept, the attributes stay at their defaults.
     explicit CCompositeGeometry(CCompositeGeometry* source);
-    /// Reads the raw record, whose size nothing limits: see GetParameterAsRaw. An unknown component type ends the
-    /// reading.
+    /// Reads the raw record, whose size nothing limits: see GetParameterAsRaw.
+    /// An unknown component type ends the reading.
     explicit CCompositeGeometry(void* raw);
     CCompositeGeometry(const CCompositeGeometry&) = delete;
     CCompositeGeometry& operator=(const CCompositeGeometry&) = delete;

@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-/// Keeps the libraries that were asked for, for whoever looks up many articles: one buffer for a layout, say. Owns
-/// them.
+/// Keeps the libraries that were asked for, for whoever looks up many articles:
+/// one buffer for a layout, say. Owns them.
 class CRailsetBuffer {
 public:
     CRailsetBuffer() = default;

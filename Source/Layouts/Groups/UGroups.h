@@ -34,8 +34,8 @@ public:
     /// warning. Linear in the list, whatever the depth.
     static void DeserializeGroups(CGroupsManager* manager, tGroups& groups, const tElements& elements,
                                   const std::vector<int>& list);
-    /// The groups in list form as a block for the clipboard: the number of integers (int) and the integers, host byte
-    /// order.
+    /// The groups in list form as a block for the clipboard:
+    /// the number of integers (int) and the integers, host byte order.
     /// @param size  receives the block's length
     /// @return the block; the caller releases it with delete[]
     static Byte* GroupVectorToRawMem(const tGroups& groups, const tElements& elements, size_t& size);
