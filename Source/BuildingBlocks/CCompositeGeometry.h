@@ -170,7 +170,7 @@ public:
     /// that is not finite turns anything.
     void SetAngle(double angle);
 
-    /// The middle rail of all components; asked of the first one, 0 without components.
+    /// The middle rail, which all components share: the first one's; 0 without components.
     void SetMidRailFlag(int flag);
     int GetMidRailFlag() const;
     /// The first thickness above 0, else that of the last component.
