@@ -15,8 +15,8 @@ namespace {
 using tHolder = Platform::tReleased<CFTypeRef>;
 using tStored = std::map<std::string, std::string>;
 
-// Every key with its default as other releases of the application find it: true or false, a number, or a text in
-// quotes.
+// Every key with its default as other releases of the application find it:
+// true or false, a number, or a text in quotes.
 const char kDefaults[] =
     "VLDefaultRSName '' VLStockFileName 'Stock.xml' VLSoundsOn true VLAutoColorize true VLFlexCanAppend false "
     "VLSkipEmptyForRSSync true VLDefaultWSShowGrid true VLDefaultWSShowElmNames false VLDefaultWSOutlineNames true "

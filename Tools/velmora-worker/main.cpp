@@ -1,5 +1,5 @@
-// The worker process: holds the plug-in and the core, and answers one request at a time until the host closes the
-// socket.
+// The worker process: holds the plug-in and the core,
+// and answers one request at a time until the host closes the socket.
 #include "CPlugIn.h"
 #include "Limits.h"
 #include "Reports.h"

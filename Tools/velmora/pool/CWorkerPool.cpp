@@ -23,8 +23,8 @@ static constexpr int kMaxLosses = 5;
 /// Requests are sent ahead for about this time, so that a worker does not run dry while the host is busy; what takes
 /// longer is sent one by one, since what waits behind it could be done by another worker.
 static constexpr double kSecondsAhead = 0.004;
-/// A further process costs tens of milliseconds: it is started when this many requests wait, or one has waited for a
-/// while.
+/// A further process costs tens of milliseconds: it is started when this many requests wait,
+/// or one has waited for a while.
 static constexpr size_t kWaitingForStart = 4;
 static constexpr int kMillisecondsForStart = 3;
 
