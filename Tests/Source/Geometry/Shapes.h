@@ -7,40 +7,32 @@
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "KVUNum/Angles.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <memory>
-#include <random>
 #include <vector>
 
 /// Documents keep seven decimals, so lengths (mm) and angles (degrees) agree to this.
 constexpr double kTolerance = 1e-6;
 
-/// The same numbers from the same seed on every system.
-class CRandom {
+/// Random points as well.
+class CRandomShapes : public CRandom {
 public:
-    explicit CRandom(unsigned seed) : mEngine(seed) {}
-
-    double Between(double low, double high)
-    {
-        return low + (high - low) * static_cast<double>(mEngine() >> 11) * 0x1p-53;
-    }
-    int Below(int limit) { return static_cast<int>(mEngine() % static_cast<uint64_t>(limit)); }
-    bool Coin() { return Below(2) == 1; }
+    using CRandom::CRandom;
+    virtual ~CRandomShapes() = default;
+    virtual double Between(double low, double high) { return CRandom::Between(low, high); }
     CPoint Point(double reach) { return {Between(-reach, reach), Between(-reach, reach), Between(-reach, reach)}; }
     std::vector<CPoint> Points(int count, double reach)
     {
-        std::vector<CPoint> points;
-        for (int i = 0; i < count; ++i) {
-            points.emplace_back(Between(-reach, reach), Between(-reach, reach), 0.0);
+        std::vector<CPoint> points(static_cast<size_t>(count));
+        for (CPoint& point : points) {
+            point = {Between(-reach, reach), Between(-reach, reach), 0.0};
         }
         return points;
     }
-
-private:
-    std::mt19937_64 mEngine;
 };
 
 /// By how much two directions differ, degrees, 0 to 180.
@@ -77,7 +69,7 @@ inline CPoint Turned(CPoint point, const CPoint& centre, double angle)
 }
 
 /// A component of one of the five kinds that have a shape of their own, placed and turned anyhow.
-inline std::unique_ptr<CBasicGeometry> RandomComponent(CRandom& random, int type)
+inline std::unique_ptr<CBasicGeometry> RandomComponent(CRandomShapes& random, int type)
 {
     const double x = random.Between(-300, 300);
     const double y = random.Between(-300, 300);
@@ -104,8 +96,8 @@ inline std::unique_ptr<CBasicGeometry> RandomComponent(CRandom& random, int type
     case kPolyType: {
         auto poly = std::make_unique<CPolyBIG>();
         poly->SpecifyPolyGeometry(x, y, random.Points(1 + random.Below(7), 300), angle, 1, 1);
-        poly->SetPolyCloseFlag(random.Coin());
-        poly->SetTrackbedWidth(random.Coin() ? trackbed : 0.0);
+        poly->SetPolyCloseFlag(random.Bool());
+        poly->SetTrackbedWidth(random.Bool() ? trackbed : 0.0);
         return poly;
     }
     default: {
@@ -117,7 +109,7 @@ inline std::unique_ptr<CBasicGeometry> RandomComponent(CRandom& random, int type
 }
 
 /// An element of one to five such components, aligned as a load leaves it.
-inline std::unique_ptr<CCompositeGeometry> RandomElement(CRandom& random)
+inline std::unique_ptr<CCompositeGeometry> RandomElement(CRandomShapes& random)
 {
     static constexpr int kTypes[] = {kStraightType, kCurveType, kFlexTrackType, kPolyType, kOvalType};
     auto element = std::make_unique<CCompositeGeometry>();
