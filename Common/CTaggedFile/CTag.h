@@ -29,12 +29,12 @@ public:
     CTag(unsigned short key, unsigned long size, const void* data);
 
     /// Replaces the content by the next record of the stream.
-    /// @return false at the end of the stream, for a record cut short and for one of size 0, whose four bytes are
-    /// consumed
+    /// @return false at the end of the stream, for a record cut short and for one of size 0,
+    /// whose four bytes are consumed
     bool Read(FILE* file);
 
-    /// Writes key, size and data. @return false, with nothing written, for key 0, size 0 or no data; false when a write
-    /// fails
+    /// Writes key, size and data. @return false, with nothing written, for key 0, size 0 or no data;
+    /// false when a write fails
     bool Write(FILE* file) const { return Write(file, mKey, mSize, mData.get()); }
 
     /// Copies min(size, max) bytes to `destination`. @return false when there is no data
@@ -43,8 +43,8 @@ public:
     unsigned short GetKey() const { return mKey; }
     unsigned short GetSize() const { return mSize; }
 
-    /// Shows the next record where it lies, without consuming it. @return false when it is not whole in the stream's
-    /// buffer
+    /// Shows the next record where it lies, without consuming it.
+    /// @return false when it is not whole in the stream's buffer
     static bool Peek(FILE* file, tView& record)
     {
         const unsigned char* bytes = nullptr;

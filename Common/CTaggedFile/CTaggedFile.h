@@ -19,8 +19,8 @@
 /// size 0 ends the one search that meets it; the next search goes on behind its four bytes.
 ///
 /// Values in records: bool one byte, 0 or 1; char one byte; int signed 32-bit; double two signed 32-bit integers, the
-/// integer part and the fraction in units of 1e-7; text its characters and a zero byte; raw data as it stands. All
-/// big-endian.
+/// integer part and the fraction in units of 1e-7; text its characters and a zero byte; raw data as it stands.
+/// All big-endian.
 ///
 /// Does not own the stream and keeps none of its bytes: others may use the stream between two calls.
 class CTaggedFile {
@@ -53,8 +53,8 @@ public:
     bool Read(unsigned short key, std::string& text);
     /// Raw data into a structure of `size` bytes; a shorter record leaves it untouched.
     bool Read(unsigned short key, void* destination, size_t size);
-    /// Raw data of any length up to `size`: the first bytes of the record. @param length set to the number of bytes
-    /// copied
+    /// Raw data of any length up to `size`: the first bytes of the record.
+    /// @param length set to the number of bytes copied
     bool ReadBlock(unsigned short key, void* destination, size_t size, size_t& length);
     /// Reads the records of a table one after the other, each into the field at its place; those that the document's
     /// version does not have are not asked for.
@@ -128,8 +128,8 @@ private:
     }
 
     /// The next records where they lie in the stream's buffer, consumed as a whole, if they are the run.
-    /// @return null, with nothing consumed, when they are others or not all in the buffer; valid until the stream is
-    /// touched
+    /// @return null, with nothing consumed, when they are others or not all in the buffer;
+    ///         valid until the stream is touched
     template <size_t kCount>
     const unsigned char* TakeRun(const CRecordRun<kCount>& run)
     {

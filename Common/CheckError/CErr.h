@@ -49,8 +49,8 @@ public:
     /// Writes, logs and shows one error. Returns only for kinds other than kError, once the user dismissed the alert.
     static void DoRequester(short code, const char* function, const char* description, tCheckErrorAlertType kind);
 
-    /// Appends one entry, with a description of the system, to the log file. A file that cannot be opened drops the
-    /// entry.
+    /// Appends one entry, with a description of the system, to the log file.
+    /// A file that cannot be opened drops the entry.
     static void LogToErrorFile(const char* message, tCheckErrorAlertType kind);
 
     /// Path of the log file, zero-terminated, into `path` of `size` bytes.

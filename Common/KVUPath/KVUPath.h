@@ -20,8 +20,8 @@ public:
     static std::string GetLastPathComponent(const std::string& path);
 
     /// Replaces a leading "~" or "~user" by the home folder. Shell patterns are expanded, too, to their first match.
-    /// The path stays as it is where nothing matches or the result needs `size` - 1 bytes or more. A null path is
-    /// fatal.
+    /// The path stays as it is where nothing matches or the result needs `size` - 1 bytes or more.
+    /// A null path is fatal.
     static void CreatePathByExpandingTildePath(char* path, int size);
 
     /// False for null and empty paths.

@@ -26,8 +26,7 @@ public:
     static void strncpy(char* dst, const char* src, unsigned long n);
 
     /// Two hexadecimal digits for each character, below 16 a blank and one digit. Characters above 127 give eight
-    /// digits
-    /// ("FFFFFFE4"): they count as negative numbers.
+    /// digits ("FFFFFFE4"): they count as negative numbers.
     static void HexChar_Encode(char* dst, const char* src, size_t size = kUnbounded);
 
     /// One character for every two of `src`; an odd last one and pairs that are no hexadecimal number are left out.
@@ -56,9 +55,8 @@ public:
     static char* fgetline(char* buffer, int size, FILE* stream);
 
     /// The text in an encoding of Core Foundation.
-    /// @return null without a string, and when it cannot be converted or needs more than 1023 bytes. Not owned, only
-    /// valid
-    ///         until the next call: it may lie in the one static buffer of all callers.
+    /// @return null without a string, and when it cannot be converted or needs more than 1023 bytes. Not owned;
+    ///         valid until the next call, since it may lie in the one static buffer of all callers
     static const char* GetCStrFromCFStr(CFStringRef text, unsigned encoding);
 
     /// The text in an encoding of Core Foundation, of any length. @return false when it cannot be converted or there is

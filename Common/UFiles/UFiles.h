@@ -22,8 +22,8 @@ public:
     /// @return a stream that the caller closes; null on any failure
     static FILE* OpenFSRefAsFileHandle(const FSRef* file, const char* mode);
 
-    /// The application's own folder, named like its bundle, among the user's application data; made where it is
-    /// missing.
+    /// The application's own folder, named like its bundle, among the user's application data;
+    /// made where it is missing.
     static bool GetUserApplicationSupportFolder(FSRef& folder);
 
     /// Finds or makes the folder `name` (UTF-8) in another. @return false when there is no such folder at the end

@@ -1,5 +1,5 @@
-// Cutting a text into what the systems' text libraries can take. For the sources of Platform and the drawing over
-// Cocoa.
+// Cutting a text into what the systems' text libraries can take.
+// For the sources of Platform and the drawing over Cocoa.
 #pragma once
 
 #include "Utf8.h"

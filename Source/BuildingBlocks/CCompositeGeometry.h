@@ -72,8 +72,8 @@ public:
     /// A copy with a unique ID of its own. A component of unknown type ends the copying: what was copied so far is
     /// kept, the attributes stay at their defaults.
     explicit CCompositeGeometry(CCompositeGeometry* source);
-    /// Reads the raw record, whose size nothing limits: see GetParameterAsRaw. An unknown component type ends the
-    /// reading.
+    /// Reads the raw record, whose size nothing limits: see GetParameterAsRaw.
+    /// An unknown component type ends the reading.
     explicit CCompositeGeometry(void* raw);
     CCompositeGeometry(const CCompositeGeometry&) = delete;
     CCompositeGeometry& operator=(const CCompositeGeometry&) = delete;
@@ -170,7 +170,7 @@ public:
     /// that is not finite turns anything.
     void SetAngle(double angle);
 
-    /// The middle rail of all components; asked of the first one, 0 without components.
+    /// The middle rail, which all components share: the first one's; 0 without components.
     void SetMidRailFlag(int flag);
     int GetMidRailFlag() const;
     /// The first thickness above 0, else that of the last component.

@@ -3,8 +3,7 @@
 
 #include "BuildingBlocks/CCompositeGeometry.h"
 
-/// An entry of parts lists, stock lists and usage statistics: a copy of an element, of its own, and how often it
-/// counts.
+/// An entry of parts lists, stock lists and usage statistics: a copy of an element, and how many it stands for.
 class CCountedCIG : public CCompositeGeometry {
 public:
     CCountedCIG(CCompositeGeometry* element, int count) : CCompositeGeometry(element), mCount(count) {}

@@ -11,9 +11,8 @@
 class CCompositeGeometry;
 class CCountedCIG;
 
-/// Keeps what a copy of an element would hold without making the copy, which takes five times the memory. The words of
-/// an image are kept as their difference from those of the first element, with which the elements of a layout have much
-/// in common, and only where there is one.
+/// Keeps what a copy of an element would hold without making the copy, which takes five times the memory. Elements of a
+/// layout have much in common, so an image keeps only the words that differ from the first element's.
 class CElementImages {
 public:
     struct tRelease {
@@ -23,14 +22,14 @@ public:
     /// One image; means something only to the object that made it.
     using tImage = std::unique_ptr<unsigned char[], tRelease>;
 
-    /// Takes an element down, and the unique ID that a copy would have got. Its components are all of kinds that an
-    /// element can load.
+    /// Makes an image, with the unique ID that a copy would get now. All components must be of kinds that an element
+    /// can load.
     tImage Keep(CCompositeGeometry& element);
     /// The copy that would have been made, with its ID. @return an entry that the caller owns
     std::unique_ptr<CCountedCIG> Restore(const tImage& image, int count);
     /// The element's name.
     static const char* NameOf(const tImage& image) { return reinterpret_cast<const char*>(image.get()); }
-    /// The next image is the first again; those of before can no longer be restored.
+    /// Forgets all images: none of them can be restored any more.
     void Clear() { mFirst.clear(); }
 
 private:

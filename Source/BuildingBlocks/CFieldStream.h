@@ -17,9 +17,8 @@ class CFieldStream {
 public:
     enum class eDirection { kTake, kGive };
 
-    /// @param bytes  overwritten and grown as needed, or read; not owned. What is given back must have been taken by
-    /// the
-    ///               same list of fields.
+    /// @param bytes  overwritten and grown as needed, or read; not owned. Read are bytes that the same list of
+    ///               fields has taken.
     CFieldStream(std::vector<unsigned char>& bytes, eDirection direction)
         : mBytes(bytes), mGives(direction == eDirection::kGive)
     {}

@@ -22,8 +22,8 @@ public:
     CJoint() = default;
     CJoint(const CJoint&) = delete;
     ~CJoint();
-    /// Takes over all but the local point, which becomes the source's position: a component that needs it places it
-    /// anew.
+    /// Takes over all but the local point, which becomes the source's position:
+    /// a component that needs it places it anew.
     CJoint& operator=(const CJoint& source);
 
     /// Links both joints to each other. An old partner of either one is not told.

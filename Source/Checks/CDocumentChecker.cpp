@@ -148,7 +148,8 @@ private:
             return;
         }
         const int32_t groups = entries[at++];
-        for (int32_t group = 0; group < groups && at < entries.size() && !mRecords.IsLost(); ++group) {
+        int32_t group = 0;
+        for (; group < groups && at < entries.size() && !mRecords.IsLost(); ++group) {
             const int32_t parent = next("a group's parent");
             if (parent >= 0) {
                 checkIndex(parent, groups, "group");
@@ -159,6 +160,9 @@ private:
                     checkIndex(entries[at++], isElement ? mNumElements : groups, isElement ? "element" : "group");
                 }
             }
+        }
+        if (groups > group) {
+            mRecords.CheckCount(offsets.front(), kGroupEntry.key, groups, group, "groups");
         }
         if (at < entries.size()) {
             mRecords.Report(offsets[at], kGroupEntry.key,

@@ -46,8 +46,8 @@ public:
     void MoveLayerToIndex(CLayer* layer, int index);
     /// @return the layer's index, or -1 after an error message
     int GetIndexOfLayer(CLayer* layer);
-    /// An index outside the list is reported with the index as the error's code, so an invalid 0 passes without a
-    /// message.
+    /// An index outside the list is reported with the index as the error's code,
+    /// so an invalid 0 passes without a message.
     void SetActiveLayer(int index);
     CLayer* GetActiveLayer() const { return mActiveLayer; }
 

@@ -133,8 +133,8 @@ public:
     /// Destroys all groups, first to last.
     void ClearGroupVec();
 
-    /// Copies all elements, which the caller owns, and the groups in list form (see UGroups) into `elements` and
-    /// `groups`.
+    /// Copies all elements, which the caller owns, and the groups in list form (see UGroups)
+    /// into `elements` and `groups`.
     void BackupGroupAndItemVec(std::vector<CCompositeGeometry*>& elements, std::vector<int>& groups);
     /// Replaces the content by a backup, whose elements the layout owns from then on, and snaps close joints. The
     /// vector is empty afterwards.

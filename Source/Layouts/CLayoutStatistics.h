@@ -14,9 +14,9 @@ class CCountedCIG;
 class CLayout;
 
 /// Counts the library elements and flexible tracks of a layout by article name while elements come and go. Each name
-/// has an entry, a copy of the first element of it as it was when it was counted. Layouts of many names are loaded more
-/// often than anybody asks for the entries, so they are images until then. From then on they stay, and what their
-/// holders change on them holds; the name must not be changed, since it finds the entry.
+/// has an entry, a copy of the first element of it as it was when it was counted. Entries are images until somebody
+/// asks for them, which most loads never do. Once handed out they stay, with all that is changed on them; only the name
+/// must not be changed, since it finds the entry.
 class CLayoutStatistics {
 public:
     using tList = std::vector<CCountedCIG*>;

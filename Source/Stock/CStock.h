@@ -68,8 +68,8 @@ public:
     CCountedCIG* FindElement(const char* libraryName, const char* productNumber) const;
     /// Takes the entry with that element's key out; the caller, who knows it from FindElement, owns it then.
     void RemoveElement(const CCompositeGeometry* element);
-    /// Takes out every entry with a count below 1. They are not destroyed: who wants to do that gets hold of them
-    /// before. @return their number
+    /// Takes out every entry with a count below 1. They are not destroyed: the caller has to get
+    /// hold of them before. @return their number
     int RemoveZeroCountElements();
     /// Replaces `elements` by all entries, which stay the stock's, in the order of their keys. @return their number
     int GetElements(tElements& elements) const;

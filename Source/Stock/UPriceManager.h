@@ -23,7 +23,7 @@ public:
 
     /// Sets every price of the list to 0.
     static void VoidWSElementPrices(const tList& list);
-    /// Brings the layout's elements in line with the list that its statistics keep, with what was edited on it.
+    /// Gives the layout's elements the prices of the list that its statistics keep, edits included.
     static void EnsureWSPriceConsistency(CLayout* layout);
     /// Gives every priced element of the layout price and currency of the first entry of its name; others keep theirs.
     static void EnsureWSPriceConsistency(CLayout* layout, const tList& list);

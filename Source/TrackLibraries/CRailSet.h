@@ -33,8 +33,8 @@ struct tRailSetParameters {
     char text112[512] = "-";
 };
 
-/// A library and the file that it is bound to. Its articles are elements whose name is the product number; it owns
-/// them.
+/// A library and the file that it is bound to. Its articles are elements whose name is the product number;
+/// it owns them.
 class CRailSet {
 public:
     /// What Load answers.

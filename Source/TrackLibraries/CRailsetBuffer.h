@@ -7,8 +7,7 @@
 #include <memory>
 #include <string>
 
-/// Keeps the libraries that were asked for, for whoever looks up many articles: one buffer for a layout, say. Owns
-/// them.
+/// Loads each library once for someone who looks up many articles, and owns it.
 class CRailsetBuffer {
 public:
     CRailsetBuffer() = default;
@@ -18,10 +17,9 @@ public:
 
     /// The library of that name as CRailsetFolder knows it, loaded on the first request. One that failed to load is
     /// kept as well, with what could be read.
-    /// @return null for a name that the folder does not know, which it is asked again the next time
+    /// @return null for a name that the folder does not know; such a name is not remembered
     CRailSet* GetRailset(const std::string& name);
-    /// Destroys the libraries. The buffer still knows their names and gives null for them from then on, so this is the
-    /// last thing to do with it.
+    /// Destroys the libraries. From then on the buffer gives null for their names; it is of no more use.
     void CloseAllRailsets();
 
 private:

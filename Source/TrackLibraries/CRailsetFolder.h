@@ -42,8 +42,8 @@ public:
     /// @return the first entry of that name (byte for byte), or null. Entries stay where they are for good.
     const tRSDiskEntry* GetRailsetEntry(const std::string& name) const;
     bool ContainsRailset(const std::string& name) const { return GetRailsetEntry(name) != nullptr; }
-    /// @return a library bound to the file of that name, not loaded yet, which the caller owns; null for an unknown
-    ///         name
+    /// @return a library bound to the file of that name, not loaded yet, which the caller owns;
+    ///         null for an unknown name
     CRailSet* GetRailset(const std::string& name) const;
     /// Replaces `entries` by those of that scale and content type. @return their number
     int GetRailsetEntries(std::vector<const tRSDiskEntry*>& entries, int modelScale,

@@ -1,11 +1,11 @@
 #include "CBlockPool/CBlockPool.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <random>
 #include <vector>
 
 namespace {
@@ -19,7 +19,7 @@ struct tBlock {
 // Blocks of all sizes come and go in random order, now and then all of them; none may reach into another.
 TEST(BlockPool, BlocksAreAlignedAndDoNotOverlap)
 {
-    std::mt19937 random(7);
+    CRandom random(7);
     std::vector<tBlock> blocks;
     const auto release = [&blocks] {
         const auto [bytes, size, mark] = blocks.back();

@@ -1,5 +1,3 @@
-#include "CPoint/CPoint.h"
-#include "KVUByteOrdering/KVUByteOrdering.h"
 #include "KVUNum/KVUNum.h"
 #include "KVURawMem/KVURawMem.h"
 
@@ -30,7 +28,6 @@ TEST(KVUNum, RoundingAndLimits)
         EXPECT_EQ(value, c.result);
     }
     EXPECT_FALSE(KVUNum::DeltaEquals(1.25, 1.0, 0.25)) << "exactly the tolerance is too far";
-    EXPECT_DOUBLE_EQ(KVUNum::ScaleValueToRange(10, 20, -1, 1, 12.5), -0.5);
 }
 
 TEST(KVUNum, Angles)
@@ -46,53 +43,6 @@ TEST(KVUNum, Angles)
     // What no turn can lift above 0 must not hang.
     EXPECT_TRUE(std::isnan(KVUNum::NormalizeAngle360(-std::numeric_limits<double>::infinity())));
     EXPECT_GE(KVUNum::NormalizeAngle360(-1e300), 0.0);
-}
-
-TEST(KVUNum, Vectors)
-{
-    float vector[3] = {0, 0, 0};
-    KVUNum::ReduceToUnit(vector);
-    EXPECT_EQ(vector[0], 0.0f);
-    CPoint inPlace(1, 5, 1);
-    KVUNum::CalcNormal(CPoint(1, 1, 1), CPoint(3, 1, 1), inPlace, inPlace);
-    EXPECT_EQ(inPlace.CalcDistance(0, 0, 1), 0.0) << "x turned to y looks along z";
-    CPoint p1(1, 2, 3);
-    KVUNum::CalcPointOnLine(p1, CPoint(3, 6, -1), 0.25, p1);
-    EXPECT_EQ(p1.CalcDistance(1.5, 3, 2), 0.0);
-}
-
-TEST(KVUNum, SphereAndLine)
-{
-    CPoint point(7, 7, 7);
-    EXPECT_FALSE(KVUNum::SphereLineIntersection(CPoint(1, 0, 0), CPoint(1, 0, 0), CPoint(), 5, point));
-    EXPECT_FALSE(KVUNum::SphereLineIntersection(CPoint(-9, 6, 0), CPoint(9, 6, 0), CPoint(), 5, point));
-    EXPECT_EQ(point.CalcDistance(7, 7, 7), 0.0);
-    for (const double x : {-20.0, -4.0, 0.5, 4.0, 20.0}) { // the line at height 4 meets the sphere at -3 and 3
-        ASSERT_TRUE(KVUNum::SphereLineIntersection(CPoint(x, 4, 1), CPoint(x + 1, 4, 1), CPoint(0, 0, 1), 5, point));
-        EXPECT_NEAR(point.CalcDistance(x < 0 ? -3 : 3, 4, 1), 0.0, 1e-9) << "the nearer one";
-    }
-}
-
-TEST(KVUByteOrdering, FilesAreBigEndian)
-{
-    const auto check = [](auto value, const auto& bytes) {
-        static_assert(sizeof value == sizeof bytes);
-        memcpy(&value, bytes, sizeof value);
-        KVUByteOrdering::SwapBigToHost(value);
-        auto back = value;
-        KVUByteOrdering::SwapHostToBig(back);
-        EXPECT_EQ(memcmp(&back, bytes, sizeof back), 0);
-        return value;
-    };
-    const unsigned char colorBytes[] = {0x12, 0x34, 0xFF, 0x00, 0x00, 0x01};
-    const RGBColor color = check(RGBColor(), colorBytes);
-    EXPECT_EQ(color.red + color.green + color.blue, 0x1234 + 0xFF00 + 1);
-    const unsigned char rectBytes[] = {0xFF, 0xFE, 0, 1, 0x7F, 0xFF, 0x80, 0};
-    const Rect rect = check(Rect(), rectBytes);
-    EXPECT_EQ(std::vector({rect.top, rect.left, rect.bottom, rect.right}),
-              std::vector<int16_t>({-2, 1, 32767, -32768}));
-    const unsigned char floatBytes[] = {0x42, 0xF6, 0, 0};
-    EXPECT_EQ(check(0.0f, floatBytes), 123.0f);
 }
 
 TEST(KVURawMem, FieldsArePackedAndComeBack)

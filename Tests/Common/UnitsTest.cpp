@@ -13,14 +13,10 @@ TEST(URailConstants, Scales)
         const char* longText;
         double ratio, gauge, railWidth, height, width;
     } cases[] = {
-        {URailConstants::kScaleZ, "Z", "Z  (1:220)", 220, 6.5, 0.5, 27, 20},
         {URailConstants::kScaleH0, "H0", "H0  (1:87)", 87, 16.5, 0.9, 65, 48},
         {URailConstants::kScaleIIm, "IIm", "IIm  (1:22,5)", 22.5, 45, 1.3, 235, 184},
         {URailConstants::kScaleCustom, "Custom Scale", "Custom Scale", 1, 50, 5, 250, 200},
-        {URailConstants::kScaleS, "S", "S  (1:64)", 64, 22.45, 1.1, 87, 66},
         {URailConstants::kScale00, "00", "00  (1:76)", 76, 16.5, 1.1, 87, 66},
-        {10, "???", "???", 1, 1, 1, 100, 100},
-        {23, "???", "???", 1, 1, 1, 100, 100},
         {INT_MIN, "???", "???", 1, 1, 1, 100, 100},
     };
     for (const auto& c : cases) {
@@ -60,11 +56,7 @@ TEST(UUnits, ConversionsAndTexts)
     const CReports reports;
     testing::internal::CaptureStderr();
     EXPECT_EQ(std::string(UUnits::BuildMeasureUnitString(1, 1e200)).size(), 127u) << "cut and reported";
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              " Function    :  static const char *UUnits::BuildMeasureUnitString(int, double)\n Error Code  :  205\n"
-              " Description :  Input parameter too long!\n\n"); // 200 digits and ".0 mm"
-    ExpectFatal({{"static double UUnits::MM2Unit\\(int, double\\)\n Error Code  :  -1\n"
-                  " Description :  Unsupported Measure Unit!",
-                  [] { UUnits::MM2Unit(5, 1.0); }},
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("205\n Description :  Input parameter"));
+    ExpectFatal({{"double UUnits::MM2Unit.*\n.*-1\n.*Unsupported Measure Unit!", [] { UUnits::MM2Unit(5, 1.0); }},
                  {"UUnits::GetUnitStr.*Unsupported Measure Unit!", [] { UUnits::GetUnitStr(0, true); }}});
 }

@@ -2,10 +2,11 @@
 #include "CXMLDocument/CXMLLeafNodes.h"
 #include "CXMLDocument/UXML.h"
 #include "CXMLDocument/UXMLFile.h"
-#include "Platform/Released.h"
 #include "Reports.h"
 #include "support/Fatal.h"
 #include "support/Files.h"
+
+#include <pugixml.hpp>
 
 namespace {
 constexpr CFStringEncoding kRoman = kCFStringEncodingMacRoman;
@@ -65,16 +66,10 @@ TEST(CXMLNode, TextsAreEscapedOnceAndNumbersHaveTheirDecimals)
     const CXMLTextNode text("a<b & 'c' > \"d\"", kRoman);
     EXPECT_EQ(Value(text), "a&lt;b &amp; &apos;c&apos; &gt; \"d\"");
     EXPECT_EQ(UXML::Unescape("&amp;lt; &amp;amp; &amp &quot; &"), "&lt; &amp; &amp &quot; &");
-    const std::string marks(1000, '\'');
-    EXPECT_EQ(UXML::Unescape(Value(CXMLTextNode(marks.c_str(), kRoman), 8000).c_str()), marks);
-
-    EXPECT_EQ(Value(CXMLTextNode(-2147483647 - 1)), "-2147483648");
     EXPECT_EQ(Value(CXMLTextNode(3.14159265)), "3.14159");
     EXPECT_EQ(Value(CXMLTextNode(3.14159265, 2)), "3.14");
     EXPECT_EQ(Value(CXMLTextNode(1e308, 1000), 1000).size(), 309u + 1 + 100) << "decimals are bounded";
 
-    EXPECT_EQ(CXMLTextNode("12 pieces", kRoman).GetValueAsInteger(), 12);
-    EXPECT_EQ(CXMLTextNode("pieces", kRoman).GetValueAsInteger(), 0);
     EXPECT_EQ(CXMLTextNode("99999999999999999999", kRoman).GetValueAsInteger(), 2147483647);
     EXPECT_EQ(CXMLTextNode("-2.5mm", kRoman).GetValueAsDouble(), -2.5);
 }
@@ -84,9 +79,7 @@ TEST(CXMLNode, KeysAreMacOSRoman)
     const CXMLElementNode roman("Gr\x9A\xA7", kRoman);
     const CXMLElementNode utf8("Gr\xC3\xB6\xC3\x9F", kUtf8);
     EXPECT_TRUE(roman == utf8);
-    EXPECT_TRUE(utf8.VerifyKey("Gr\x9A\xA7"));
     EXPECT_FALSE(utf8.VerifyKey("gr\x9A\xA7"));
-    EXPECT_EQ(CFStringCompare(utf8.GetKey(), roman.GetKey(), 0), kCFCompareEqualTo);
     char key[4];
     EXPECT_STREQ(utf8.GetKey(key, sizeof key), "Gr\x9A") << "cut";
     EXPECT_EQ(Value(CXMLTextNode("a\xE6\x97\xA5\xF0\x9F\x9A\x82z", kUtf8)), "a??z") << "outside the character set";
@@ -124,7 +117,7 @@ TEST(CXMLDocument, WhatCouldNotBeReadIsNotWritten)
     const std::string target = TestPath("target.xml");
     CXMLDocument deep;
     CXMLNode* parent = deep.GetNodeByKey(CXMLDocument::kRootID);
-    for (int i = 0; i < 300000; ++i) { // also destroyed without recursion
+    for (int i = 0; i < 100000; ++i) { // also destroyed without recursion
         auto* const child = new CXMLElementNode("a", kRoman);
         ASSERT_TRUE(deep.AddNode(parent, child));
         parent = child;
@@ -132,17 +125,17 @@ TEST(CXMLDocument, WhatCouldNotBeReadIsNotWritten)
             EXPECT_TRUE(deep.Write(target.c_str())) << "the limit itself";
         }
     }
-    CXMLDocument large;
-    auto* const list = UXML::CreateCXMLElementNodeForParentNode(&large, large.GetNodeByKey(CXMLDocument::kRootID), "a");
-    ASSERT_TRUE(large.AddNode(list, new CXMLTextNode(std::string(UXMLFile::kMostBytes, '=').c_str(), kRoman)));
     const std::string old = ReadFile(target);
-    for (const CXMLDocument* document : {&deep, &large}) {
-        const CReports reports;
-        EXPECT_FALSE(document->Write(target.c_str()));
-        EXPECT_EQ(ReadFile(target), old);
-        ASSERT_EQ(reports.mMessages.size(), 1u);
-        EXPECT_TRUE(reports.mMessages[0].second.starts_with("static bool UXMLFile::Format("));
-    }
+    const CReports reports;
+    EXPECT_FALSE(deep.Write(target.c_str()));
+    EXPECT_EQ(ReadFile(target), old);
+    const tXMLNode nodes[] = {{eXMLNodeType::kElement, "a"},
+                              {eXMLNodeType::kText, std::string(UXMLFile::kMostBytes, '=')}};
+    const tXMLTree large[] = {{&nodes[0], {&large[1]}}, {&nodes[1], {}}};
+    std::string bytes;
+    EXPECT_FALSE(UXMLFile::Format(large[0], bytes));
+    ASSERT_EQ(reports.mMessages.size(), 2u);
+    EXPECT_TRUE(reports.mMessages[0].second.starts_with("static bool UXMLFile::Format("));
 }
 
 TEST(CXMLDocument, ReadingTakesElementsAndTextsInOrder)
@@ -152,7 +145,6 @@ TEST(CXMLDocument, ReadingTakesElementsAndTextsInOrder)
               "'xml' a(b('one &amp; two') d() ' text ' b())")
         << "comments and texts of white space alone are dropped";
     EXPECT_EQ(OutlineOf("<a>&lt;&gt;&apos;&quot;&#x41;\r\n\xC3\xA4</a>"), "'xml' a('&lt;&gt;&apos;\"A\n\x8A')");
-    EXPECT_EQ(OutlineOf("\xEF\xBB\xBF<a>\xC3\xA4</a>"), "'xml' a('\x8A')");
     EXPECT_EQ(OutlineOf("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>\xE4</a>"), "'xml' a('\x8A')");
     EXPECT_EQ(OutlineOf(std::string("\xFF\xFE<\0a\0>\0\xE4\0<\0/\0a\0>\0", 18)), "'xml' a('\x8A')");
     EXPECT_EQ(OutlineOf("<a><b>" + std::string(1023, 'x') + "</b><c>" + std::string(1024, 'x') + "</c></a>"),
@@ -165,13 +157,8 @@ TEST(CXMLDocument, ReadingTakesElementsAndTextsInOrder)
     EXPECT_EQ(Outline(document), "'xml' a(b('1 &amp; 2'))") << "a path in Mac OS Roman";
     EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n<a>\n\t<!-- c -->\n\t<b x=\"&lt;\">1 &amp; 2</b>\n</a>\n")
         << "what nodes do not stand for is written back as well";
-    const Platform::tReleased<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), false));
     document.Read(FSRef{path});
-    document.Read(url.get());
-    EXPECT_EQ(Outline(document), "'xml' a(b('1 &amp; 2')) a(b('1 &amp; 2')) a(b('1 &amp; 2'))");
-    EXPECT_TRUE(document.Write(url.get()));
-    EXPECT_EQ(ReadFile(path), Written(document));
+    EXPECT_EQ(Outline(document), "'xml' a(b('1 &amp; 2')) a(b('1 &amp; 2'))");
 }
 
 TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
@@ -179,6 +166,7 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
     const std::string deep = Repeated("<a>", UXMLFile::kDeepest);
     const std::string deepEnd = Repeated("</a>", UXMLFile::kDeepest);
     EXPECT_NE(OutlineOf(deep + deepEnd), "'xml'") << "the limit itself";
+    EXPECT_NE(UXMLFile::Parse("<a>" + Repeated("<b/>", UXMLFile::kMostMarks - 2) + "</a>"), nullptr);
     const std::pair<const char*, std::string> cases[] = {
         {"empty", ""},
         {"no XML", std::string("RSet\0\0\0\2", 8)},
@@ -186,7 +174,6 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
         {"text in front", "x<a/>"},
         {"text behind", "<a/>x"},
         {"crossed tags", "<a><b></a></b>"},
-        {"other case", "<a></A>"},
         {"not UTF-8", "<a>\xE4</a>"},
         {"not UTF-8 in a comment", "<a><!-- \xC0\x80 --></a>"},
         {"a zero byte", std::string("<a>x\0</a>", 9) + "<a/>"},
@@ -206,9 +193,6 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
         EXPECT_FALSE(document.Write(target.c_str()));
         EXPECT_EQ(ReadFile(target), "old");
     }
-    CXMLDocument document;
-    document.Read(TestPath("").c_str()); // a folder opens, but cannot be read
-    EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n") << "still as it was";
 }
 
 TEST(CXMLDocument, EntitiesAndDeclarationsOfTypesAreNotFollowed)
@@ -224,16 +208,13 @@ TEST(CXMLDocument, EntitiesAndDeclarationsOfTypesAreNotFollowed)
 TEST(UXML, ValuesOfElements)
 {
     CXMLDocument document;
-    const char kValues[] = "<v>nr<nr>7</nr><size>-2.5</size><none/><late><b/>5</late></v>";
-    document.Read(WriteTestFile("values.xml", kValues).c_str());
+    document.Read(WriteTestFile("values.xml", "<v>nr<nr>7</nr><size>-2.5</size><none/><late><b/>5</late></v>").c_str());
     const auto* const values = static_cast<CXMLTreeNode*>(document.GetNodeByKey("v"));
-    char buffer[8] = "old";
+    char buffer[8] = "";
     EXPECT_FALSE(UXML::GetValueAsStringForElementChildNode(values, "nr", buffer, sizeof buffer))
         << "the first node with that key is a text";
-    EXPECT_TRUE(UXML::GetValueAsStringForElementChildNode(values, "size", buffer, sizeof buffer));
-    EXPECT_STREQ(buffer, "-2.5");
     EXPECT_EQ(UXML::GetValueAsDoubleForElementChildNode(values, "size"), -2.5);
-    EXPECT_EQ(UXML::GetValueAsIntegerForElementChildNode(values, "size"), -2);
+    EXPECT_TRUE(UXML::GetValueAsStringForElementChildNode(values, "size", buffer, sizeof buffer));
     for (const char* key : {"none", "late", "missing"}) {
         EXPECT_FALSE(UXML::GetValueAsStringForElementChildNode(values, key, buffer, sizeof buffer)) << key;
         EXPECT_EQ(UXML::GetValueAsIntegerForElementChildNode(values, key), 0) << key;

@@ -2,6 +2,7 @@
 
 #include "Importer/Names.h"
 
+#include <stdexcept>
 #include <vector>
 
 using nlohmann::json;
@@ -11,6 +12,15 @@ using tHeld = Platform::tReleased<tRef>;
 static tHeld<CFStringRef> MakeText(const std::string& utf8)
 {
     return tHeld<CFStringRef>(CFStringCreateWithCString(kCFAllocatorDefault, utf8.c_str(), kCFStringEncodingUTF8));
+}
+
+template <class tValue>
+static tValue Must(tValue value)
+{
+    if (!value) {
+        throw std::runtime_error("the importer cannot be loaded");
+    }
+    return value;
 }
 
 static json ToJson(CFTypeRef object)
@@ -35,30 +45,21 @@ CPlugInHost::CPlugInHost()
     const tHeld<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
         kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), true));
     mPlugIn.reset(CFPlugInCreate(kCFAllocatorDefault, url.get()));
-    if (!mPlugIn) {
-        return;
-    }
-    const tHeld<CFArrayRef> factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(kMDImporterTypeID, mPlugIn.get()));
-    if (CFArrayGetCount(factories.get()) != 1) {
-        return;
-    }
+    const tHeld<CFArrayRef> factories(
+        CFPlugInFindFactoriesForPlugInTypeInPlugIn(kMDImporterTypeID, Must(mPlugIn.get())));
+    Must(CFArrayGetCount(factories.get()) == 1);
     mFactory.reset(static_cast<CFUUIDRef>(CFRetain(CFArrayGetValueAtIndex(factories.get(), 0))));
     auto** const unknown = static_cast<MDImporterInterfaceStruct**>(
         CFPlugInInstanceCreate(kCFAllocatorDefault, mFactory.get(), kMDImporterTypeID));
-    if (unknown == nullptr) {
-        return;
-    }
     LPVOID importer = nullptr;
-    (*unknown)->QueryInterface(unknown, CFUUIDGetUUIDBytes(kMDImporterInterfaceID), &importer);
-    mImporter = static_cast<MDImporterInterfaceStruct**>(importer);
+    (*Must(unknown))->QueryInterface(unknown, CFUUIDGetUUIDBytes(kMDImporterInterfaceID), &importer);
+    mImporter = static_cast<MDImporterInterfaceStruct**>(Must(importer));
     (*unknown)->Release(unknown);
 }
 
 CPlugInHost::~CPlugInHost()
 {
-    if (mImporter != nullptr) {
-        (*mImporter)->Release(mImporter);
-    }
+    (*mImporter)->Release(mImporter);
 }
 
 bool CPlugInHost::Import(const std::string& path, json& attributes, const char* contentType) const

@@ -11,13 +11,11 @@
 /// The bundle, one instance of its factory, and that instance's importer interface; all given back at the end.
 class CPlugInHost {
 public:
+    /// Throws when a step up to the importer interface fails.
     CPlugInHost();
     ~CPlugInHost();
     CPlugInHost(const CPlugInHost&) = delete;
     CPlugInHost& operator=(const CPlugInHost&) = delete;
-
-    /// Whether every step up to the importer interface succeeded; nothing else may be called otherwise.
-    bool IsReady() const { return mImporter != nullptr; }
 
     CFPlugInRef PlugIn() const { return mPlugIn.get(); }
     CFUUIDRef Factory() const { return mFactory.get(); }

@@ -7,7 +7,9 @@
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 #include <sys/stat.h>
 
@@ -23,56 +25,46 @@ static std::vector<tJSON> ParseLines(const std::string& text)
     return records;
 }
 
-TEST(CommandLine, RefusesWrongUsage)
+TEST(CommandLine, RefusesWrongUsageAndHelps)
 {
-    const struct {
-        std::vector<std::string> arguments;
-        const char* message;
-    } cases[] = {{{}, "Usage: velmora COMMAND"},
-                 {{"imprt", "x"}, "did you mean 'import'?"},
-                 {{"shcema"}, "did you mean 'schema'?"},
-                 {{"zzzzzz"}, "there is no command 'zzzzzz'\n"},
-                 {{"help", "\x1B[2J"}, "there is no command '\\x1B[2J'\n"},
-                 {{"--colour"}, "there is no option '--colour'"},
-                 {{"import"}, "nothing to import"},
-                 {{"import", "--format", "csv", "x"}, "--format"},
-                 {{"import", "--timeout", "0", "x"}, "--timeout"},
-                 {{"import", "--timeout", "nan", "x"}, "--timeout"},
-                 {{"import", "--memory", "-1", "x"}, "--memory"},
-                 {{"import", "--tiemout=3", "x"}, "--tiemout"},
-                 {{"import", "--null", "x"}, "--files-from"},
-                 {{"import", "--files-from", "-", "-"}, "standard input"},
-                 {{"import", "--files-from", "/nonexistent"}, "No such file"},
-                 {{"import", "--raw", "x"}, "--name"},
-                 {{"import", "-d4", "x"}, "--detail"},
-                 {{"schema", "operand"}, "operand"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.message);
-        const tProgramResult result = RunVelmora(c.arguments);
-        EXPECT_EQ(result.status, kExitUsage);
+    const std::string database = MakeFolder("usage") + "/index.db";
+    const auto run = [&database](const std::string& line) {
+        tProgramRun program;
+        program.environment = {"VELMORA_DATABASE=" + database};
+        std::istringstream words(BUILD_FOLDER "/velmora " + line);
+        program.arguments.assign(std::istream_iterator<std::string>(words), {});
+        return RunProgram(program);
+    };
+    // What is typed, and part of what is said to it.
+    std::istringstream wrong(
+        R"( = Usage: velmora COMMAND; imprt x = did you mean 'import'?; shcema = did you mean 'schema'?;
+zzzzzz = there is no command 'zzzzzz'; --colour = there is no option '--colour'; import = nothing to import;
+import --format csv x = --format; import --timeout 0 x = --timeout; import --timeout nan x = --timeout;
+import --memory -1 x = --memory; import --tiemout=3 x = --tiemout; import --null x = --files-from;
+import --files-from - - = standard input; import --files-from /nonexistent = No such file;
+import --raw x = --name; import -d4 x = --detail; schema operand = operand; parts = name the layouts;
+parts --no-stock --stock x x = --no-stock; index - = standard input; index --status x = only show;
+search = nothing to search for; search --cuont = --cuont)");
+    for (std::string line; std::getline(wrong, line, ';');) {
+        const size_t equals = line.find(" = ");
+        const tProgramResult result = run(line.substr(0, equals));
+        EXPECT_EQ(result.status, kExitUsage) << line;
         EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(line.substr(equals + 3)), std::string::npos) << result.err;
     }
-}
-
-TEST(CommandLine, HelpsOnEveryLevel)
-{
-    const struct {
-        std::vector<std::string> arguments;
-        const char* text;
-    } cases[] = {{{"--help"}, "Commands:"},
-                 {{"-h"}, "Commands:"},
-                 {{"help"}, "Commands:"},
-                 {{"help", "import"}, "--files-from"},
-                 {{"import", "x", "--help"}, "--files-from"},
-                 {{"help", "schema"}, "--format"},
-                 {{"--version"}, "velmora 1."},
-                 {{"import", "-V"}, "velmora 1."}};
-    for (const auto& c : cases) {
-        const tProgramResult result = RunVelmora(c.arguments);
+    EXPECT_NE(run("help \x1B[2J").err.find("there is no command '\\x1B[2J'\n"), std::string::npos);
+    EXPECT_NE(run("search gleis").err.find("'velmora index FOLDER' makes it"), std::string::npos);
+    EXPECT_NE(run("index /nonexistent").err.find("no such file"), std::string::npos);
+    EXPECT_NE(run("search gleis foo:x").err.find("at character 7"), std::string::npos);
+    EXPECT_EQ(run("import --sandbox-user no-such-user x").status, kExitFailed);
+    const std::pair<const char*, const char*> helps[] = {{"-h", "Commands:"},          {"help", "Commands:"},
+                                                         {"help import", "--exclude"}, {"import x --help", "--exclude"},
+                                                         {"--version", "velmora 1."},  {"import -V", "velmora 1."}};
+    for (const auto& [line, text] : helps) {
+        const tProgramResult result = run(line);
         EXPECT_EQ(result.status, kExitOK);
         EXPECT_EQ(result.err, "");
-        EXPECT_NE(result.out.find(c.text), std::string::npos) << result.out;
+        EXPECT_NE(result.out.find(text), std::string::npos) << result.out;
     }
 }
 
@@ -99,19 +91,10 @@ TEST(Import, GivesEverySampleItsAttributesOrItsCode)
         const tJSON& record = records[i];
         EXPECT_EQ(record["path"], path);
         ASSERT_EQ(record["ok"], expected["ok"]) << record;
-        if (expected["ok"]) {
-            // Compared without the order, and the order after that.
-            EXPECT_EQ(nlohmann::json::parse(record["attributes"].dump()),
-                      nlohmann::json::parse(expected["attributes"].dump()));
-            std::vector<std::string> keys;
-            for (const auto& item : record["attributes"].items()) {
-                keys.push_back(item.key());
-            }
-            EXPECT_EQ(keys, (std::vector<std::string>{"kMDItemAuthors", "kMDItemDescription", "kMDItemLayerNames",
-                                                      "kMDItemVersion", "kMDItemTextContent"}));
+        if (expected["ok"]) { // compared without the order
+            EXPECT_EQ(nlohmann::json(record["attributes"]), nlohmann::json(expected["attributes"]));
         } else {
             EXPECT_EQ(record["error"]["code"], expected["code"]);
-            EXPECT_NE(record["error"]["message"], "");
             EXPECT_EQ(record["error"].contains("element"), expected["code"] == 4);
         }
     }
@@ -131,20 +114,14 @@ TEST(Import, SaysInPlainWordsWhatIsWrong)
     EXPECT_EQ(result.status, kExitFailed);
     EXPECT_EQ(result.out.rfind(folder + "/1 good.velmora\n", 0), 0U) << result.out;
     EXPECT_NE(result.out.find("  Description:  a\\nb\u00E4\n"), std::string::npos) << result.out;
-    std::vector<std::string> lines;
-    std::istringstream errors(result.err);
-    for (std::string line; std::getline(errors, line);) {
-        lines.push_back(line);
-    }
-    ASSERT_EQ(lines.size(), 5U) << result.err;
     const std::string start = "velmora: " + folder;
-    EXPECT_EQ(lines[0], start + "/2 garbage.velmora: is not a layout document");
-    EXPECT_EQ(lines[1], start + "/3 old.velmora: the format version 2 is not supported");
-    EXPECT_EQ(lines[2].rfind(start + "/4 cut\\n.velmora: element 1 is damaged: ", 0), 0U) << lines[2];
-    EXPECT_EQ(lines[3], start + "/5 broken.velmora: cannot be opened: No such file or directory");
-    EXPECT_EQ(lines[4].rfind("velmora: 1 imported, 4 failed (code 1: 1, code 2: 1, code 3: 1, code 4: 1) in ", 0), 0U)
-        << lines[4];
-
+    const std::string expected = start + "/2 garbage.velmora: is not a layout document\n" + start +
+                                 "/3 old.velmora: the format version 2 is not supported\n" + start +
+                                 "/4 cut\\n.velmora: element 1 is damaged: ";
+    EXPECT_EQ(result.err.substr(0, expected.size()), expected);
+    const std::string end = start + "/5 broken.velmora: cannot be opened: No such file or directory\n" +
+                            "velmora: 1 imported, 4 failed (code 1: 1, code 2: 1, code 3: 1, code 4: 1) in ";
+    EXPECT_NE(result.err.find(end), std::string::npos) << result.err;
     const std::string documents = TEST_DATA "/documents/";
     const tProgramResult damaged =
         RunVelmora({"import", documents + "element-version-0-2.velmora", documents + "type-12-2147483647.velmora"});
@@ -156,17 +133,8 @@ TEST(Import, SaysInPlainWordsWhatIsWrong)
 TEST(Import, TakesEveryNameAndEverySource)
 {
     const std::string folder = MakeFolder("names");
-    std::string longFolder = folder;
-    while (longFolder.size() < 1100) {
-        longFolder += "/" + std::string(200, 'l');
-    }
-    const std::string paths[] = {folder + "/line\nbreak.velmora",
-                                 folder + "/\u4E2D\u6587\U0001F682.velmora",
-                                 folder + "/\xFF\xFE.velmora",
-                                 longFolder + "/" + std::string(240, 'n') + ".velmora",
-                                 folder + "/-dash",
-                                 folder + "/schema"};
-    std::filesystem::create_directories(longFolder);
+    const std::string paths[] = {folder + "/line\nbreak.velmora", folder + "/\u4E2D\u6587\U0001F682.velmora",
+                                 folder + "/\xFF\xFE.velmora", folder + "/-dash", folder + "/schema"};
     std::string zeros;
     for (const std::string& path : paths) {
         WriteFile(path, MakeLayout("here"));
@@ -179,17 +147,14 @@ TEST(Import, TakesEveryNameAndEverySource)
     run.input = zeros;
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.status, kExitOK) << result.err;
+    const std::string expected[] = {"-dash",  "schema", paths[0], paths[1], folder + "/\uFFFD\uFFFD.velmora",
+                                    paths[3], paths[4]};
     const std::vector<tJSON> records = ParseLines(result.out);
-    ASSERT_EQ(records.size(), std::size(paths) + 2);
-    EXPECT_EQ(records[0]["path"], "-dash");
-    EXPECT_EQ(records[1]["path"], "schema");
-    EXPECT_EQ(records[2]["path"], paths[0]);
-    EXPECT_EQ(records[3]["path"], paths[1]);
-    EXPECT_EQ(records[4]["path"], folder + "/\uFFFD\uFFFD.velmora");
-    EXPECT_TRUE(records[4].contains("path_base64"));
-    EXPECT_EQ(records[5]["path"], paths[3]);
-    for (const tJSON& record : records) {
-        EXPECT_EQ(record["attributes"]["kMDItemDescription"], "here") << record;
+    ASSERT_EQ(records.size(), std::size(expected));
+    for (size_t i = 0; i < records.size(); ++i) {
+        EXPECT_EQ(records[i]["path"], expected[i]);
+        EXPECT_EQ(records[i].contains("path_base64"), i == 4);
+        EXPECT_EQ(records[i]["attributes"]["kMDItemDescription"], "here") << records[i];
     }
     const tProgramResult piped = RunVelmora({"import", "-", "--format", "json"}, MakeLayout("from a pipe"));
     EXPECT_EQ(piped.status, kExitOK) << piped.err;
@@ -247,52 +212,45 @@ TEST(Serve, AnswersEachLine)
                 "{\"path\":\"a\\u0000\"}\n{\"path\":\"a.velmora\"}"; // the last line without its end
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.status, kExitOK) << result.err;
-    std::vector<std::string> inOrder;
+    std::string inOrder;
+    std::set<std::string> named;
     for (const tJSON& record : ParseLines(result.out)) {
+        const std::string outcome = record["ok"] ? record["attributes"]["kMDItemDescription"] : record["error"]["code"];
         if (record.contains("id")) {
-            EXPECT_EQ(record["id"] == 7 ? record["error"]["code"] : record["attributes"]["kMDItemDescription"],
-                      record["id"] == 7 ? "request" : "bytes");
-            EXPECT_EQ(record.contains("path_base64"), record["id"] == "x");
+            named.insert(record["id"].dump() + outcome + (record.contains("path_base64") ? " in base 64" : ""));
         } else {
-            inOrder.push_back(record["ok"] ? record["path"] : record["error"]["code"]);
+            inOrder += outcome + " ";
         }
     }
-    EXPECT_EQ(inOrder,
-              (std::vector<std::string>{"a.velmora", "request", "request", "request", "path", "path", "a.velmora"}));
-    EXPECT_EQ(ParseLines(result.out).size(), inOrder.size() + 2);
+    EXPECT_EQ(inOrder, "first request request request path path first ");
+    EXPECT_EQ(named, (std::set<std::string>{"7request", "\"x\"bytes in base 64"}));
 }
 
+#if !defined(__SANITIZE_ADDRESS__) // no limit can be set there
 TEST(Import, ReportsADocumentThatNeedsMoreMemoryThanGranted)
 {
-#if defined(__SANITIZE_ADDRESS__)
-    constexpr unsigned kLayers = 1000; // no limit can be set, and everything is slow
-#else
     constexpr unsigned kLayers = 100000;
-#endif
     const std::string folder = MakeFolder("memory");
     WriteFile(folder + "/1.velmora", MakeLayout("x", kLayers));
     WriteFile(folder + "/2.velmora", MakeLayout("next"));
     // With the grant, it is another library that first goes without: the core, Foundation, the C++ library.
-    for (const char* megabytes : {"2", "6", "10", "14", "18", "22"}) {
+    for (const int megabytes : {2, 6, 10, 14, 18, 22, 1024}) {
         SCOPED_TRACE(megabytes);
-        const tProgramResult result =
-            RunVelmora({"import", "--memory", megabytes, "--timeout", "60", "--format", "json", folder});
+        const tProgramResult result = RunVelmora(
+            {"import", "--memory", std::to_string(megabytes), "--timeout", "60", "--format", "json", folder});
         const std::vector<tJSON> records = ParseLines(result.out);
         ASSERT_EQ(records.size(), 2U) << result.out.substr(0, 1000);
         EXPECT_EQ(records[1]["ok"], true);
-#if defined(__SANITIZE_ADDRESS__)
-        EXPECT_EQ(records[0]["ok"], true);
-#else
-        if (records[0]["ok"] == false) {
+        if (records[0]["ok"]) {
+            EXPECT_GT(megabytes, 2);
+            EXPECT_EQ(records[0]["attributes"]["kMDItemLayerNames"].size(), kLayers);
+        } else {
+            EXPECT_LT(megabytes, 1024);
             EXPECT_EQ(records[0]["error"]["code"], "memory") << records[0];
         }
-        EXPECT_TRUE(records[0]["ok"] == false || std::string(megabytes) != "2");
-#endif
     }
-    const tProgramResult enough = RunVelmora({"import", "--timeout", "60", "--format", "json", folder});
-    EXPECT_EQ(enough.status, kExitOK);
-    EXPECT_EQ(ParseLines(enough.out).at(0)["attributes"]["kMDItemLayerNames"].size(), kLayers);
 }
+#endif
 
 TEST(PlugIn, ThatCannotServeIsOneClearLine)
 {
@@ -330,34 +288,26 @@ TEST(PlugIn, ThatCannotServeIsOneClearLine)
         run.arguments = {BUILD_FOLDER "/velmora", "import", "--format", "json", document, folder + "/absent"};
         run.environment = {"VELMORA_PLUGIN=" + plugIn};
         const tProgramResult json = RunProgram(run);
-        EXPECT_EQ(json.status, kExitFailed);
         EXPECT_EQ(json.err, text.err);
         const std::vector<tJSON> records = ParseLines(json.out);
         ASSERT_EQ(records.size(), 2U);
-        for (const tJSON& record : records) {
-            EXPECT_EQ(record["error"]["code"], "plugin");
-        }
+        EXPECT_EQ(records[1]["error"]["code"], "plugin");
         EXPECT_EQ(RunVelmora({"schema", "--plugin", plugIn}).err, text.err);
     }
 }
 
 TEST(Schema, ListsWhatAnImportSets)
 {
-    const tProgramResult result = RunVelmora({"schema", "--format", "json"});
-    EXPECT_EQ(result.status, kExitOK) << result.err;
-    const tJSON schema = tJSON::parse(result.out);
-    std::vector<std::string> names;
+    const tJSON schema = tJSON::parse(RunVelmora({"schema", "--format", "json"}).out);
+    const std::string text = RunVelmora({"schema"}).out;
+    std::string names;
     for (const tJSON& attribute : schema["attributes"]) {
-        names.push_back(attribute["name"]);
+        names += attribute["name"].get<std::string>() + " ";
+        EXPECT_NE(text.find(attribute["name"]), std::string::npos);
     }
-    EXPECT_EQ(names, (std::vector<std::string>{"kMDItemAuthors", "kMDItemDescription", "kMDItemLayerNames",
-                                               "kMDItemVersion", "kMDItemTextContent"}));
-    ASSERT_FALSE(schema["types"].empty());
+    EXPECT_EQ(names, "kMDItemAuthors kMDItemDescription kMDItemLayerNames kMDItemVersion kMDItemTextContent ");
     EXPECT_EQ(schema["types"][0]["identifier"], Importer::kContentType);
     EXPECT_EQ(schema["types"][0]["extensions"], (std::vector<std::string>{"velmora"}));
-    const tProgramResult text = RunVelmora({"schema"});
-    EXPECT_NE(text.out.find("kMDItemTextContent"), std::string::npos);
-    EXPECT_NE(text.out.find(Importer::kContentType), std::string::npos);
 }
 
 TEST(Installation, WorksFromAnotherPlaceWithoutAnEnvironment)

@@ -16,20 +16,37 @@ static CFStringRef MakeString(const std::string& text)
                                    static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8, false);
 }
 
+static std::string ReadFrom(int descriptor)
+{
+    char text[64] = {};
+    const ssize_t count = pread(descriptor, text, sizeof text, 0);
+    return {text, static_cast<size_t>(count > 0 ? count : 0)};
+}
+
+/// What the caller of the host has open, and in its environment.
+static std::string LookAround()
+{
+    const char* const variable = getenv("SECRET");
+    return ReadFrom(9) + (variable != nullptr ? variable : "");
+}
+
 static std::string ReadDocument(CFStringRef path)
 {
     char name[64] = {};
-    char text[64] = {};
     CFStringGetCString(path, name, sizeof name, kCFStringEncodingUTF8);
     const char* slash = strrchr(name, '/'); // "/proc/self/fd/N"
-    const ssize_t count = pread(slash != nullptr ? atoi(slash + 1) : -1, text, sizeof text, 0);
-    return {text, static_cast<size_t>(count > 0 ? count : 0)};
+    return ReadFrom(slash != nullptr ? atoi(slash + 1) : -1);
+}
+
+static bool Write(int descriptor, const std::string& bytes)
+{
+    return write(descriptor, bytes.data(), bytes.size()) > 0;
 }
 
 static void Flood(int descriptor)
 {
     const std::string block(size_t{1} << 20, 'x');
-    for (int i = 0; i < 64 && write(descriptor, block.data(), block.size()) > 0; ++i) {
+    for (int i = 0; i < 64 && Write(descriptor, block); ++i) {
     }
 }
 
@@ -45,39 +62,42 @@ static void Eat()
     }
 }
 
-static void Misbehave(const std::string& text, CFMutableDictionaryRef attributes)
+static void SetStrangeValue(CFMutableDictionaryRef attributes)
 {
-    if (text == "crash") {
-        static volatile int* volatile sNowhere = nullptr; // a raised signal would be refused in the sandbox
-        *sNowhere = 1;
-    } else if (text == "exit") {
-        exit(0);
-    } else if (text == "hang") {
-        for (volatile bool forever = true; forever;) {
-        }
-    } else if (text == "throw") {
-        throw std::runtime_error("on demand");
-    } else if (text == "garbage") {
-        [[maybe_unused]] const ssize_t written = write(kHostSocket, "what a strange answer", 21);
-    } else if (text == "flood the host") {
-        Flood(kHostSocket);
-    } else if (text == "memory") {
-        Eat();
-    } else if (text == "flood the streams") {
-        Flood(STDOUT_FILENO);
-        Flood(STDERR_FILENO);
-    } else if (text == "strange values") {
-        const CFDataRef value = CFDataCreate(kCFAllocatorDefault, nullptr, 0);
-        CFDictionarySetValue(attributes, kMDItemLayerNames, value);
-        CFRelease(value);
-    }
+    const CFDataRef value = CFDataCreate(kCFAllocatorDefault, nullptr, 0);
+    CFDictionarySetValue(attributes, kMDItemLayerNames, value);
+    CFRelease(value);
 }
+
+static volatile int* volatile sNowhere = nullptr;
+static volatile bool sForever = true;
+
+static const struct {
+    const char* text;
+    void (*act)(CFMutableDictionaryRef attributes);
+} kMisdeeds[] = {{"crash", [](auto) { *sNowhere = 1; }}, // a raised signal would be refused in the sandbox
+                 {"exit", [](auto) { exit(0); }},
+                 {"hang",
+                  [](auto) {
+                      while (sForever) {
+                      }
+                  }},
+                 {"throw", [](auto) { throw std::runtime_error("on demand"); }},
+                 {"garbage", [](auto) { Write(kHostSocket, "what a strange answer"); }},
+                 {"flood the host", [](auto) { Flood(kHostSocket); }},
+                 {"memory", [](auto) { Eat(); }},
+                 {"flood the streams", [](auto) { Flood(STDOUT_FILENO), Flood(STDERR_FILENO); }},
+                 {"strange values", SetStrangeValue}};
 
 Boolean GetMetadataForFile(void*, CFMutableDictionaryRef attributes, CFStringRef, CFStringRef path)
 {
     const std::string text = ReadDocument(path);
-    Misbehave(text, attributes);
-    const CFStringRef value = MakeString(text);
+    for (const auto& misdeed : kMisdeeds) {
+        if (text == misdeed.text) {
+            misdeed.act(attributes);
+        }
+    }
+    const CFStringRef value = MakeString(text == "look around" ? LookAround() : text);
     CFDictionarySetValue(attributes, kMDItemDescription, value);
     CFRelease(value);
     return true;

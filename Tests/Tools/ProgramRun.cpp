@@ -1,5 +1,7 @@
 #include "ProgramRun.h"
 
+#include "support/DocumentBuilder.h"
+
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -87,44 +89,14 @@ tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string&
     return RunProgram(run);
 }
 
-static std::string BigEndian(unsigned value, int bytes)
-{
-    std::string text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
-        text.push_back(static_cast<char>(value >> shift));
-    }
-    return text;
-}
-
 std::string MakeLayout(const std::string& description, unsigned layers, unsigned elements)
 {
-    std::string bytes = "WkSt" + BigEndian(5, 4);
-    const auto record = [&bytes](unsigned key, const std::string& data) {
-        bytes += BigEndian(key, 2) + BigEndian(static_cast<unsigned>(data.size()), 2) + data;
-    };
-    // Readers look for every key in this order: without one of them they would find nothing behind it.
-    for (unsigned key = 400; key <= 407; ++key) {
-        record(key, (key == 404 ? description : "") + std::string(1, '\0'));
-    }
-    record(408, "c");
-    for (unsigned key = 409; key <= 419; ++key) {
-        record(key, key == 416 ? std::string(1, '\1') : BigEndian(100, 4));
-    }
-    record(420, std::string(6, '\0'));
-    record(421, std::string(8, '\0'));
-    record(422, std::string(20, '\0'));
-    record(426, std::string(1, '\0'));
-    record(427, std::string(1, '\0'));
-    record(428, BigEndian(2, 4));
-    record(429, BigEndian(0, 4));
-    record(430, std::string(1, '\0'));
-    record(500, BigEndian(layers, 4));
+    tLayout layout;
+    layout.author.clear();
+    layout.description = description;
+    layout.layers.clear();
     for (unsigned i = 0; i < layers; ++i) {
-        record(501, "Layer " + std::to_string(i) + std::string(1, '\0'));
-        record(502, std::string(1, '\0'));
-        record(503, std::string(1, '\1'));
+        layout.layers.push_back({"Layer " + std::to_string(i)});
     }
-    record(423, BigEndian(elements, 4));
-    record(424, BigEndian(0, 4));
-    return bytes;
+    return Layout(layout).Replace(423, Bytes32(elements)).Bytes();
 }

@@ -95,7 +95,8 @@ TEST(Sandbox, ChangesNoAnswer)
         {"check", "--format", "json", folder, stock},
         {"parts", "--format", "json", "--stock", stock, folder},
         {"render", "--format", "png", SOURCE_FOLDER "/Samples/terminus.velmora"},
-        {"render", "--format", "svg", SOURCE_FOLDER "/Samples/oval.velmora"},
+        {"render", "--format", "svg", "--labels", "--grid", SOURCE_FOLDER "/Samples/oval.velmora"},
+        {"render", "--format", "pdf", SOURCE_FOLDER "/Samples/oval.velmora"},
         {"stock", "--format", "json", stock},
         {"schema", "--format", "json"}};
     const std::string mode = FindObstacle().empty() ? "require" : "auto";

@@ -7,7 +7,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <map>
 #include <string>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 
@@ -18,7 +21,7 @@ static std::string ReadDocument(int document)
     std::string text(4096, '\0');
     const ssize_t count = pread(document, text.data(), text.size(), 0);
     text.resize(count > 0 ? static_cast<size_t>(count) : 0);
-    return text;
+    return text.substr(0, text.find('\0')); // large documents are padded
 }
 
 static tAnswer MakeAnswer(const std::string& text)
@@ -29,11 +32,7 @@ static tAnswer MakeAnswer(const std::string& text)
     return answer;
 }
 
-[[noreturn]] static void Hang()
-{
-    std::this_thread::sleep_for(std::chrono::hours(1));
-    _exit(0);
-}
+static const std::string sGood = Encode(MakeAnswer("good"));
 
 static void SendHeader(uint32_t magic, uint32_t kind, uint32_t sequence, uint32_t size)
 {
@@ -43,97 +42,109 @@ static void SendHeader(uint32_t magic, uint32_t kind, uint32_t sequence, uint32_
     [[maybe_unused]] const ssize_t written = write(sSocket, header, sizeof header);
 }
 
-/// Does what the document says. @return false when it named nothing to do
-static bool Misbehave(const std::string& command, const tFrame& request)
+static std::string Repeat(const std::string& text, size_t count)
 {
-    const uint32_t sequence = request.sequence;
-    const std::string good = Encode(MakeAnswer("good"));
-    const auto send = [&](eFrameKind kind, uint32_t number, std::string_view payload, int descriptor = -1) {
-        SendFrame(sSocket, kind, number, payload, descriptor);
-    };
-    if (command == "crash") {
-        signal(SIGSEGV, SIG_DFL);
-        raise(SIGSEGV);
-    } else if (command == "exit 0") {
-        _exit(0);
-    } else if (command == "exit 3") {
-        _exit(3);
-    } else if (command == "hang") {
-        Hang();
-    } else if (command == "spin") {
-        const pid_t host = getppid();
-        while (getppid() == host) {
-        }
-    } else if (command == "close and hang") {
-        close(sSocket);
-        Hang();
-    } else if (command == "fatal") {
-        send(eFrameKind::kFatalReport, sequence, "Layer list is null");
-        _exit(0);
-    } else if (command == "memory") {
-        send(eFrameKind::kOutOfMemory, sequence, {});
-        _exit(1);
-    } else if (command == "half a header") {
-        [[maybe_unused]] const ssize_t written = write(sSocket, "VLMP\3", 5);
-        _exit(0);
-    } else if (command == "half an answer") {
-        SendHeader(kFrameMagic, 3, sequence, 1000);
-        Hang();
-    } else if (command == "wrong magic") {
-        SendHeader(0, 3, sequence, 0);
-    } else if (command == "unknown kind") {
-        SendHeader(kFrameMagic, 6, sequence, 0);
-    } else if (command == "greeting") {
-        send(eFrameKind::kHello, sequence, Encode(tHello{true, {}}));
-    } else if (command == "request") {
-        send(eFrameKind::kRequest, sequence, Encode(tRequest{}));
-    } else if (command == "wrong sequence") {
-        send(eFrameKind::kAnswer, sequence + 1, good);
-    } else if (command == "too long") {
-        SendHeader(kFrameMagic, 3, sequence, kMaxAnswerSize + 1);
-    } else if (command == "cut") {
-        send(eFrameKind::kAnswer, sequence, good.substr(0, good.size() - 1));
-    } else if (command == "longer") {
-        send(eFrameKind::kAnswer, sequence, good + "x");
-    } else if (command == "bad UTF-8") {
-        send(eFrameKind::kAnswer, sequence, Encode(MakeAnswer("\xC3(")));
-    } else if (command == "wrong verb") {
-        tAnswer answer;
-        answer.ok = true;
-        answer.verb = eVerb::kSchema;
-        send(eFrameKind::kAnswer, sequence, Encode(answer));
-    } else if (command == "descriptor") {
-        send(eFrameKind::kAnswer, sequence, good, request.descriptor.Get());
-    } else if (command == "flood") {
-        for (;;) {
-            send(eFrameKind::kFatalReport, sequence, "again");
-        }
-    } else if (command == "flood bytes") {
-        SendHeader(kFrameMagic, 3, sequence, kMaxAnswerSize);
-        const std::string bytes(1 << 20, 'x');
-        while (write(sSocket, bytes.data(), bytes.size()) > 0) {
-        }
-    } else if (command == "answer twice") {
-        send(eFrameKind::kAnswer, sequence, good);
-        send(eFrameKind::kAnswer, sequence, good);
-        return true;
-    } else if (command == "answer and die") {
-        send(eFrameKind::kAnswer, sequence, good);
-        _exit(0);
-    } else if (command == "long") {
-        send(eFrameKind::kAnswer, sequence, Encode(MakeAnswer(std::string(5000000, 'y'))));
-        return true;
-    } else {
-        return false;
+    std::string repeated;
+    for (size_t i = 0; i < count; ++i) {
+        repeated += text;
     }
-    Hang(); // whoever has sent nonsense waits to be ended for it
+    return repeated;
 }
+
+static void Send(eFrameKind kind, uint32_t sequence, std::string_view payload)
+{
+    SendFrame(sSocket, kind, sequence, payload);
+}
+
+static void SendReport(uint32_t sequence, const std::string& report)
+{
+    tAnswer answer;
+    answer.ok = true;
+    answer.verb = eVerb::kCheck;
+    answer.report = report;
+    Send(eFrameKind::kAnswer, sequence, Encode(answer));
+}
+
+/// What a document may ask for. Whoever comes back from there waits to be ended for nonsense.
+static const std::map<std::string, std::function<void(const tFrame&, uint32_t)>> kMisdeeds = {
+    {"crash", [](auto&, auto) { signal(SIGSEGV, SIG_DFL), raise(SIGSEGV); }},
+    {"exit 0", [](auto&, auto) { _exit(0); }},
+    {"exit 3", [](auto&, auto) { _exit(3); }},
+    {"hang", [](auto&, auto) {}},
+    {"spin",
+     [](auto&, auto) {
+         for (const pid_t host = getppid(); getppid() == host;) {
+         }
+     }},
+    {"close and hang", [](auto&, auto) { close(sSocket); }},
+    {"fatal", [](auto&, auto number) { Send(eFrameKind::kFatalReport, number, "Layer list is null"), _exit(0); }},
+    {"memory", [](auto&, auto number) { Send(eFrameKind::kOutOfMemory, number, {}), _exit(1); }},
+    {"half a header",
+     [](auto&, auto) {
+         if (write(sSocket, "VLMP\3", 5) == 5) {
+             _exit(0);
+         }
+     }},
+    {"half an answer", [](auto&, auto number) { SendHeader(kFrameMagic, 3, number, 1000); }},
+    {"wrong magic", [](auto&, auto number) { SendHeader(0, 3, number, 0); }},
+    {"unknown kind", [](auto&, auto number) { SendHeader(kFrameMagic, 6, number, 0); }},
+    {"greeting",
+     [](auto&, auto number) {
+         Send(eFrameKind::kHello, number, Encode(tHello{true, {}}));
+     }},
+    {"request", [](auto&, auto number) { Send(eFrameKind::kRequest, number, Encode(tRequest{})); }},
+    {"wrong sequence", [](auto&, auto number) { Send(eFrameKind::kAnswer, number + 1, sGood); }},
+    {"too long", [](auto&, auto number) { SendHeader(kFrameMagic, 3, number, kMaxAnswerSize + 1); }},
+    {"cut", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, sGood.substr(0, sGood.size() - 1)); }},
+    {"longer", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, sGood + "x"); }},
+    {"bad UTF-8", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, Encode(MakeAnswer("\xC3("))); }},
+    {"descriptor",
+     [](auto& request, auto number) {
+         SendFrame(sSocket, eFrameKind::kAnswer, number, sGood, request.descriptor.Get());
+     }},
+    {"flood",
+     [](auto&, auto number) {
+         for (;;) {
+             Send(eFrameKind::kFatalReport, number, "again");
+         }
+     }},
+    {"flood bytes",
+     [](auto&, auto number) {
+         SendHeader(kFrameMagic, 3, number, kMaxAnswerSize);
+         for (const std::string bytes(1 << 20, 'x'); write(sSocket, bytes.data(), bytes.size()) > 0;) {
+         }
+     }},
+    {"answer and die", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, sGood), _exit(0); }},
+    {"wrong verb", [](auto&, auto number) { SendReport(number, "{}"); }}};
+
+/// What is answered, well or not, with the process at the next request afterwards.
+static const std::map<std::string, std::function<void(uint32_t)>> kAnswers = {
+    {"answer twice",
+     [](auto number) { Send(eFrameKind::kAnswer, number, sGood), Send(eFrameKind::kAnswer, number, sGood); }},
+    {"long", [](auto number) { Send(eFrameKind::kAnswer, number, Encode(MakeAnswer(std::string(3000000, 'y')))); }},
+    {"limits",
+     [](auto number) { // its number, and the hard limit of its processor time
+         rlimit limit = {};
+         getrlimit(RLIMIT_CPU, &limit);
+         Send(eFrameKind::kAnswer, number,
+              Encode(MakeAnswer(std::to_string(getpid()) + " " + std::to_string(limit.rlim_max))));
+     }},
+    {"nested report",
+     [](auto number) { SendReport(number, "{\"findings\":" + Repeat("[", 100000) + Repeat("]", 100000) + "}"); }},
+    {"report of many values",
+     [](auto number) { SendReport(number, "{\"findings\":[" + Repeat("{},", 1000000) + "1]}"); }},
+    {"long report", [](auto number) { SendReport(number, "{\"kind\":\"" + std::string(5000000, 'x') + "\"}"); }},
+    {"strange report",
+     [](auto number) { SendReport(number, "{\"kind\":\"\\u001B[31m\",\"findings\":5,\"reader\":[1]}"); }}};
 
 int main(int argc, char** argv)
 {
     const std::string plugIn = argc > 4 ? argv[4] : ""; // --socket N --plugin PATH and more
     if (plugIn.ends_with("/dies")) {
         return 5;
+    }
+    if (plugIn.ends_with("/killed")) {
+        raise(SIGKILL);
     }
     if (plugIn.ends_with("/refuses")) {
         SendFrame(sSocket, eFrameKind::kHello, 0, Encode(tHello{false, "the plug-in is of another kind"}));
@@ -151,7 +162,12 @@ int main(int argc, char** argv)
             return 0;
         }
         const std::string document = ReadDocument(frame.descriptor.Get());
-        if (!Misbehave(document, frame)) {
+        if (const auto misdeed = kMisdeeds.find(document); misdeed != kMisdeeds.end()) {
+            misdeed->second(frame, frame.sequence);
+            std::this_thread::sleep_for(std::chrono::hours(1));
+        } else if (const auto answer = kAnswers.find(document); answer != kAnswers.end()) {
+            answer->second(frame.sequence);
+        } else {
             SendFrame(sSocket, eFrameKind::kAnswer, frame.sequence, Encode(MakeAnswer(document)));
         }
     }

@@ -1,8 +1,8 @@
 #include "support/DocumentBuilder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <stdexcept>
 
 namespace {
@@ -41,9 +41,6 @@ int32_t IntOfBytes(std::string_view bytes)
 
 double DoubleOfBytes(std::string_view bytes)
 {
-    if (bytes.size() != 8) {
-        throw std::runtime_error("not a double record");
-    }
     return IntOfBytes(bytes.substr(0, 4)) + IntOfBytes(bytes.substr(4)) / static_cast<double>(kUnits);
 }
 
@@ -141,8 +138,7 @@ CRecords CRecords::OfDocument(std::string_view bytes)
 {
     CRecords records;
     const auto number = [&bytes](size_t at) {
-        return static_cast<size_t>(static_cast<unsigned char>(bytes[at])) << 8 |
-               static_cast<unsigned char>(bytes[at + 1]);
+        return static_cast<size_t>(IntOfBytes(std::string(2, '\0').append(bytes.substr(at, 2))));
     };
     size_t at = std::min<size_t>(bytes.size(), 8);
     records.Raw(std::string(bytes.substr(0, at)));
@@ -164,35 +160,29 @@ CRecords CRecords::OfDocument(std::string_view bytes)
     return records;
 }
 
-CRecords CommonBlock(const tCommon& common)
+/// Keys 300 to 310.
+static CRecords Component(int type, const tCommon& common)
 {
-    return CRecords()
-        .Double(301, common.x)
-        .Double(302, common.y)
-        .Double(303, common.gauge)
-        .Double(304, common.angle)
-        .Bool(305, common.joint0)
-        .Bool(306, common.joint1)
-        .Double(307, common.trackbedWidth)
-        .Double(308, common.railWidth)
-        .Int(309, common.midRail)
-        .Colour(310, common.colour);
+    CRecords records;
+    records.Int(300, type).Double(301, common.x).Double(302, common.y).Double(303, common.gauge);
+    records.Double(304, common.angle).Bool(305, common.joint0).Bool(306, common.joint1);
+    records.Double(307, common.trackbedWidth).Double(308, common.railWidth).Int(309, common.midRail);
+    return records.Colour(310, common.colour);
 }
 
 CRecords Straight(const tCommon& common, double length)
 {
-    return CRecords().Int(300, 1).Append(CommonBlock(common)).Double(311, length);
+    return Component(1, common).Double(311, length);
 }
 
 CRecords Curve(const tCommon& common, double radius, double arcAngle)
 {
-    return CRecords().Int(300, 2).Append(CommonBlock(common)).Double(312, radius).Double(313, arcAngle);
+    return Component(2, common).Double(312, radius).Double(313, arcAngle);
 }
 
 CRecords Polygon(const tCommon& common, const std::vector<tXY>& points, bool close, int subType, int thickness)
 {
-    CRecords records;
-    records.Int(300, 3).Append(CommonBlock(common)).Int(318, static_cast<int>(points.size()));
+    CRecords records = Component(3, common).Int(318, std::ssize(points));
     for (const tXY& point : points) {
         records.Double(319, point.x).Double(320, point.y);
     }
@@ -204,23 +194,12 @@ CRecords Text(const tCommon& common, const std::string& text, int size, int styl
     std::string block(256, '\0');
     block[0] = static_cast<char>(font.size());
     block.replace(1, font.size(), font);
-    return CRecords()
-        .Int(300, 4)
-        .Append(CommonBlock(common))
-        .Int(324, size)
-        .Int(325, style)
-        .Record(326, block)
-        .Text(327, text);
+    return Component(4, common).Int(324, size).Int(325, style).Record(326, block).Text(327, text);
 }
 
 CRecords Oval(const tCommon& common, double radiusX, double radiusY, int thickness)
 {
-    return CRecords()
-        .Int(300, 5)
-        .Append(CommonBlock(common))
-        .Double(315, radiusX)
-        .Double(316, radiusY)
-        .Int(317, thickness);
+    return Component(5, common).Double(315, radiusX).Double(316, radiusY).Int(317, thickness);
 }
 
 CRecords Flexible(const tCommon& common, const std::vector<tXY>& points, double maxLength)
@@ -236,33 +215,29 @@ std::string SavedFontBlock()
 CRecords Element(const tElement& element)
 {
     CRecords records;
-    records.Raw(std::string(kElementMagic) + Bytes32(element.version))
-        .Text(207, element.name)
-        .Text(208, element.description)
-        .Text(209, element.manufacturer)
-        .Text(210, element.library)
-        .Text(211, element.prefix)
-        .Int(212, element.libraryNumber)
-        .Int(213, element.price)
-        .Int(214, element.currency)
-        .Int(215, element.scale)
-        .Bool(216, element.libraryFlag)
-        .Double(200, element.x)
-        .Double(201, element.y);
+    records.Raw(std::string(kElementMagic) + Bytes32(element.version));
+    int key = 207;
+    for (const std::string* text :
+         {&element.name, &element.description, &element.manufacturer, &element.library, &element.prefix}) {
+        records.Text(key++, *text);
+    }
+    for (const int number : {element.libraryNumber, element.price, element.currency, element.scale}) {
+        records.Int(key++, number);
+    }
+    records.Bool(216, element.libraryFlag).Double(200, element.x).Double(201, element.y);
     if (element.version == 4) {
         records.Double(218, element.z);
-        for (size_t i = 0; i < element.grade.size(); ++i) {
-            records.Double(219 + static_cast<int>(i), element.grade[i]);
+        key = 219;
+        for (const double number : element.grade) {
+            records.Double(key++, number);
         }
     }
-    records.Double(202, element.angle)
-        .Colour(203, element.fill)
-        .Colour(204, element.second)
-        .Bool(205, element.fillMode);
+    records.Double(202, element.angle).Colour(203, element.fill).Colour(204, element.second);
+    records.Bool(205, element.fillMode);
     if (element.version == 4) {
         records.Text(217, element.layer);
     }
-    records.Int(206, static_cast<int>(element.components.size()));
+    records.Int(206, std::ssize(element.components));
     for (const CRecords& component : element.components) {
         records.Append(component);
     }
@@ -277,17 +252,15 @@ CRecords LayoutHeader(int version)
 CRecords Settings(const tLayout& layout)
 {
     CRecords records;
-    records.Text(400, layout.author)
-        .Text(401, layout.privateAuthor)
-        .Text(402, layout.creationDate)
-        .Text(403, layout.modificationDate)
-        .Text(404, layout.description)
-        .Text(405, layout.freeText)
-        .Text(406, layout.shortFreeText)
-        .Text(407, layout.revision)
-        .Record(408, std::string(1, layout.setting408));
-    for (size_t i = 0; i < layout.settings.size(); ++i) {
-        records.Int(409 + static_cast<int>(i), layout.settings[i]);
+    int key = 400;
+    for (const std::string* text :
+         {&layout.author, &layout.privateAuthor, &layout.creationDate, &layout.modificationDate, &layout.description,
+          &layout.freeText, &layout.shortFreeText, &layout.revision}) {
+        records.Text(key++, *text);
+    }
+    records.Record(key++, std::string(1, layout.setting408));
+    for (const int setting : layout.settings) {
+        records.Int(key++, setting);
     }
     std::string rectangle;
     for (const int16_t side : layout.rectangle) {
@@ -295,17 +268,10 @@ CRecords Settings(const tLayout& layout)
     }
     std::string view;
     for (const float parameter : layout.view) {
-        uint32_t word = 0;
-        std::memcpy(&word, &parameter, sizeof word);
-        view += Bytes32(word);
+        view += Bytes32(std::bit_cast<uint32_t>(parameter));
     }
-    records.Bool(416, layout.showGrid)
-        .Int(417, layout.zoom)
-        .Int(418, layout.width)
-        .Int(419, layout.height)
-        .Colour(420, layout.colour)
-        .Record(421, rectangle)
-        .Record(422, view);
+    records.Bool(416, layout.showGrid).Int(417, layout.zoom).Int(418, layout.width).Int(419, layout.height);
+    records.Colour(420, layout.colour).Record(421, rectangle).Record(422, view);
     if (layout.version >= 4) {
         records.Bool(426, layout.terrain).Bool(427, layout.onlyTracks);
     }
@@ -315,44 +281,24 @@ CRecords Settings(const tLayout& layout)
     return records;
 }
 
-CRecords LayerSection(const std::vector<tLayer>& layers)
-{
-    CRecords records;
-    records.Int(500, static_cast<int>(layers.size()));
-    for (const tLayer& layer : layers) {
-        records.Text(501, layer.name).Bool(502, layer.locked).Bool(503, layer.visible);
-    }
-    return records;
-}
-
-CRecords GroupSection(const std::vector<int>& list)
-{
-    CRecords records;
-    records.Int(424, static_cast<int>(list.size()));
-    for (const int entry : list) {
-        records.Int(425, entry);
-    }
-    return records;
-}
-
-CRecords LayoutBegin(const tLayout& layout)
-{
-    CRecords records = LayoutHeader(layout.version);
-    records.Append(Settings(layout));
-    if (layout.version >= 4) {
-        records.Append(LayerSection(layout.layers));
-    }
-    return records;
-}
-
 CRecords Layout(const tLayout& layout)
 {
-    CRecords records = LayoutBegin(layout);
-    records.Int(423, static_cast<int>(layout.elements.size()));
+    CRecords records = LayoutHeader(layout.version).Append(Settings(layout));
+    if (layout.version >= 4) {
+        records.Int(500, std::ssize(layout.layers));
+        for (const tLayer& layer : layout.layers) {
+            records.Text(501, layer.name).Bool(502, layer.locked).Bool(503, layer.visible);
+        }
+    }
+    records.Int(423, std::ssize(layout.elements));
     for (const tElement& element : layout.elements) {
         records.Append(Element(element));
     }
-    return records.Append(GroupSection(layout.groups));
+    records.Int(424, std::ssize(layout.groups));
+    for (const int entry : layout.groups) {
+        records.Int(425, entry);
+    }
+    return records;
 }
 
 std::vector<int> GroupList(const std::vector<tGroupEntry>& entries)
@@ -386,11 +332,24 @@ int RandomInt(CRandom& random)
     return static_cast<int>(random.Int(INT32_MIN, INT32_MAX));
 }
 
+template <typename tValue, typename tMake>
+void Fill(std::initializer_list<tValue*> values, tMake make)
+{
+    for (tValue* value : values) {
+        *value = make();
+    }
+}
+
+void FillTexts(CRandom& random, std::initializer_list<std::pair<std::string*, size_t>> texts)
+{
+    for (const auto& [text, longest] : texts) {
+        *text = random.Text(longest);
+    }
+}
+
 CRecords RandomComponent(CRandom& random, int type)
 {
-    tCommon common;
-    common.x = random.Fixed(1000);
-    common.y = random.Fixed(1000);
+    tCommon common = {.x = random.Fixed(1000), .y = random.Fixed(1000)};
     common.gauge = random.Bool() ? 0.0 : random.Fixed(50);
     common.angle = random.Bool() ? 0.0 : random.Fixed(360);
     common.joint0 = random.Bool();
@@ -399,10 +358,8 @@ CRecords RandomComponent(CRandom& random, int type)
     common.railWidth = random.Fixed(kLargest);
     common.midRail = RandomInt(random);
     common.colour = RandomColour(random);
-    std::vector<tXY> points(static_cast<size_t>(random.Int(0, 12)));
-    for (tXY& point : points) {
-        point = {random.Fixed(2000), random.Fixed(2000)};
-    }
+    std::vector<tXY> points(static_cast<size_t>(random.Below(13)));
+    std::generate(points.begin(), points.end(), [&random] { return tXY{random.Fixed(2000), random.Fixed(2000)}; });
     switch (type) {
     case 1:
         return Straight(common, random.Fixed(kFarthest));
@@ -424,20 +381,16 @@ tLayout RandomLayout(uint64_t seed, int elements, bool turnedTexts)
 {
     CRandom random(seed);
     tLayout layout;
-    layout.author = random.Text(127);
-    layout.creationDate = random.Text(31);
-    layout.description = random.Text(4095);
-    layout.freeText = random.Text(1023);
-    layout.shortFreeText = random.Text(127);
-    layout.revision = random.Text(31);
+    FillTexts(random, {{&layout.author, 127},
+                       {&layout.creationDate, 31},
+                       {&layout.description, 4095},
+                       {&layout.freeText, 1023},
+                       {&layout.shortFreeText, 127},
+                       {&layout.revision, 31}});
     layout.setting408 = static_cast<char>(random.Int(0, 255));
-    for (int& setting : layout.settings) {
-        setting = RandomInt(random);
-    }
-    layout.showGrid = random.Bool();
+    const auto number = [&random] { return RandomInt(random); };
+    std::generate(layout.settings.begin(), layout.settings.end(), number);
     layout.zoom = static_cast<int>(random.Int(-1000, 100000));
-    layout.width = RandomInt(random);
-    layout.height = RandomInt(random);
     layout.colour = RandomColour(random);
     for (int16_t& side : layout.rectangle) {
         side = static_cast<int16_t>(random.Int(INT16_MIN, INT16_MAX));
@@ -445,35 +398,23 @@ tLayout RandomLayout(uint64_t seed, int elements, bool turnedTexts)
     for (float& parameter : layout.view) {
         parameter = static_cast<float>(random.Fixed(100000));
     }
-    layout.terrain = random.Bool();
-    layout.onlyTracks = random.Bool();
-    layout.setting428 = RandomInt(random);
-    layout.setting429 = RandomInt(random);
-    layout.flag430 = random.Bool();
+    Fill({&layout.width, &layout.height, &layout.setting428, &layout.setting429}, number);
+    Fill({&layout.showGrid, &layout.terrain, &layout.onlyTracks, &layout.flag430}, [&random] { return random.Bool(); });
     layout.layers.clear();
     const int64_t numLayers = random.Int(1, 8);
     for (int64_t i = 0; i < numLayers; ++i) {
         layout.layers.push_back({std::to_string(i) + random.Text(62), random.Bool(), random.Bool()});
     }
     for (int i = 0; i < elements; ++i) {
-        tElement element;
-        element.name = std::to_string(i) + random.Text(26);
-        element.description = random.Text(63);
-        element.manufacturer = random.Text(31);
-        element.library = random.Text(127);
-        element.prefix = random.Text(7);
-        element.libraryNumber = RandomInt(random);
-        element.price = RandomInt(random);
-        element.currency = RandomInt(random);
+        tElement element = {.name = std::to_string(i) + random.Text(26), .description = random.Text(63)};
+        FillTexts(random, {{&element.manufacturer, 31}, {&element.library, 127}, {&element.prefix, 7}});
+        Fill({&element.libraryNumber, &element.price, &element.currency}, number);
         element.scale = static_cast<int>(random.Int(10, 23));
         element.libraryFlag = random.Bool();
-        element.x = random.Fixed(kFarthest);
-        element.y = random.Fixed(kFarthest);
+        Fill({&element.x, &element.y}, [&random] { return random.Fixed(kFarthest); });
         element.z = random.Fixed(kLargest);
         if (random.Int(0, 3) == 0) {
-            for (double& number : element.grade) {
-                number = random.Fixed(5000);
-            }
+            std::generate(element.grade.begin(), element.grade.end(), [&random] { return random.Fixed(5000); });
         }
         element.angle = random.Bool() ? 0.0 : random.Fixed(360);
         element.fill = RandomColour(random);

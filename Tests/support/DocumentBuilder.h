@@ -80,8 +80,6 @@ struct tCommon {
     int midRail = 1;
     tColour colour = {0, 0, 0};
 };
-/// Keys 301 to 310.
-CRecords CommonBlock(const tCommon& common);
 
 struct tXY {
     double x;
@@ -172,12 +170,8 @@ std::vector<int> GroupList(const std::vector<tGroupEntry>& entries);
 
 /// Keys 400 to 430 without the layer section and key 423, as far as the version has them.
 CRecords Settings(const tLayout& layout);
-CRecords LayerSection(const std::vector<tLayer>& layers);
-CRecords GroupSection(const std::vector<int>& list);
 CRecords LayoutHeader(int version);
 CRecords Layout(const tLayout& layout);
-/// A document's header, settings and layers, ready for key 423.
-CRecords LayoutBegin(const tLayout& layout);
 
 /// A track plan of that many elements of all kinds, on several layers, in groups; the same for the same seed. Every
 /// text but the layer names is arbitrary.

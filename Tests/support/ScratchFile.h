@@ -1,35 +1,18 @@
 // A file for loaders that take a path.
 #pragma once
 
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// A file without a name that is gone with the object. On Linux it lies in memory.
+/// A file in memory, without a name, that is gone with the object.
 class CScratchFile {
 public:
-    CScratchFile()
-    {
-#if defined(__linux__)
-        mDescriptor = memfd_create("velmora-test", 0);
-#else
-        std::string name = std::string(getenv("TEST_FOLDER")) + "/scratch-XXXXXX";
-        mDescriptor = mkstemp(name.data());
-        unlink(name.c_str());
-#endif
-        Check(mDescriptor >= 0);
-    }
-    explicit CScratchFile(std::string_view bytes) : CScratchFile()
-    {
-        Set(bytes);
-    }
-    ~CScratchFile()
-    {
-        close(mDescriptor);
-    }
+    CScratchFile() { Check(mDescriptor >= 0); }
+    explicit CScratchFile(std::string_view bytes) : CScratchFile() { Set(bytes); }
+    ~CScratchFile() { close(mDescriptor); }
     CScratchFile(const CScratchFile&) = delete;
     CScratchFile& operator=(const CScratchFile&) = delete;
 
@@ -43,16 +26,10 @@ public:
         Check(pread(mDescriptor, bytes.data(), bytes.size(), 0) == Signed(bytes));
         return bytes;
     }
-    std::string Path() const
-    {
-        return "/proc/self/fd/" + std::to_string(mDescriptor);
-    }
+    std::string Path() const { return "/proc/self/fd/" + std::to_string(mDescriptor); }
 
 private:
-    static ssize_t Signed(std::string_view bytes)
-    {
-        return static_cast<ssize_t>(bytes.size());
-    }
+    static ssize_t Signed(std::string_view bytes) { return static_cast<ssize_t>(bytes.size()); }
     static void Check(bool done)
     {
         if (!done) {
@@ -60,5 +37,5 @@ private:
         }
     }
 
-    int mDescriptor = -1;
+    const int mDescriptor = memfd_create("velmora-test", 0);
 };

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <unistd.h>
 
-/// Records as docs/formats/layout.md describes them, all that a reader asks for and in its order. Numbers are
-/// big-endian.
+/// Records as docs/formats/layout.md describes them, all that a reader asks for and in its order.
+/// Numbers are big-endian.
 namespace {
 class CRecordWriter {
 public:

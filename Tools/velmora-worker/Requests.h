@@ -15,8 +15,8 @@ tAnswer AnswerIndex(const CPlugIn& plugIn, const std::string& contentType, int d
 /// What the plug-in's property list declares.
 tAnswer AnswerSchema(const CPlugIn& plugIn);
 
-/// Why the core does not load a layout. @param result  what CLayout::Load answered, not 0; @param elements  loaded
-/// before
+/// Why the core does not load a layout. @param result  what CLayout::Load answered, not 0;
+/// @param elements  loaded before
 tAnswer MakeLoadFailure(int result, size_t elements, int document);
 
 /// What is wrong with a layout, a track library or a stock file, as a report; `path` names the same document.
@@ -28,8 +28,8 @@ tAnswer AnswerLibrary(const std::string& path, const std::string& fileName);
 /// The entries of a stock file.
 tAnswer AnswerStock(const std::string& path);
 
-/// What the user's preferences call the stock file, in UTF-8: a path, or a name in the application's folder. Not in a
-/// jail.
+/// What the user's preferences call the stock file, in UTF-8: a path, or a name in the application's folder.
+/// Not in a jail.
 std::string GetStockFileName();
 
 /// The picture of a layout.

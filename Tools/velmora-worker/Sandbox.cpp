@@ -59,6 +59,8 @@ void Sandbox::Close(const tMode& mode, Jail::eProfile profile, size_t memoryMega
     Jail::tOrder order;
     order.profile = profile;
     order.layers = mode.layers;
+    order.user = mode.user;
+    order.group = mode.group;
     order.memoryMegabytes = memoryMegabytes;
     if (profile == Jail::eProfile::kDraw) {
         order.readableFolders = Platform::FontFolders();
@@ -76,6 +78,11 @@ void Sandbox::Close(const tMode& mode, Jail::eProfile profile, size_t memoryMega
         }
     }
     hello.sandboxNote = mode.note;
+    if (mode.user != 0 && (closed & Jail::kPrivileges) == 0) {
+        hello.ready = false;
+        hello.reason = eFailure::kSandbox;
+        hello.message = "the worker cannot become the user that --sandbox-user names";
+    }
     if (mode.isRequired && (closed & kEssential) != kEssential) {
         hello.ready = false;
         hello.reason = eFailure::kSandbox;

@@ -13,7 +13,9 @@ namespace Sandbox {
 struct tMode {
     unsigned layers = Jail::kAllLayers; ///< of Jail::eLayer
     bool isRequired = false;            ///< do not serve without seccomp and landlock
-    std::string note;                   ///< why there is no sandbox; empty where there is one
+    unsigned user = 0;                  ///< whom to become; 0 for nobody else
+    unsigned group = 0;
+    std::string note; ///< why there is no sandbox; empty where there is one
 };
 
 /// @param text  "auto", "require", "off" (then only the memory is bounded), or the names of layers with plus signs

@@ -43,8 +43,8 @@ static std::vector<CFDictionaryRef> GetDictionaries(CFDictionaryRef dictionary, 
     return result;
 }
 
-/// What the bundle itself says about a type that it takes; only the identifier, where another program declares the
-/// type.
+/// What the bundle itself says about a type that it takes; only the identifier,
+/// where another program declares the type.
 static tSchemaType DescribeType(CFDictionaryRef info, const std::string& identifier)
 {
     tSchemaType type;

@@ -1,5 +1,5 @@
-// The worker process: holds the plug-in and the core, and answers one request at a time until the host closes the
-// socket.
+// The worker process: holds the plug-in and the core,
+// and answers one request at a time until the host closes the socket.
 #include "CPlugIn.h"
 #include "Limits.h"
 #include "Reports.h"
@@ -21,6 +21,8 @@ struct tArguments {
     std::string plugIn;
     Sandbox::tMode sandbox;
     Jail::eProfile profile = Jail::eProfile::kRead;
+    unsigned user = 0;
+    unsigned group = 0;
     bool tellsStockFile = false;
 };
 } // namespace
@@ -46,6 +48,14 @@ static bool ParseProfile(std::string_view text, Jail::eProfile& profile)
     return text == "draw" || text == "read";
 }
 
+/// @param text  two numbers with a colon between them
+static bool ParseUser(std::string_view text, unsigned& user, unsigned& group)
+{
+    const size_t colon = text.find(':');
+    return colon != std::string_view::npos && ParseNumber(std::string(text.substr(0, colon)).c_str(), user) &&
+           ParseNumber(std::string(text.substr(colon + 1)).c_str(), group);
+}
+
 static bool ParseTell(std::string_view text, bool& tellsStockFile)
 {
     tellsStockFile = text == "stock-file";
@@ -62,6 +72,7 @@ static bool ParseArgument(std::string_view name, const char* value, tArguments& 
            : name == "--memory"  ? ParseNumber(value, arguments.megabytes)
            : name == "--sandbox" ? ParseSandbox(value, arguments.sandbox)
            : name == "--profile" ? ParseProfile(value, arguments.profile)
+           : name == "--user"    ? ParseUser(value, arguments.user, arguments.group)
            : name == "--tell"    ? ParseTell(value, arguments.tellsStockFile)
                                  : false;
 }
@@ -161,6 +172,8 @@ int main(int argc, char** argv)
         fprintf(stderr, "velmora-worker is started by velmora; try 'velmora --help'.\n");
         return 2;
     }
+    arguments.sandbox.user = arguments.user;
+    arguments.sandbox.group = arguments.group;
     Limits::Begin(arguments.socket);
     Reports::Begin(arguments.socket);
     CPlugIn plugIn;

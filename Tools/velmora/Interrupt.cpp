@@ -24,6 +24,7 @@ static void HandleInterrupt(int)
 void Interrupt::Install()
 {
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
     struct sigaction old = {};
     if (sPipe[0] >= 0 || sigaction(SIGINT, nullptr, &old) != 0 || old.sa_handler == SIG_IGN || pipe(sPipe) != 0) {
         return;

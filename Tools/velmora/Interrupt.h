@@ -3,7 +3,8 @@
 
 namespace Interrupt {
 /// Catches SIGINT from now on, unless the caller had it ignored. The first one sets the flag, a second one ends the
-/// process at once with 130. SIGPIPE is ignored from now on: writes report a closed pipe themselves.
+/// process at once with 130. SIGPIPE and SIGXFSZ are ignored from now on: writes report a closed pipe, and a file that
+/// may not grow, themselves.
 void Install();
 
 /// Whether SIGINT has arrived.

@@ -77,8 +77,8 @@ static std::string FolderFromEnvironment(const char* name)
     return value != nullptr && value[0] == '/' ? value : "";
 }
 
-/// One of the user's folders. @param variable  that names it; @param inHome  where it is otherwise, below the home
-/// folder
+/// One of the user's folders. @param variable  that names it;
+/// @param inHome  where it is otherwise, below the home folder
 static std::string UserFolder(const char* variable, const char* inHome)
 {
     const std::string folder = FolderFromEnvironment(variable);

@@ -1,5 +1,5 @@
-// Foundation's property list functions for callers that cannot catch: C++ code must not catch what Objective-C throws
-// here.
+// Foundation's property list functions for callers that cannot catch:
+// C++ code must not catch what Objective-C throws here.
 #pragma once
 
 #import <Foundation/Foundation.h>

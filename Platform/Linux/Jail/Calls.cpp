@@ -6,7 +6,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <linux/seccomp.h>
-#include <sched.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -18,9 +17,6 @@ using tTest = Jail::tCondition::eTest;
 
 static constexpr uint32_t kAllow = SECCOMP_RET_ALLOW;
 static constexpr uint32_t kKill = SECCOMP_RET_KILL_PROCESS;
-/// How the C library starts a thread: all is shared, the end is noted in memory. Anything else would be a process.
-static constexpr uint32_t kThreadFlags = CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD |
-                                         CLONE_SYSVSEM | CLONE_SETTLS | CLONE_PARENT_SETTID | CLONE_CHILD_CLEARTID;
 /// In the flags of an opening: anything but reading. The last is O_TMPFILE without the bit of a folder.
 static constexpr uint32_t kWritingFlags =
     O_ACCMODE | O_CREAT | O_TRUNC | O_APPEND | O_PATH | (O_TMPFILE & ~O_DIRECTORY);
@@ -45,17 +41,14 @@ static void AllowMemory(Jail::CCallFilter& filter)
 /// What tells a process about itself and the time, and what libraries ask now and then.
 static void AllowQuestions(Jail::CCallFilter& filter)
 {
-    filter.Answer(kAllow, {SYS_clock_gettime,   SYS_clock_getres,
-                           SYS_gettimeofday,    SYS_clock_nanosleep,
-                           SYS_nanosleep,       SYS_getrandom,
-                           SYS_getrusage,       SYS_getpid,
-                           SYS_getppid,         SYS_gettid,
-                           SYS_getuid,          SYS_geteuid,
-                           SYS_getgid,          SYS_getegid,
-                           SYS_uname,           SYS_sysinfo,
-                           SYS_sched_yield,     SYS_sched_getaffinity,
-                           SYS_rt_sigreturn,    SYS_rt_sigprocmask,
-                           SYS_restart_syscall, SYS_exit});
+    filter.Answer(kAllow, {SYS_gettimeofday, SYS_nanosleep, SYS_getrandom, SYS_getrusage, SYS_getpid, SYS_getppid,
+                           SYS_gettid, SYS_getuid, SYS_geteuid, SYS_getgid, SYS_getegid, SYS_uname, SYS_sysinfo,
+                           SYS_sched_yield, SYS_rt_sigreturn, SYS_rt_sigprocmask, SYS_restart_syscall, SYS_exit});
+    // The number of another process's clock is negative.
+    for (const int call : {SYS_clock_gettime, SYS_clock_getres, SYS_clock_nanosleep}) {
+        filter.AnswerIf(call, {{0, tTest::kHasNoneOf, 1U << 31}}, kAllow, Jail::FailWith(EPERM));
+    }
+    filter.AnswerIfOneOf(SYS_sched_getaffinity, 0, {0, static_cast<uint32_t>(getpid())}, kAllow, Jail::FailWith(EPERM));
 #if defined(SYS_time)
     filter.Answer(kAllow, {SYS_time});
 #endif
@@ -81,20 +74,19 @@ static void RefuseFiles(Jail::CCallFilter& filter)
 #endif
 }
 
-/// Drawing asks for fonts when a text needs them, and the font library looks for them in threads.
+/// Drawing asks for fonts when a text needs them.
 static void AllowDrawing(Jail::CCallFilter& filter)
 {
     const uint32_t refuse = Jail::FailWith(EACCES);
     filter.AnswerIf(SYS_openat, {{2, tTest::kHasNoneOf, kWritingFlags}}, kAllow, refuse);
     filter.AnswerIf(SYS_newfstatat, {{3, tTest::kEquals, AT_EMPTY_PATH}}, kAllow, refuse);
-    filter.Answer(kAllow, {SYS_fstat, SYS_faccessat, SYS_rseq, SYS_set_robust_list});
+    filter.Answer(kAllow, {SYS_fstat, SYS_faccessat});
 #if defined(SYS_open)
     filter.AnswerIf(SYS_open, {{1, tTest::kHasNoneOf, kWritingFlags}}, kAllow, refuse);
     filter.Answer(kAllow, {SYS_access});
 #endif
-    filter.Answer(Jail::FailWith(ENOSYS), {SYS_clone3}); // its flags lie in memory, where a filter cannot look
-    filter.AnswerIf(SYS_clone, {{0, tTest::kEquals, kThreadFlags}}, kAllow, kKill);
-    filter.AnswerIf(SYS_prctl, {{0, tTest::kEquals, PR_SET_NAME}}, kAllow, kKill); // a thread gives itself a name
+    // What runs in place of a thread gives itself a name.
+    filter.AnswerIf(SYS_prctl, {{0, tTest::kEquals, PR_SET_NAME}}, kAllow, kKill);
 }
 
 Jail::CCallFilter Jail::MakeCallFilter(eProfile profile)

@@ -2,16 +2,20 @@
 
 #include "Calls.h"
 #include "FileRules.h"
+#include "Threads.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <grp.h>
+#include <linux/capability.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <thread>
+#include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -20,9 +24,6 @@ static constexpr rlim_t kDescriptors = 32;
 static constexpr rlim_t kDescriptorsForDrawing = 64;
 /// How long to wait between two looks at the threads: 200 microseconds.
 static constexpr long kPauseNanoseconds = 200000;
-
-/// A thread that was joined is gone for the kernel a little later.
-static constexpr int kThreadMilliseconds = 100;
 
 namespace {
 /// Whether a layer is on, and its state's detail.
@@ -85,14 +86,38 @@ static tOutcome LimitResources(Jail::eProfile profile)
     return {true, "no file grows, no core file, " + std::to_string(descriptors) + " descriptors"};
 }
 
-static tOutcome GiveUpPrivileges()
+/// Becomes another user, for good. The order matters: each step needs the rights that the next one gives away.
+static bool BecomeUser(uid_t user, gid_t group)
 {
-    const bool done = prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0;
+    return setgroups(0, nullptr) == 0 && setresgid(group, group, group) == 0 && setresuid(user, user, user) == 0 &&
+           prctl(PR_SET_PDEATHSIG, SIGKILL) == 0; // which another user's process has no more
+}
+
+/// Gives up the administrator's rights, of which only a process that root has started has any. @param order  whom to
+/// become then
+static bool DropCapabilities(const Jail::tOrder& order)
+{
+    for (unsigned long right = 0; prctl(PR_CAPBSET_READ, right, 0, 0, 0) >= 0; ++right) {
+        prctl(PR_CAPBSET_DROP, right, 0, 0, 0); // refused to everybody else, who cannot get any either
+    }
+    if (order.user != 0 && !BecomeUser(order.user, order.group)) {
+        return false;
+    }
+    prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct rights[_LINUX_CAPABILITY_U32S_3] = {};
+    return syscall(SYS_capset, &header, rights) == 0;
+}
+
+static tOutcome GiveUpPrivileges(const Jail::tOrder& order)
+{
+    const bool done = DropCapabilities(order) && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+                      prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0;
     if (!done) {
         return Refused();
     }
     return {prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1 && prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) == 0,
-            "no new ones, closed to other processes"};
+            std::string("none, no new ones, closed to other processes") + (order.user != 0 ? ", another user" : "")};
 }
 
 static tOutcome ApplyFileRules(const Jail::tOrder& order)
@@ -142,10 +167,8 @@ std::vector<Jail::tState> Jail::Close(const tOrder& order)
             states.push_back({layer, outcome.isOn, std::move(outcome.detail)});
         }
     };
-    if (order.profile == eProfile::kDraw) {
-        // For the first thread of a process the C library sets up a signal handler, which the jail refuses.
-        std::thread([] {}).join();
-        WaitForOneThread(kThreadMilliseconds);
+    if (order.profile == eProfile::kDraw && (order.layers & kCallFilter) != 0) {
+        RunThreadsAtOnce();
     }
     // The order matters: later layers refuse what earlier ones need.
     close(kMemory, [&] { return LimitMemory(order.memoryMegabytes); });
@@ -153,7 +176,7 @@ std::vector<Jail::tState> Jail::Close(const tOrder& order)
     if ((order.layers & (kFileRules | kCallFilter)) != 0) {
         prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0); // without which these two are for the system's administrator only
     }
-    close(kPrivileges, [] { return GiveUpPrivileges(); });
+    close(kPrivileges, [&] { return GiveUpPrivileges(order); });
     close(kFileRules, [&] { return ApplyFileRules(order); });
     close(kCallFilter, [&] { return FilterCalls(order.profile); });
     return states;

@@ -26,8 +26,8 @@ PLATFORM_EXPORT void SetTextMeasuring(bool measures);
 /// Size of a text set in one font.
 /// @param font  font name, UTF-8; the system font serves where it is not installed
 /// @param size  in points; 0 and less measure as 12, more than 2^31 - 1 as that
-/// @param text  UTF-8; line breaks start new lines, control characters count as spaces, malformed bytes as question
-/// marks
+/// @param text  UTF-8; line breaks start new lines, control characters count as spaces,
+///              malformed bytes as question marks
 /// @param width,height  set to the size in points (72 per inch, one per layout unit); an empty text has width 0
 /// @return false where no text library or no font at all can be had, or measuring is switched off; width and height are
 /// then 0

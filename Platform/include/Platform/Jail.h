@@ -10,7 +10,7 @@ namespace Jail {
 enum eLayer : unsigned {
     kMemory = 1,     ///< address space: what is mapped at closing, and what is granted beyond
     kLimits = 2,     ///< no file grows, few descriptors, no core files
-    kPrivileges = 4, ///< no new privileges by starting programs; other processes may not look inside
+    kPrivileges = 4, ///< the administrator's rights, new ones by starting programs; others may not look inside
     kFileRules = 8,  ///< Landlock: no files, no TCP, no abstract sockets, no signals to others
     kCallFilter = 16 ///< seccomp: a list of system calls; opening files is refused, most others end the process
 };
@@ -19,12 +19,14 @@ inline constexpr unsigned kAllLayers = 31;
 /// What remains allowed.
 enum class eProfile {
     kRead, ///< memory, and descriptors that are open or handed in
-    kDraw  ///< also threads, and reading files in some folders (fonts)
+    kDraw  ///< also reading files in some folders (fonts); what starts a thread runs at once
 };
 
 struct tOrder {
     eProfile profile = eProfile::kRead;
     unsigned layers = kAllLayers;             ///< those to be put on, of eLayer
+    unsigned user = 0;                        ///< whom the process becomes, for kPrivileges; 0 to stay who it is
+    unsigned group = 0;                       ///< and of which group
     size_t memoryMegabytes = 0;               ///< granted beyond what is mapped, for kMemory
     std::vector<std::string> readableFolders; ///< for kDraw; those that do not exist count as none
 };

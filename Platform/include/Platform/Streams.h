@@ -51,8 +51,8 @@ class PLATFORM_EXPORT CInputFile {
 public:
     /// @param path  bytes of the file system. Where they name nothing, the text is taken as Mac OS Roman and tried in
     ///              UTF-8. "/proc/self/fd/N" reads an already open descriptor from its beginning, without opening.
-    ///              Never blocks on opening; what is no regular file is still opened (a folder opens but cannot be
-    ///              read).
+    ///              Never blocks on opening; what is no regular file is still opened
+    ///              (a folder opens but cannot be read).
     explicit CInputFile(const std::string& path);
     ~CInputFile();
     CInputFile(const CInputFile&) = delete;

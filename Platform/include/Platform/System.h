@@ -6,8 +6,8 @@
 #include <string>
 
 namespace Platform {
-/// System version packed as hexadecimal digits (0x1015 for 10.15; on Linux the kernel's: 0x0612 for 6.12). 0 when
-/// unknown.
+/// System version packed as hexadecimal digits (0x1015 for 10.15; on Linux the kernel's: 0x0612 for 6.12).
+/// 0 when unknown.
 PLATFORM_EXPORT int SystemVersion();
 
 /// Clock speed of the first processor in Hz, at most 2^31 - 1 (2.147 GHz, the most an int holds); 0 when unknown.

@@ -20,8 +20,8 @@ class CFieldStream;
 /// A piece of an element: its place in the element, its track dimensions, its colour and exactly two joints. Lengths
 /// are mm, angles degrees. The element owns its components, a component owns its joints.
 ///
-/// Geometry operations take the element's angle, which adds to the component's own; points are in the element's
-/// coordinates.
+/// Geometry operations take the element's angle, which adds to the component's own;
+/// points are in the element's coordinates.
 class CBasicGeometry {
 public:
     /// What DefineJoints places: also the absolute positions, or local points alone for track marks.
@@ -136,8 +136,8 @@ public:
     /// The box of the component as it lies in an element of that angle. Only a text's differs from CalcBoundingBox.
     virtual void CalcPlacedBox(DRect& box, double angle);
 
-    /// Whether sizes may be multiplied by this: positive, and neither it nor its inverse larger than a document
-    /// reaches.
+    /// Whether sizes may be multiplied by this: positive,
+    /// and neither it nor its inverse larger than a document reaches.
     static bool IsScale(double factor);
     /// Makes an element the owner of both joints.
     void SetJointOwner(CCompositeGeometry* owner);

@@ -18,8 +18,8 @@ class CFlexTrackBIG : public CPolyBIG {
 public:
     CFlexTrackBIG();
     explicit CFlexTrackBIG(CFlexTrackBIG* source);
-    /// Reads the raw record from behind its type code: a polygon's whole record with its code, and the maximum length
-    /// (double).
+    /// Reads the raw record from behind its type code: a polygon's whole record with its code,
+    /// and the maximum length (double).
     explicit CFlexTrackBIG(void* raw);
     /// Skips that record. @return false when it is cut short
     static bool SkipRaw(CRawWalk& walk);

@@ -80,8 +80,8 @@ void CStraightBIG::DefineJoints(const CPoint& origin, double angle, const CGrade
 
 void CStraightBIG::CalcBoundingBox(DRect& box, double angle)
 {
-    // The hull of the four ends of the cross marks, without turning each of them: a mark is its joint plus and minus
-    // this.
+    // The hull of the four ends of the cross marks, without turning each of them:
+    // a mark is its joint plus and minus this.
     DefineJoints(CPoint::ZeroPos, angle, CGradeVector::ZeroGrade, kPlaceForTrackMarks);
     const tDirection along = UArcGeometry::Direction(mAngle + angle);
     const double width = CalcTrackMarkerWidth();

@@ -30,8 +30,8 @@ NSColor* ToNSColor(const tPaint& paint)
 
 NSPoint ToNSPoint(const CPoint& point) { return NSMakePoint(point.x, point.y); }
 
-/// The font of that PostScript name, else the regular face of that family, else the system font; nil where there is
-/// none.
+/// The font of that PostScript name, else the regular face of that family, else the system font;
+/// nil where there is none.
 NSFont* FindFont(const tTextLook& look)
 {
     NSString* const name = [NSString stringWithUTF8String:look.font.c_str()]; // nil for malformed text

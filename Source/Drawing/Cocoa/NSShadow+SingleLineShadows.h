@@ -3,8 +3,8 @@
 
 #import <AppKit/AppKit.h>
 
-/// Both change the graphics state of the current context, so they last until it is restored. Without a context nothing
-/// happens.
+/// Both change the graphics state of the current context, so they last until it is restored.
+/// Without a context nothing happens.
 @interface NSShadow (SingleLineShadows)
 /// Everything drawn from now on throws a shadow.
 /// @param offset      of the shadow, in units of the unscaled context, y upwards whatever the context's transform

@@ -37,8 +37,8 @@ public:
 
     /// Adds the line at a distance from the course to the drawing's path: to the right of travel, seen with y growing
     /// downwards, where the distance is positive. Straights and arcs stay what they are, a curve becomes Bezier pieces
-    /// within 0.02 mm. A curve with a bend tighter than the distance becomes a chain that is cut where it would cross
-    /// itself.
+    /// within 0.02 mm. A curve with a bend tighter than the distance becomes a chain that is cut
+    /// where it would cross itself.
     void AddTo(CDrawing& drawing, double distance) const;
     /// Adds the lines across both ends, from -reach to reach.
     void AddEndsTo(CDrawing& drawing, double reach) const;
@@ -46,8 +46,8 @@ public:
 private:
     using tPiece = std::variant<tLine, tArc, tBezierSegment>;
 
-    /// Adds the line beside a curve that bends too tightly for it. @return false where it bends gently: nothing is
-    /// added
+    /// Adds the line beside a curve that bends too tightly for it.
+    /// @return false where it bends gently: nothing is added
     bool AddCutTo(CDrawing& drawing, double distance) const;
     static tVector2D GetPoint(const tPiece& piece, bool end);
     /// Direction of travel there, of any length.

@@ -6,7 +6,7 @@ class LocalizationStub {
 public:
     LocalizationStub() = delete;
 
-    /// Copies the key into `buffer`, which must have room for it and its zero. What follows would fill the places of
-    /// the text; it is passed all the same, so that callers need not change once there are texts.
+    /// Copies the key into `buffer`, which must have room for it and its zero. The arguments
+    /// behind it have no use until there are texts with places for them.
     static void ResStrSprintf(char* buffer, const char* key, ...);
 };

@@ -46,12 +46,12 @@ public:
     static void ExcludeJointFromJointVector(const tJoints& joints, const CJoint* excluded, tJoints& out);
 
     /// Replaces `out` by the tracks behind a joint, the nearest ones first, each once for every joint through which it
-    /// is reached; the walk never enters the joint's own element. It looks back along its way: behind a track that
-    /// leads further stands, two levels on, that track once more, through the joint at which it leads further. Within a
-    /// level the joints found last are followed first.
+    /// is reached; the walk never enters the joint's own element. It also goes back: a track that leads further comes
+    /// once more two levels on, with the joint at which it leads further. Within a level the joints found last are
+    /// followed first.
     ///
     /// Ends the process when a joint has no owner.
     static void GetAllTracksWithJointsConnectedToJoint(CJoint* joint, std::vector<tTrack>& out);
-    /// The elements of the same, as often as they stand there.
+    /// The elements that GetAllTracksWithJointsConnectedToJoint finds, each as often as it finds them.
     static void GetAllTracksConnectedToJoint(CJoint* joint, tElements& out);
 };

@@ -37,7 +37,7 @@ public:
     /// @param unselected,selected  receive the number of elements that were changed
     static void InvertSelection(const tElements& elements, int& unselected, int& selected);
 
-    // Each selects what is like an element, which need not be one of the vector, besides what is selected already.
+    // Each adds to the selection what is like a given element, which need not be in the vector.
     static void SelectSameColor(const CCompositeGeometry* element, const tElements& elements);
     static void SelectSimilarManufacturer(const CCompositeGeometry* element, const tElements& elements);
     /// Nothing for an element of no library.
@@ -58,8 +58,8 @@ public:
     /// True when one group holds all selected elements directly; false without a selection.
     static bool SelectionConsistsOfSingleGroup(const tElements& elements, const CGroupsManager* groups);
 
-    /// Finds the elements from which a joint leads out of a section of track or nowhere. Fewer than two elements are no
-    /// section: true, with nothing set.
+    /// Finds the ends of a section of track: elements with a joint that is free or leads out of it. Fewer than two
+    /// elements are no section: true, with nothing set.
     /// @param first,last            receive the first such element and the last one behind it, or null; must be given
     /// @param firstJoint,lastJoint  receive the joints that lead out; may be null
     /// @return whether there are two ends at least

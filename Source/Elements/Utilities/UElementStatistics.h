@@ -58,6 +58,6 @@ public:
     /// to buy are destroyed and removed, the others keep their order.
     static void GetRequiredElementStatistics(tList& list, const CStock* stock);
     /// Replaces `stock` by new entries with what remains of it after `used` is taken out, matched by name; used-up
-    /// entries are left out. The old entries stay whoever's they were.
+    /// entries are left out. The old entries are not destroyed.
     static void GetRemainingStockStatistics(const tList& used, tList& stock);
 };

@@ -54,8 +54,8 @@ public:
 
     /// Sum of the track lengths. The second argument changes nothing.
     static double GetElementVectorRailLength(const tElements& elements, int);
-    /// Sum of all prices, whatever their currency, clamped to 32 bits, and the currency of the first track element, or
-    /// kNoCurrency.
+    /// Sum of all prices, whatever their currency, clamped to 32 bits, and the currency of the first track element,
+    /// or kNoCurrency.
     static void GetElementVectorCostsCurrency(const tElements& elements, int& sum, int& currency);
     /// Code of the scale with the narrowest gauge; 22 for an empty vector.
     static int GetElementVectorSmallestScale(const tElements& elements);

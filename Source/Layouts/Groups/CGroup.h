@@ -38,8 +38,8 @@ public:
     /// No elements, and no group's parent.
     bool IsEmpty() const { return mItems.empty() && mChildren.empty(); }
 
-    /// The one way in which groups are linked. Sets the parent, which does not list this group for that; with a warning
-    /// it stays as it was when another one is set or the new one lies inside this group.
+    /// The one way in which groups are linked. Sets the parent, which need not list this group. Where there is another
+    /// parent already, or the new one lies inside this group, nothing changes and a warning says so.
     void SetParentGroup(CGroup* parent);
     /// Makes the group top-level; its parent does not list it any more.
     void ClearParentGroup();

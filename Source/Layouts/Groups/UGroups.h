@@ -28,14 +28,14 @@ public:
     /// Replaces `out` by the list form. Members that are not among `groups` and `elements` are left out.
     static void SerializeGroups(const tGroups& groups, const tElements& elements, std::vector<int>& out);
     /// Replaces `groups` (whose old groups are not deleted) by new groups made from a list, owned by the caller.
-    /// Links are taken group by group: first the parent that it names, which does not list it for that, then the
-    /// members that it lists. Whatever a list claims, the result is a forest: indices out of range, elements grouped
-    /// twice, links that contradict one made before or close a circle, and counts beyond the list are skipped with a
-    /// warning. Linear in the list, whatever the depth.
+    /// Links are taken group by group: first the parent that it names, without a place in that one's list, then
+    /// the members that it lists. Whatever a list claims, the result is a forest: indices out of range, elements
+    /// grouped twice, links that contradict one made before or close a circle, and counts beyond the list are skipped
+    /// with a warning. Linear in the list, whatever the depth.
     static void DeserializeGroups(CGroupsManager* manager, tGroups& groups, const tElements& elements,
                                   const std::vector<int>& list);
-    /// The groups in list form as a block for the clipboard: the number of integers (int) and the integers, host byte
-    /// order.
+    /// The groups in list form as a block for the clipboard:
+    /// the number of integers (int) and the integers, host byte order.
     /// @param size  receives the block's length
     /// @return the block; the caller releases it with delete[]
     static Byte* GroupVectorToRawMem(const tGroups& groups, const tElements& elements, size_t& size);
@@ -52,8 +52,8 @@ public:
     static void UngroupGroupsInSelection(CLayout* layout);
     /// Appends every group that holds one of the elements at any depth, each once, a group before those inside it.
     static void GetGroupsInElementVector(const CGroupsManager* manager, const tElements& elements, tGroups& groups);
-    /// Groups `copies`, which correspond to `sources` one by one, as these are grouped. Of a group in which one copied
-    /// element or group remains, only that one is left, in the group around or on its own.
+    /// Groups `copies`, which correspond to `sources` one by one, as these are grouped. A group of which one
+    /// element or group only is copied is not made: that one takes its place.
     /// @param groups  the new groups are appended; the caller owns them
     static void CloneGroupings(CGroupsManager* manager, const tElements& sources, const tElements& copies,
                                tGroups& groups);

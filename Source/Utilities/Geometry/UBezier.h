@@ -72,12 +72,12 @@ public:
     static void Flatten(const std::vector<tBezierSegment>& segments, double reach, tCourse& course);
 
 private:
-    /// Direction of travel in degrees at the point `at`, the first of the curve, or the last where the iterators run
-    /// backwards.
+    /// Direction of travel in degrees at the point `at`, the first of the curve,
+    /// or the last where the iterators run backwards.
     template <bool kFromBehind, typename tIterator>
     static double EndAngle(tIterator at, tIterator stop);
-    /// Direction of the circle through three points at the middle one, of any length; from the next chord where they
-    /// fold.
+    /// Direction of the circle through three points at the middle one, of any length;
+    /// from the next chord where they fold.
     static tVector2D Tangent(const CPoint& before, const CPoint& at, const CPoint& after);
     /// `direction` mirrored on the chord: the tangent at the other end of an arc over it.
     static tVector2D Mirrored(tVector2D direction, const CPoint& from, const CPoint& to);

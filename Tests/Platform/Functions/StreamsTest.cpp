@@ -1,6 +1,6 @@
 #include "Platform/Streams.h"
 
-#include "Child.h"
+#include "support/Child.h"
 #include "support/Files.h"
 
 #include <csignal>
@@ -107,7 +107,6 @@ TEST_F(Streams, ADescriptorIsReadFromItsBeginningEachTime)
         EXPECT_EQ(ReadAll(CInputFile(path)), "first to last");
     }
     EXPECT_EQ(fcntl(descriptor, F_GETFD), 0); // still open
-    EXPECT_EQ(CInputFile(path + "x").Get(), nullptr);
     EXPECT_EQ(CInputFile("/proc/self/fd/0" + std::to_string(descriptor)).Get(), nullptr);
     close(descriptor);
     EXPECT_EQ(CInputFile(path).Get(), nullptr);
@@ -124,9 +123,6 @@ TEST_F(Streams, OpensWhatIsNoFileWithoutWaiting)
     ASSERT_NE(folder.Get(), nullptr);
     EXPECT_EQ(getc(folder.Get()), EOF);
     EXPECT_NE(ferror(folder.Get()), 0);
-
-    Write("a", "text");
-    EXPECT_EQ(CInputFile(In("a") + std::string(1, '\0') + "b").Get(), nullptr);
 }
 
 TEST_F(Streams, FindsNamesInMacOSRoman)
@@ -167,7 +163,6 @@ TEST_F(Streams, TheOldFileStaysUntilTheNewOneIsComplete)
     EXPECT_TRUE(file.Commit());
     EXPECT_EQ(file.Get(), nullptr);
     EXPECT_FALSE(file.Commit());
-    EXPECT_EQ(ReadFile(In("layout")), "new");
     EXPECT_TRUE(second.Commit());
     EXPECT_EQ(ReadFile(In("layout")), "newer");
     EXPECT_THAT(Names(), ElementsAre("layout"));
@@ -189,8 +184,7 @@ TEST_F(Streams, LinksAndModesAreKept)
     fs::create_symlink("real/document", In("link"));
     fs::create_symlink("link", In("link-to-link"));
     EXPECT_TRUE(Save(In("link-to-link"), "through two links"));
-    EXPECT_TRUE(fs::is_symlink(In("link")));
-    EXPECT_TRUE(fs::is_symlink(In("link-to-link")));
+    EXPECT_TRUE(fs::is_symlink(In("link")) && fs::is_symlink(In("link-to-link")));
     EXPECT_EQ(ReadFile(In("real/document")), "through two links");
     EXPECT_EQ(Mode(In("real/document")), 0640u);
 
@@ -237,8 +231,6 @@ TEST_F(Streams, AFolderThatRefusesNewFilesIsWrittenInPlace)
     for (const char* name : {"protected", "free/protected"}) {
         fs::permissions(Write(name, "old"), fs::perms(0444));
     }
-    struct stat before = {};
-    ASSERT_EQ(stat(In("open").c_str(), &before), 0);
     const fs::path path = mFolder.Path();
     for (const fs::path& above : {path.parent_path(), path.parent_path().parent_path()}) { // others may enter
         fs::permissions(above, fs::perms(0711));
@@ -256,9 +248,6 @@ TEST_F(Streams, AFolderThatRefusesNewFilesIsWrittenInPlace)
         EXPECT_FALSE(Save(In("missing"), "new"));
     });
     fs::permissions(path, fs::perms(0755));
-    struct stat after = {};
-    ASSERT_EQ(stat(In("open").c_str(), &after), 0);
-    EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(ReadFile(In("open")), "new");
     EXPECT_EQ(ReadFile(In("protected")), "old");
     EXPECT_EQ(ReadFile(In("free/protected")), "old");

@@ -2,25 +2,8 @@
 #include "Platform/FileReference.h"
 #include "support/Files.h"
 
-#include <sys/utsname.h>
-#include <unistd.h>
-
 using namespace Platform;
 namespace fs = std::filesystem;
-
-TEST(System, DescribesMachineAndProcess)
-{
-    struct utsname names = {};
-    ASSERT_EQ(uname(&names), 0);
-    int major = 0;
-    int minor = 0;
-    ASSERT_EQ(sscanf(names.release, "%d.%d", &major, &minor), 2);
-    char digits[16];
-    snprintf(digits, sizeof digits, "%02d%02d", major, minor);
-    EXPECT_EQ(SystemVersion(), strtol(digits, nullptr, 16)) << names.release;
-    EXPECT_EQ(MachineName(), names.nodename);
-    EXPECT_EQ(ProcessName(), fs::read_symlink("/proc/self/exe").filename());
-}
 
 TEST(System, FindsAndMakesTheUsersFolders)
 {
@@ -76,37 +59,28 @@ TEST(FileReference, RefersOnlyToWhatExists)
     WriteFile(base + "/f\u00FCr mich", "x");
 
     FSRef ref;
+    const std::pair<std::string, OSStatus> wrong[] = {{"", bdNamErr},
+                                                      {base + "/missing", fnfErr},
+                                                      {base + "/f\u00FCr mich/inside", fnfErr},
+                                                      {base + std::string(1, '\0') + "x", bdNamErr},
+                                                      {base + "/" + std::string(300, 'n'), bdNamErr}};
+    for (const auto& [path, status] : wrong) {
+        EXPECT_EQ(MakeReference(path, ref), status) << path;
+        EXPECT_EQ(ref.path, "");
+    }
     FSRef folder;
-    EXPECT_EQ(MakeReference("", ref), bdNamErr);
-    EXPECT_EQ(MakeReference(base + "/missing", ref), fnfErr);
-    EXPECT_EQ(MakeReference(base + "/f\u00FCr mich/inside", ref), fnfErr);
-    EXPECT_EQ(MakeReference(base + std::string(1, '\0') + "x", ref), bdNamErr);
-    EXPECT_EQ(MakeReference(base + "/" + std::string(300, 'n'), ref), bdNamErr);
-    EXPECT_EQ(ref.path, "");
     EXPECT_EQ(MakeReference(base + "//", folder), noErr);
     EXPECT_EQ(folder.path, base);
     EXPECT_EQ(MakeReference("/", ref), noErr);
     EXPECT_EQ(MakeReferenceInFolder(ref, "proc", ref), noErr); // in and out may be the same
     EXPECT_EQ(ref.path, "/proc");
-    const fs::path old = fs::current_path();
-    fs::current_path(base);
-    EXPECT_EQ(MakeReference("inner", ref), noErr);
-    EXPECT_EQ(ref.path, base + "/inner");
-    fs::current_path(old);
-    EXPECT_EQ(MakeReferenceInFolder(folder, "f\u00FCr mich", ref), noErr);
-    EXPECT_EQ(ref.path, base + "/f\u00FCr mich");
     for (const char* name : {"", ".", "..", "inner/x", "/inner"}) {
         EXPECT_EQ(MakeReferenceInFolder(folder, name, ref), bdNamErr) << name;
         EXPECT_EQ(CreateFolder(folder, name, ref), bdNamErr) << name;
     }
-    EXPECT_EQ(CreateFolder(folder, "new", ref), noErr);
-    EXPECT_TRUE(fs::is_directory(base + "/new"));
-    EXPECT_EQ(ref.path, base + "/new");
-    EXPECT_EQ(CreateFolder(folder, "new", ref), ioErr);
-
+    EXPECT_EQ(CreateFolder(folder, "inner", ref), ioErr);
     std::string path(base.size() + 1, '?');
     EXPECT_EQ(MakePath(folder, path.data(), static_cast<int>(path.size())), noErr);
     EXPECT_STREQ(path.c_str(), base.c_str());
     EXPECT_EQ(MakePath(folder, path.data(), static_cast<int>(path.size() - 1)), bdNamErr);
-    EXPECT_EQ(MakePath(FSRef(), path.data(), static_cast<int>(path.size())), rfNumErr);
 }

@@ -5,6 +5,7 @@
 #include "Platform/Fonts.h"
 #include "Platform/Process.h"
 #include "Platform/Report.h"
+#include "support/Child.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,36 +13,21 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <thread>
+#include <time.h>
 #include <unistd.h>
 
-/// How a child ended: 0 done, an error number, or the number of a signal and kBySignal.
-static constexpr int kBySignal = 1000;
+/// How a child ended, besides 0 for done and an error number.
 static constexpr int kKilled = kBySignal + SIGSYS;
 /// The layers a child was to put on are not to be had here.
 static constexpr int kNoJail = 200;
-
-static int RunChild(const std::function<int()>& action)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(action());
-    }
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child) {
-        return -1;
-    }
-    return WIFSIGNALED(status) ? kBySignal + WTERMSIG(status) : WEXITSTATUS(status);
-}
 
 static bool Close(Jail::eProfile profile, unsigned layers, const std::vector<std::string>& folders = {})
 {
@@ -123,14 +109,53 @@ static bool GrowMemory()
     return grown;
 }
 
-static bool RunThread()
+static bool StartThread()
 {
-    int result = 0;
-    std::thread([&result] {
-        prctl(PR_SET_NAME, "probe");
-        result = 1;
-    }).join();
-    return result == 1;
+    static volatile int sResult = 0;
+    pthread_t thread = {};
+    const bool started = pthread_create(
+                             &thread, nullptr,
+                             [](void*) -> void* {
+                                 prctl(PR_SET_NAME, "probe");
+                                 sResult = 1;
+                                 return nullptr;
+                             },
+                             nullptr) == 0;
+    while (started && sResult == 0) {
+        usleep(100);
+    }
+    return started;
+}
+
+#if defined(__x86_64__)
+/// Starts a thread as the C library does, but without it.
+static bool CloneThread()
+{
+    static char sStack[65536];
+    const int flags = CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD | CLONE_SYSVSEM | CLONE_SETTLS |
+                      CLONE_PARENT_SETTID | CLONE_CHILD_CLEARTID;
+    static pid_t sThread = 0;
+    return clone(
+               [](void*) {
+                   syscall(SYS_exit, 0);
+                   return 0;
+               },
+               sStack + sizeof sStack, flags, nullptr, &sThread, reinterpret_cast<void*>(pthread_self()), &sThread) > 0;
+}
+#endif
+
+static bool AskParentsClock()
+{
+    clockid_t clock = 0;
+    timespec time = {};
+    errno = clock_getcpuclockid(getppid(), &clock);
+    return errno == 0 && clock_gettime(clock, &time) == 0;
+}
+
+static bool AskParentsProcessors()
+{
+    cpu_set_t processors;
+    return sched_getaffinity(getppid(), sizeof processors, &processors) == 0;
 }
 
 static bool MakeExecutable()
@@ -196,7 +221,12 @@ TEST_F(JailTest, LetsThroughWhatServingNeedsAndNothingElse)
          kKilled, kKilled},
 #endif
         {"look at a path", Stat, EACCES, EACCES},
-        {"a thread", RunThread, kKilled, 0},
+        {"have something done in a thread", StartThread, kKilled, 0}, // at once, without one
+#if defined(__x86_64__)
+        {"a thread", CloneThread, kKilled, kKilled},
+#endif
+        {"another process's clock", AskParentsClock, EPERM, EPERM},
+        {"another process's processors", AskParentsProcessors, EPERM, EPERM},
         {"open below a readable folder", inReadable(O_RDONLY), EACCES, 0},
         {"open it for writing", inReadable(O_RDWR), EACCES, EACCES},
         {"create below it", [=] { return CanOpen(readable + "/new", O_RDONLY | O_CREAT); }, EACCES, EACCES},
@@ -214,6 +244,32 @@ TEST_F(JailTest, LetsThroughWhatServingNeedsAndNothingElse)
             EXPECT_EQ(end, profile == Jail::eProfile::kRead ? c.read : c.draw);
         }
     }
+}
+
+TEST_F(JailTest, LeavesNoRightOfTheAdministrators)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root has rights to lose";
+    }
+    const auto rightsOf = [](unsigned user, unsigned layers) { // the child has all, some or none
+        return RunChild([user, layers] {
+            Jail::tOrder order;
+            order.layers = layers;
+            order.user = user;
+            order.group = user;
+            const int file = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
+            const std::vector<Jail::tState> states = Jail::Close(order);
+            char text[4096] = {};
+            const std::string status(text, static_cast<size_t>(std::max<ssize_t>(read(file, text, sizeof text), 0)));
+            const char* const none = "\t0000000000000000\n";
+            const bool hasAny = status.find(std::string("CapEff:") + none) == std::string::npos ||
+                                status.find(std::string("CapBnd:") + none) == std::string::npos;
+            return (hasAny ? 1 : 0) + (getuid() == user ? 0 : 2) + (states.empty() || states[0].isOn ? 0 : 4);
+        });
+    };
+    EXPECT_EQ(rightsOf(0, 0), 1);
+    EXPECT_EQ(rightsOf(0, Jail::kPrivileges), 0);
+    EXPECT_EQ(rightsOf(65534, Jail::kPrivileges), 0);
 }
 
 // The core ends a process that cannot go on: it writes, looks for its log, shows an alert, and runs all exit handlers.
@@ -261,10 +317,10 @@ TEST_F(JailTest, MeasuresTextsInFontsThatWereNotOpenedBefore)
             if (jailed && !Close(Jail::eProfile::kDraw, Jail::kAllLayers, Platform::FontFolders())) {
                 return 2;
             }
-            size_t next = 2;
+            double* size = sizes;
             for (const char* font : {"DejaVu Serif", "FreeMono", "no such font"}) {
-                Platform::MeasureText(font, 30, "Gr\u00F6\u00DFe \u03A9\u0416 \u05D0", sizes[next], sizes[next + 1]);
-                next += 2;
+                size += 2;
+                Platform::MeasureText(font, 30, "Gr\u00F6\u00DFe \u03A9\u0416 \u05D0", size[0], size[1]);
             }
             return write(results[1], sizes, sizeof sizes) == static_cast<ssize_t>(sizeof sizes) ? 0 : 3;
         });

@@ -15,7 +15,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <iterator>
+#include <map>
 #include <set>
 
 namespace {
@@ -94,14 +96,19 @@ std::string Describe(const std::vector<tFinding>& findings)
 }
 
 /// Flips the bytes of headers, keys, sizes and counts one by one.
+/// @param most  so many records with the same key, as the later ones of a large document repeat the first
 void ExpectEveryFlipFound(
-    const tBytes& sound, std::initializer_list<int> flips,
+    const tBytes& sound, std::initializer_list<int> flips, int most,
     std::vector<tFinding> (*check)(std::span<const unsigned char>) = &CDocumentChecker::CheckLayout)
 {
     ASSERT_EQ(Describe(check(sound)), "");
     const std::vector<tPlace> places = Places(sound);
+    std::map<int, int> seen;
     for (size_t i = 0; i < places.size(); ++i) {
         const tPlace& place = places[i];
+        if (++seen[place.key] > most) {
+            continue;
+        }
         const size_t end = place.key == 0 || IsCount(place.key) ? place.end : place.begin + 4;
         const size_t reach = i + 1 < places.size() ? places[i + 1].end : place.end;
         for (size_t at = place.begin; at < end; ++at) {
@@ -124,9 +131,9 @@ void ExpectEveryFlipFound(
 
 TEST(CDocumentChecker, FindsEveryFlippedByteOfTheStructureWhereItIs)
 {
-    ExpectEveryFlipFound(MakeLayout(), {0xFF, 0x01, 0x04, 0x07, 0x80});
-    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF});
-    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01},
+    ExpectEveryFlipFound(MakeLayout(), {0xFF, 0x01, 0x04, 0x07, 0x80}, INT_MAX);
+    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/oval.velmora"), {0xFF}, 3);
+    ExpectEveryFlipFound(BytesOf(SOURCE_FOLDER "/Samples/libraries/T\u00F6rrig N Feingleis"), {0xFF, 0x01}, 3,
                          &CDocumentChecker::CheckLibrary);
 }
 
@@ -186,6 +193,11 @@ TEST(CDocumentChecker, SaysWhatReadersPassOver)
     tBytes badIndex = sound;
     badIndex[placeOf(425)->begin + 3 * 8 + 7] = 99; // the first group's first element
     EXPECT_EQ(check(badIndex), std::to_string(placeOf(425)->begin + 3 * 8) + ": no element has the index 99\n");
+
+    tBytes manyGroups = sound;
+    manyGroups[placeOf(425)->begin + 7] = 99;
+    EXPECT_EQ(check(manyGroups),
+              std::to_string(placeOf(425)->begin) + ": record 425 promises 99 groups, 2 are there\n");
 
     EXPECT_EQ(CDocumentChecker::GetKind(sound), CDocumentChecker::eDocument::kLayout);
     EXPECT_EQ(CDocumentChecker::GetKind(tBytes{'R', 'S', 'e', 't'}), CDocumentChecker::eDocument::kLibrary);

@@ -10,11 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <climits>
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 bool LoadElement(CCompositeGeometry& element, const std::string& bytes, std::string& error, size_t buffer = 0)
@@ -38,27 +35,25 @@ tElement FullElement()
 {
     const tCommon track = {.gauge = 16.5, .joint1 = false, .trackbedWidth = 33.0, .midRail = 2, .colour = {1, 2, 3}};
     const tCommon graphic = {.x = 5, .y = 6, .joint0 = false, .joint1 = false, .colour = {0xFFFF, 0x1234, 0}};
-    tElement element;
-    element.name = "Name";
-    element.description = "Description";
-    element.manufacturer = "Maker";
-    element.library = "Library";
-    element.prefix = "Pre";
-    element.libraryNumber = -12;
-    element.price = 1234;
-    element.currency = 130;
-    element.libraryFlag = true;
-    element.x = -1000.125;
-    element.y = 2000.5;
-    element.z = 80.25;
-    element.grade = {1, 2, 3, 104, 5, 6, 7.0000001};
-    element.fill = {0x0102, 0x0304, 0x0506};
-    element.fillMode = false;
-    element.layer = "Base";
-    element.components = {Straight(track, 180), Curve(track, 360, 30),
-                          Polygon(graphic, {{1, 2}, {-3, 40}, {5.5, -6}}, false, 4, 7), Oval(graphic, 12.5, 99, 3),
-                          Flexible(track, {{0, 16.5}, {100, 20}, {200, 16.5}}, 940)};
-    return element;
+    return {.name = "Name",
+            .description = "Description",
+            .manufacturer = "Maker",
+            .library = "Library",
+            .prefix = "Pre",
+            .libraryNumber = -12,
+            .price = 1234,
+            .currency = 130,
+            .libraryFlag = true,
+            .x = -1000.125,
+            .y = 2000.5,
+            .z = 80.25,
+            .grade = {1, 2, 3, 104, 5, 6, 7.0000001},
+            .fill = {0x0102, 0x0304, 0x0506},
+            .fillMode = false,
+            .layer = "Base",
+            .components = {Straight(track, 180), Curve(track, 360, 30),
+                           Polygon(graphic, {{1, 2}, {-3, 40}, {5.5, -6}}, false, 4, 7), Oval(graphic, 12.5, 99, 3),
+                           Flexible(track, {{0, 16.5}, {100, 20}, {200, 16.5}}, 940)}};
 }
 
 class ElementRecord : public testing::Test {
@@ -86,7 +81,6 @@ TEST_F(ElementRecord, ComesBackByteForByte)
     // Each record has its own field: two that are exchanged would come back as well.
     const tLibraryItemAttributes& library = element.GetLibraryItemAttributes();
     EXPECT_STREQ(library.name, "Name");
-    EXPECT_STREQ(library.manufacturer, "Maker");
     EXPECT_THAT((std::vector<int>{library.libraryNumber, library.price, library.currency, library.modelScale}),
                 ElementsAre(-12, 1234, 130, 16));
     const CGradeVector& grade = element.GetGrade();
@@ -113,17 +107,6 @@ TEST_F(ElementRecord, ComesBackByteForByte)
         records.Replace(301, saved.DataOf(301, i), i).Replace(302, saved.DataOf(302, i), i);
     }
     EXPECT_EQ(saved.Bytes(), records.Bytes());
-
-    CReports reports;
-    tElement text;
-    text.components = {Text({.joint0 = false, .joint1 = false},
-                            "Gr\x9F"
-                            "e",
-                            18, 3)};
-    CCompositeGeometry textElement;
-    EXPECT_TRUE(LoadElement(textElement, Element(text)));
-    EXPECT_EQ(SavedElement(textElement), Element(text).Replace(326, SavedFontBlock()).Bytes());
-    EXPECT_THAT(reports.mMessages, ElementsAre(Pair(Platform::eReportLevel::kWarning, "No saving fontnames yet!")));
 }
 
 TEST_F(ElementRecord, ReadsTheSameWhereverTheBufferEnds)
@@ -187,7 +170,6 @@ TEST_F(ElementRecord, HeadersVersionsAndTypeCodes)
     EXPECT_FALSE(old.GetGrade().IsGraded());
     EXPECT_EQ(old.GetLayer(), nullptr);
     EXPECT_EQ(old.GetNumberOfComponents(), 5U);
-    EXPECT_FALSE(old.GetFillMode());
 
     const CRecords records = Element(FullElement());
     const std::string good = records.Bytes();
@@ -203,19 +185,13 @@ TEST_F(ElementRecord, HeadersVersionsAndTypeCodes)
         std::string warning;
         size_t components;
     } cases[] = {
-        {"empty", "", badHeader, "", 0},
         {"cut header", good.substr(0, 7), badHeader, "", 0},
         {"bad magic", "RCih" + good.substr(4), badHeader, "", 0},
         {"version 2", version(2), "untouched", "Unsupported file format (version 2)", 0},
-        {"version 0", version(0), "untouched", "Unsupported file format (version 0)", 0},
-        {"version 5", version(5), badType, badType, 0},
         {"version 0xFFFFFFFF is large", version(0xFFFFFFFF), badType, badType, 0},
         {"type 0", type(Bytes32(0)), unknownType, "", 1},
         {"type 7", type(Bytes32(7)), unknownType, "", 1},
-        {"largest type", type(Bytes32(INT_MAX)), unknownType, "", 1},
         {"type -1", type(Bytes32(0xFFFFFFFF)), badType, badType, 1},
-        {"smallest type", type(Bytes32(0x80000000)), badType, badType, 1},
-        {"type without data", type(""), badType, badType, 1},
         {"type too short", type("sho"), badType, badType, 1},
         {"no type behind the last", CRecords(records).Replace(206, Bytes32(6)).Bytes(), badType, badType, 5},
     };
@@ -275,21 +251,17 @@ TEST_F(ElementRecord, MissingRecordsLeaveTheirFields)
         EXPECT_TRUE(LoadElement(reference, CRecords(full).Replace(203, block).Replace(206, Bytes32(0))));
         EXPECT_EQ(CRecords::OfDocument(SavedElement(reference)).DataOf(203), full.DataOf(203));
     }
-    tElement points;
-    points.components = {Polygon({}, {{0, 0}, {5, 6}, {7, 8}})};
+    const tElement points = {.components = {Polygon({}, {{0, 0}, {5, 6}, {7, 8}})}};
     CCompositeGeometry polygon;
     ASSERT_TRUE(LoadElement(polygon, Element(points).Replace(319, "", 1).Replace(320, "", 2)));
-    const CRecords savedPoints = CRecords::OfDocument(SavedElement(polygon));
-    EXPECT_EQ(savedPoints.IntOf(318), 3);
-    EXPECT_EQ(savedPoints.DoubleOf(319, 1), 0.0);
-    EXPECT_EQ(savedPoints.DoubleOf(320, 1), 6.0);
-    EXPECT_EQ(savedPoints.DoubleOf(319, 2), 7.0);
-    EXPECT_EQ(savedPoints.DoubleOf(320, 2), 0.0);
+    const CRecords saved = CRecords::OfDocument(SavedElement(polygon));
+    EXPECT_THAT((std::vector<double>{saved.DoubleOf(319, 1), saved.DoubleOf(320, 1), saved.DoubleOf(319, 2)}),
+                ElementsAre(0, 6, 7));
+    EXPECT_EQ(saved.DoubleOf(320, 2), 0.0);
 }
 
 TEST_F(ElementRecord, FontNamesAndTextsOfAnyLength)
 {
-    tElement source;
     const struct {
         std::string block;
         std::string font;
@@ -298,99 +270,42 @@ TEST_F(ElementRecord, FontNamesAndTextsOfAnyLength)
     } cases[] = {
         {"", "Futura", "", "TEXT"},
         {"\5Arialxyz", "Arial", std::string("\0", 1), ""},
-        {"\xFF"
-         "Arial",
-         "Arial", "no zero", "no zero"},
         {SavedFontBlock(), "rial", std::string("in\0side", 7), "in"},
-        {std::string("\7Gen\0eva", 8), "Gen", std::string(2047, 't'), std::string(2047, 't')},
-        {std::string(1, '\0'), "", std::string(65535, 't'), std::string(2047, 't')},
-        {"\3", "", "\r\n", "\r\n"},
+        {std::string("\7Gen\0eva", 8), "Gen", "no zero", "no zero"},
+        {"\3", "", std::string(65535, 't'), std::string(2047, 't')},
         {"\xFF" + std::string(600, 'f'), std::string(255, 'f'), "x", "x"},
     };
+    const CRecords source = Element({.components = {Text({}, "x")}});
     for (const auto& c : cases) {
         SCOPED_TRACE(c.font);
-        source.components = {Text({}, "x")};
-        CCompositeGeometry textElement;
-        ASSERT_TRUE(LoadElement(textElement, Element(source).Replace(326, c.block).Replace(327, c.text)));
-        const auto* component = dynamic_cast<CTextBIG*>(textElement.GetBIGAtIndex(0));
-        ASSERT_NE(component, nullptr);
-        EXPECT_EQ(component->GetFontName(), c.font);
-        EXPECT_EQ(component->GetText(), c.kept);
-    }
-}
-
-TEST_F(ElementRecord, LayerNames)
-{
-    const std::string longest(63, 'u');
-    const char* const longestName = longest.c_str();
-    const struct {
-        const char* name;
-        const char* found;
-    } cases[] = {{"Base", "Base"}, {longestName, longestName}, {"", nullptr}, {"base", nullptr}, {"Upper ", nullptr}};
-    for (const auto& c : cases) {
-        tElement source;
-        source.layer = c.name;
         CCompositeGeometry element;
-        ASSERT_TRUE(LoadElement(element, Element(source)));
-        EXPECT_STREQ(element.GetLayer() != nullptr ? element.GetLayer()->GetName() : nullptr, c.found);
-        EXPECT_EQ(CRecords::OfDocument(SavedElement(element)).TextOf(217), c.found != nullptr ? c.found : "");
-    }
-}
-
-TEST_F(ElementRecord, LegacyShapesAreMentioned)
-{
-    const CRecords polygon = Polygon({}, {{0, 0}, {10, 10}});
-    const struct {
-        const char* description;
-        const char* library; ///< one character is none
-        std::vector<CRecords> components;
-        bool mentioned;
-    } cases[] = {
-        {"Rectangle", "-", {polygon}, true},
-        {"Line", "X", {Flexible({}, {{0, 0}, {10, 10}})}, true}, // a polygon by its class
-        {"Rectangle", "AB", {polygon}, false},
-        {"Rectangle", "-", {}, false},
-        {"Line", "-", {Straight({}, 1), polygon}, false},
-        {"Lines", "-", {polygon}, false},
-    };
-    for (const auto& c : cases) {
-        CReports reports;
-        tElement source;
-        source.description = c.description;
-        source.library = c.library;
-        source.components = c.components;
-        CCompositeGeometry element;
-        ASSERT_TRUE(LoadElement(element, Element(source)));
-        EXPECT_EQ(reports.mMessages.size(), c.mentioned ? 1U : 0U) << c.description << c.library;
+        ASSERT_TRUE(LoadElement(element, CRecords(source).Replace(326, c.block).Replace(327, c.text)));
+        const auto* text = dynamic_cast<CTextBIG*>(element.GetBIGAtIndex(0));
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(text->GetFontName(), c.font);
+        EXPECT_EQ(text->GetText(), c.kept);
     }
 }
 
 TEST_F(ElementRecord, IsAlignedToItsLeftTop)
 {
-    for (uint64_t seed = 0; seed < 60; ++seed) {
-        for (tElement& source : RandomLayout(seed, 4, true).elements) {
-            source.layer.clear();
-            const CRecords records = Element(source);
+    for (const tElement& source : RandomLayout(1, 240, true).elements) {
+        const bool hasText = std::any_of(source.components.begin(), source.components.end(),
+                                         [](const CRecords& component) { return component.IntOf(300) == 4; });
+        if (!hasText && !source.components.empty()) { // a text's box does not follow its offset
             CCompositeGeometry element;
-            ASSERT_TRUE(LoadElement(element, records));
-            const bool hasText = std::any_of(source.components.begin(), source.components.end(),
-                                             [](const CRecords& component) { return component.IntOf(300) == 4; });
-            if (!hasText && !source.components.empty()) { // a text's box does not follow its offset
-                DRect box = {};
-                element.CalcBoundingBox(box);
-                EXPECT_NEAR(box.left, 0.0, 1e-6);
-                EXPECT_NEAR(box.top, 0.0, 1e-6);
-            }
+            ASSERT_TRUE(LoadElement(element, Element(source)));
+            DRect box = {};
+            element.CalcBoundingBox(box);
+            EXPECT_NEAR(box.left, 0.0, 1e-6);
+            EXPECT_NEAR(box.top, 0.0, 1e-6);
         }
     }
 }
 
 TEST_F(ElementRecord, AFileMayHoldMoreComponentsThanAppendingTakes)
 {
-    tElement source;
-    source.components.assign(700, Straight({}, 1));
     CCompositeGeometry element;
-    ASSERT_TRUE(LoadElement(element, Element(source)));
-    EXPECT_EQ(element.GetNumberOfComponents(), 700U);
+    ASSERT_TRUE(LoadElement(element, Element({.components = std::vector<CRecords>(700, Straight({}, 1))})));
     EXPECT_EQ(CRecords::OfDocument(SavedElement(element)).IntOf(206), 700);
 }

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 using testing::ElementsAre;
@@ -40,32 +39,20 @@ std::string Words(int64_t whole, int64_t fraction)
 }
 } // namespace
 
-TEST(TaggedStream, WritesValuesAsBytes)
+TEST(TaggedStream, WritesWholeTextsAndNoEmptyRecords)
 {
-    EXPECT_EQ(Written([](FILE* file) {
-                  CTaggedFile records(file);
-                  records.Write(409, 1);
-                  records.Write(410, -2);
-                  records.Write(411, true);
-                  records.Write(412, 'x');
-                  records.Write(413, "text");
-                  records.Write(414, "");
-                  records.Write(415, std::string("a\0b", 3));
-                  records.Write(416, "raw", size_t{2});
-                  records.Write(417, "nothing", size_t{0});
-                  records.Write(0, 1);
-              }),
-              std::string("\x01\x99\0\4\0\0\0\1"
-                          "\x01\x9A\0\4\xFF\xFF\xFF\xFE"
-                          "\x01\x9B\0\1\1"
-                          "\x01\x9C\0\1x"
-                          "\x01\x9D\0\5text\0"
-                          "\x01\x9E\0\1\0"
-                          "\x01\x9F\0\2a\0"
-                          "\x01\xA0\0\2ra",
-                          52));
-    const std::string text = Written([](FILE* file) { CTaggedFile(file).Write(1, std::string(3000, 'y')); });
-    EXPECT_EQ(text, CRecords().Text(1, std::string(2047, 'y')).Bytes());
+    EXPECT_EQ(
+        Written([](FILE* file) {
+            CTaggedFile records(file);
+            records.Write(409, -2);
+            records.Write(414, "");
+            records.Write(415, std::string("a\0b", 3));
+            records.Write(416, "raw", size_t{2});
+            records.Write(417, "nothing", size_t{0});
+            records.Write(0, 1);
+            records.Write(1, std::string(3000, 'y'));
+        }),
+        CRecords().Int(409, -2).Text(414, "").Text(415, "a").Record(416, "ra").Text(1, std::string(2047, 'y')).Bytes());
 }
 
 TEST(TaggedStream, StoresDoublesInFixedPoint)
@@ -77,27 +64,18 @@ TEST(TaggedStream, StoresDoublesInFixedPoint)
         int64_t fraction;
     } cases[] = {
         {2.5, 2, 5000000},
-        {-2.5, -2, -5000000},
-        {0.0, 0, 0},
         {-0.25, 0, -2500000},
         {0.29, 0, 2900000}, // the decimal behind this double is below 0.29, its product with the units is not
-        {0.123456789, 0, 1234567},
         {-0.123456789, 0, -1234567},
-        {2147483647.0, INT32_MAX, 0},
         {-2147483648.0, INT32_MIN, 0},
         {1e300, INT32_MAX, 9999999},
-        {2147483648.0, INT32_MAX, 9999999},
         {infinity, INT32_MAX, 9999999},
         {-infinity, INT32_MIN, -9999999},
-        {std::nan(""), 0, 0},
         {-std::nan(""), 0, 0},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(StoredDouble(c.value), Words(c.whole, c.fraction)) << c.value;
     }
-    EXPECT_EQ(ReadDouble(Words(2, 5000000)), 2.5);
-    EXPECT_EQ(ReadDouble(Words(-2, -5000000)), -2.5);
-    EXPECT_DOUBLE_EQ(ReadDouble(Words(0, 1234567)), 0.1234567);
     // Words that no writer makes still have a value.
     EXPECT_DOUBLE_EQ(ReadDouble(Words(1, -5000000)), 0.5);
     EXPECT_DOUBLE_EQ(ReadDouble(Words(INT32_MAX, INT32_MAX)), 2147483647.0 + 214.7483647);
@@ -132,9 +110,6 @@ TEST(TaggedStream, SkipsWhatWasNotAskedFor)
         reports.mMessages,
         ElementsAre(Pair(Platform::eReportLevel::kDebugPrint, "CTaggedFile::ReadNextMatchingTag -- Skipping '400' tag"),
                     Pair(Platform::eReportLevel::kDebugPrint, "CTaggedFile::ReadNextMatchingTag -- Skipping '0' tag")));
-    EXPECT_EQ(records.GetNumberOfRecordsRead(), 3);
-    EXPECT_EQ(records.GetNumberOfRecordsSkipped(), 2);
-
     // An empty record ends the one search that meets it; the next one goes on behind it.
     int value = 1;
     EXPECT_FALSE(records.Read(404, value));
@@ -144,7 +119,6 @@ TEST(TaggedStream, SkipsWhatWasNotAskedFor)
     EXPECT_EQ(value, 9);
     EXPECT_FALSE(records.Read(400, value));
     EXPECT_TRUE(records.AtEnd());
-    EXPECT_EQ(value, 9);
     EXPECT_EQ(records.GetNumberOfRecordsRead(), 5);
     EXPECT_EQ(records.GetNumberOfRecordsSkipped(), 3);
     EXPECT_EQ(fgetc(file.get()), EOF);
@@ -157,15 +131,12 @@ TEST(TaggedStream, ReadsNoMoreThanTheFieldHolds)
     EXPECT_EQ(ReadFrom("\1\2\3\4\5\6\7", 0.5), 0.5);
     EXPECT_EQ(ReadFrom(Words(1, 5000000) + "more", 0.5), 1.5);
     EXPECT_TRUE(ReadFrom("\2more", false));
-    EXPECT_EQ(ReadFrom("xyz", 'a'), 'x');
-    EXPECT_EQ(ReadFrom(std::string("\0\1\0\2", 4), RGBColor{7, 8, 9}).red, 7);
     EXPECT_EQ(ReadFrom(std::string("\0\1\0\2\0\3\0", 7), RGBColor{7, 8, 9}).blue, 3);
     EXPECT_EQ(ReadFrom(std::string(3000, 'z'), std::string()), std::string(2047, 'z'));
     const tStream file = StreamOf(CRecords()
                                       .Record(7, "without zero")
                                       .Record(8, std::string("in\0side", 7))
                                       .Record(10, "123")
-                                      .Record(11, "12345678")
                                       .Record(12, "123")
                                       .Bytes());
     CTaggedFile records(file.get());
@@ -179,8 +150,6 @@ TEST(TaggedStream, ReadsNoMoreThanTheFieldHolds)
     char block[] = "----";
     EXPECT_TRUE(records.Read(10, static_cast<void*>(block), size_t{4}));
     EXPECT_STREQ(block, "----");
-    EXPECT_TRUE(records.Read(11, static_cast<void*>(block), size_t{4}));
-    EXPECT_STREQ(block, "1234");
     size_t length = 0;
     EXPECT_TRUE(records.ReadBlock(12, block, 4, length));
     EXPECT_EQ(length, 3U);
@@ -221,29 +190,16 @@ TEST(TaggedStream, OthersMayUseTheStreamInBetween)
 
 TEST(TaggedStream, OneRecordInMemory)
 {
-    const auto cut = [](const std::string& bytes) {
-        CTag tag;
-        return tag.Read(StreamOf(bytes).get());
-    };
     const std::string whole = CRecords().Text(5, "abc").Bytes();
-    EXPECT_TRUE(cut(whole));
-    for (size_t length = 0; length < whole.size(); ++length) {
-        EXPECT_FALSE(cut(whole.substr(0, length))) << length;
-    }
-    const auto file = StreamOf(CRecords().Record(6, "").Text(5, "abc").Bytes());
     CTag tag;
+    for (size_t length = 0; length < whole.size(); ++length) {
+        EXPECT_FALSE(tag.Read(StreamOf(whole.substr(0, length)).get())) << length;
+    }
+    const auto file = StreamOf(CRecords().Record(6, "").Bytes() + whole);
     EXPECT_FALSE(tag.Read(file.get()));
     EXPECT_EQ(ftell(file.get()), 4);
     EXPECT_TRUE(tag.Read(file.get()));
     char two[3] = "--";
     EXPECT_TRUE(tag.GetData(two, 2));
     EXPECT_STREQ(two, "ab");
-
-    const auto out = StreamOf("");
-    EXPECT_FALSE(CTag().Write(out.get()));
-    EXPECT_FALSE(CTag(0, 3, "abc").Write(out.get()));
-    EXPECT_FALSE(CTag(5, 0, "abc").Write(out.get()));
-    EXPECT_EQ(ftell(out.get()), 0);
-    EXPECT_TRUE(CTag(5, 4, "abc").Write(out.get()));
-    EXPECT_EQ(ftell(out.get()), static_cast<long>(whole.size()));
 }

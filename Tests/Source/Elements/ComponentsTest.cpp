@@ -1,4 +1,5 @@
 #include "Source/Elements/Elements.h"
+#include "support/Fatal.h"
 
 #include <cstring>
 

@@ -1,6 +1,7 @@
 #include "Layers/CLayer.h"
 #include "Layers/CLayerNameResolver.h"
 #include "Source/Elements/Elements.h"
+#include "support/Fatal.h"
 
 #include <cstring>
 

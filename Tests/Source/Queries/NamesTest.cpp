@@ -1,5 +1,4 @@
-#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
-#include "BuildingBlocks/BasicGeometries/COvalBIG.h"
+#include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "Common/Reports.h"
 #include "Elements/Utilities/UElementNameGenerator.h"
@@ -8,10 +7,7 @@
 #include "Tracks.h"
 #include "UnitLength/UUnits.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-using testing::ElementsAre;
 
 namespace {
 /// Changed preferences are put back at the end.
@@ -26,34 +22,16 @@ protected:
 
 TEST_F(ElementNames, OfGraphicsAreTheirKeys)
 {
-    const struct {
-        CBasicGeometry* component;
-        const char* name;
-        size_t warnings;
-    } cases[] = {{new CTextBIG, "kLocStrIdx_GenericTextName", 0},
-                 {new COvalBIG, "kLocStrIdx_GenericCircleName", 0},
-                 {new CPolyBIG, "kLocStrIdx_GenericRectName", 1}, // without a third point
-                 {new CStraightBIG, "???", 1}};
-    for (const auto& c : cases) {
+    const std::tuple<CBasicGeometry*, const char*, size_t> cases[] = {
+        {new CTextBIG, "kLocStrIdx_GenericTextName", 0},
+        {new CPolyBIG, "kLocStrIdx_GenericRectName", 1}, // without a third point
+        {new CStraightBIG, "???", 1}};
+    for (const auto& [component, name, warnings] : cases) {
         CCompositeGeometry element;
-        element.AppendBIG(c.component);
+        element.AppendBIG(component);
         const CReports reports;
-        EXPECT_STREQ(UElementNameGenerator::GetGenericGraphicElementName(UUnits::kInch, &element), c.name);
-        EXPECT_EQ(reports.mMessages.size(), c.warnings) << c.name;
-    }
-}
-
-TEST_F(ElementNames, AndDescriptionsOfGenericFlexibleTracks)
-{
-    for (const int unit : {UUnits::kMillimetre - 1, UUnits::kFoot + 1}) {
-        mPreferences->mUnits = unit;
-        CTracks elements;
-        elements.Add(0)->AppendBIG(new CFlexTrackBIG);
-        elements.Add(0)->AppendBIG(new CFlexTrackBIG);
-        elements[1]->SetRailSetName("Lib");
-        UElementVectorOperations::UpdateGenericFlexNameDescription(elements.All());
-        EXPECT_THAT(Names(elements.All()), ElementsAre("kLocStrIdx_GenericFlextrackName", "1"));
-        EXPECT_STREQ(elements[0]->GetDescription(), "kLocStrIdx_GenericFlexDescMaxLen");
+        EXPECT_STREQ(UElementNameGenerator::GetGenericGraphicElementName(UUnits::kInch, &element), name);
+        EXPECT_EQ(reports.mMessages.size(), warnings) << name;
     }
 }
 

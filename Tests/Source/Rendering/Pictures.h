@@ -4,9 +4,9 @@
 #include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Platform/Drawing.h"
-#include "Platform/Functions/Child.h"
+#include "support/Child.h"
+#include "support/Files.h"
 
-#include <gtest/gtest.h>
 #include <png.h>
 
 #include <cstdlib>
@@ -71,11 +71,11 @@ private:
 inline bool PinFonts()
 {
     const std::string fonts = "/usr/share/fonts/truetype/dejavu";
-    const std::string folder = getenv("TEST_FOLDER");
-    std::ofstream(folder + "/pinned.conf")
-        << "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\"><fontconfig><dir>" << fonts
-        << "</dir><cachedir>" << folder << "/font-cache</cachedir></fontconfig>";
-    setenv("FONTCONFIG_FILE", (folder + "/pinned.conf").c_str(), 1);
+    const std::string configuration = WriteTestFile(
+        "pinned.conf",
+        "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\"><fontconfig><dir>" + fonts +
+            "</dir><cachedir>" + TestPath("font-cache") + "</cachedir></fontconfig>");
+    setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
     return std::filesystem::exists(fonts + "/DejaVuSans.ttf");
 }
 

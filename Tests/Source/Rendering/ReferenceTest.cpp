@@ -3,8 +3,6 @@
 #include "Pictures.h"
 #include "support/Files.h"
 
-#include <cstdlib>
-
 namespace {
 /// Pixels whose colour may differ by more than kSlight, of a thousand: what another version of the drawing library or
 /// of the font does at edges.

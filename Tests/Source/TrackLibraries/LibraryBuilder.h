@@ -30,23 +30,17 @@ struct tLibrary {
 inline CRecords Library(const tLibrary& library)
 {
     CRecords records;
-    records.Raw("RSet" + Bytes32(library.version))
-        .Int(100, static_cast<int>(library.elements.size()))
-        .Int(101, library.scale)
-        .Int(102, library.contentType)
-        .Int(103, library.currency)
-        .Int(104, library.gauge)
-        .Int(105, library.trackbedWidth)
-        .Int(106, library.railWidth)
-        .Text(107, library.text107)
-        .Text(108, library.manufacturer)
-        .Text(109, library.text109)
-        .Text(110, library.text110)
-        .Text(111, library.prefix)
-        .Text(112, library.text112)
-        .Text(113, library.text113)
-        .Text(114, library.creationDate)
-        .Text(115, library.modificationDate);
+    records.Raw("RSet" + Bytes32(library.version)).Int(100, std::ssize(library.elements));
+    int key = 101;
+    for (const int number : {library.scale, library.contentType, library.currency, library.gauge, library.trackbedWidth,
+                             library.railWidth}) {
+        records.Int(key++, number);
+    }
+    for (const std::string* text :
+         {&library.text107, &library.manufacturer, &library.text109, &library.text110, &library.prefix,
+          &library.text112, &library.text113, &library.creationDate, &library.modificationDate}) {
+        records.Text(key++, *text);
+    }
     for (const tElement& element : library.elements) {
         records.Append(Element(element));
     }
@@ -59,14 +53,9 @@ inline tCommon AlignedTrack()
     return {.gauge = 16.5, .trackbedWidth = 33.0};
 }
 
-inline tElement Article(const std::string& name, const std::string& description = "Description")
+inline tElement Article(const std::string& name)
 {
-    tElement element;
-    element.name = name;
-    element.description = description;
-    element.manufacturer = "Maker";
-    element.components = {Straight(AlignedTrack(), 180)};
-    return element;
+    return {.name = name, .manufacturer = "Maker", .components = {Straight(AlignedTrack(), 180)}};
 }
 
 /// A folder for libraries.

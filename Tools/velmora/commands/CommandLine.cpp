@@ -11,8 +11,10 @@
 #include <cmath>
 #include <memory>
 #include <numeric>
+#include <pwd.h>
 #include <string_view>
 #include <thread>
+#include <unistd.h>
 
 static const tCommand* const kCommands[] = {&kImportCommand,    &kIndexCommand, &kSearchCommand,  &kRenderCommand,
                                             &kCheckCommand,     &kPartsCommand, &kLibraryCommand, &kStockCommand,
@@ -168,6 +170,9 @@ void AddWorkerOptions(CLI::App& app, tWorkerOptions& options)
                    "How workers are confined: auto (as far as the system can), require (or not at all), off")
         ->check(CLI::IsMember({"auto", "require", "off"}))
         ->type_name("MODE");
+    app.add_option("--sandbox-user", options.sandboxUser, "Whom workers become that root starts, nobody for example")
+        ->type_name("USER");
+    app.add_flag("--fresh-workers", options.freshWorkers, "A process for each document, which sees no other");
 }
 
 void AddFormatOption(CLI::App& app, std::string& format, const std::vector<std::string>& formats, const char* help)
@@ -185,6 +190,22 @@ size_t CountWorkers(unsigned jobs)
     return jobs > 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1U);
 }
 
+/// @return empty, or why workers cannot become that user
+static std::string SetUser(const tWorkerOptions& options, tWorkerSettings& settings)
+{
+    const passwd* const user = getpwnam(options.sandboxUser.c_str());
+    if (user == nullptr || user->pw_uid == 0) {
+        return "--sandbox-user: there is no such user, or it is root: " + options.sandboxUser;
+    }
+    if (geteuid() != 0 || options.sandbox == "off") {
+        return geteuid() != 0 ? "--sandbox-user is for root: nobody else can become another user"
+                              : "--sandbox-user needs a sandbox";
+    }
+    settings.user = user->pw_uid;
+    settings.group = user->pw_gid;
+    return {};
+}
+
 tWorkerSettings GetWorkerSettings(const tWorkerOptions& options, std::optional<tFailure>& failure)
 {
     tWorkerSettings settings;
@@ -192,7 +213,14 @@ tWorkerSettings GetWorkerSettings(const tWorkerOptions& options, std::optional<t
     settings.plugIn = Places::FindPlugIn(options.plugIn);
     settings.memoryMegabytes = options.memoryMegabytes;
     settings.sandbox = options.sandbox;
+    settings.isFresh = options.freshWorkers;
     settings.processorSeconds = static_cast<unsigned>(std::ceil(options.timeoutSeconds));
+    if (!options.sandboxUser.empty()) {
+        const std::string problem = SetUser(options, settings);
+        if (!problem.empty()) {
+            failure = MakeFailure(eFailure::kSandbox, problem).failure;
+        }
+    }
     if (settings.plugIn.empty()) {
         const std::string message = "there is no importer plug-in: " + Places::DescribePlugInPlaces();
         failure = MakeFailure(eFailure::kPlugIn, message).failure;

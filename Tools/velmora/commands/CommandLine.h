@@ -17,6 +17,8 @@ class App;
 struct tWorkerOptions {
     std::string plugIn;              ///< empty for the one that belongs to the executable
     std::string sandbox = "auto";    ///< auto, require or off
+    std::string sandboxUser;         ///< whom workers become; empty for nobody else
+    bool freshWorkers = false;       ///< a worker for each document
     double timeoutSeconds = 5;       ///< for one document
     unsigned memoryMegabytes = 1024; ///< what a worker may use beyond what it needs at rest
 };

@@ -359,8 +359,7 @@ int RunIndex(const tIndexOptions& options)
     } catch (const CIndexError& error) {
         COutput::PrintMessage(error.what());
     } catch (const std::exception& error) { // SQLite's: no space, no rights, a damaged file
-        COutput::PrintMessage("the index " + Escapes::ForTerminal(path) + " cannot be used: " + error.what() +
-                              "\nIf it is damaged, remove it and index again.");
+        COutput::PrintMessage(CIndexDatabase::Explain(path, error));
     }
     return kExitFailed;
 }

@@ -5,6 +5,7 @@
 #include "output/JSON.h"
 
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
 namespace {
 struct tListOptions : tWorkerOptions {
@@ -113,7 +114,7 @@ static int RunLibrary(const tListOptions& options)
             if (options.format == "json") {
                 text += LibraryJSON(path, report);
             } else if (options.format == "csv") {
-                const std::string table = ArticleTable(NameOfFile(path), report).ToCSV();
+                const std::string table = ArticleTable(NameOfFile(path), report).ToCSV(isatty(STDOUT_FILENO) != 0);
                 text += text.empty() ? table : table.substr(table.find('\n') + 1); // one line of titles
             } else {
                 text += LibraryHeading(path, report) + ArticleTable(NameOfFile(path), report).ToText();
@@ -140,7 +141,7 @@ static int RunStock(const tListOptions& options)
                                            {"count", item.GetNumber("count")}});
             }
             text += options.format == "json"  ? JSON::ToLine(record)
-                    : options.format == "csv" ? table.ToCSV()
+                    : options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0)
                                               : table.ToText();
         });
     return FinishCommand(text, result);

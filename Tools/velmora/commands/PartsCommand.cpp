@@ -293,7 +293,7 @@ static std::string Format(const tPartsList& list, const tPartsOptions& options)
         return FormatJSON(list);
     }
     if (options.format == "csv") {
-        return MakeTable(list).ToCSV();
+        return MakeTable(list).ToCSV(isatty(STDOUT_FILENO) != 0);
     }
     if (options.format == "html") {
         return FormatHTML(list, options.paths);

@@ -11,6 +11,8 @@ CPatient::CPatient(tWorkerSettings settings, const std::string& sandbox, double 
     : mPool(
           [&] {
               settings.sandbox = sandbox;
+              const bool isWhole = sandbox == "auto" || sandbox == "require";
+              settings.user = isWhole ? settings.user : 0; // one layer alone may be another than that of the user
               return std::move(settings);
           }(),
           timeoutSeconds, 1)

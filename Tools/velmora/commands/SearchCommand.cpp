@@ -173,8 +173,7 @@ static int RunSearch(const tSearchOptions& options)
     } catch (const CIndexError& error) {
         COutput::PrintMessage(error.what());
     } catch (const std::exception& error) {
-        COutput::PrintMessage("the index " + Escapes::ForTerminal(path) + " cannot be searched: " + error.what() +
-                              "\nIf it is damaged, remove it and index again.");
+        COutput::PrintMessage(CIndexDatabase::Explain(path, error));
     }
     return kExitFailed;
 }

@@ -6,12 +6,15 @@
 #include "protocol/CDescriptor.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <cctype>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 /// Readers wait at most for a checkpoint, and the making of the tables.
@@ -32,6 +35,28 @@ std::string Quote(const std::string& path)
 std::string PlainName(const std::string& path)
 {
     return path.starts_with('/') ? path : "./" + path;
+}
+
+/// Whether nobody can write to an index, as on a read-only medium. Readers make files beside it, where they can.
+bool IsFixed(const std::string& path)
+{
+    struct stat log = {};
+    const std::string folder = PlainName(path).substr(0, PlainName(path).rfind('/') + 1);
+    return faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) != 0 &&
+           (stat((path + "-wal").c_str(), &log) != 0 || log.st_size == 0); // which may hold more than the file
+}
+
+/// A name by which SQLite reads a file that does not change.
+std::string FixedName(const std::string& path)
+{
+    std::string name = "file:";
+    for (const char character : PlainName(path)) {
+        char escaped[4];
+        snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(character));
+        name += character == '/' || isalnum(static_cast<unsigned char>(character)) != 0 ? std::string(1, character)
+                                                                                        : std::string(escaped);
+    }
+    return name + "?immutable=1";
 }
 
 void BindBytes(SQLite::Statement& statement, int index, const std::string& bytes)
@@ -146,7 +171,10 @@ private:
 
     void Open(const std::string& path, int flags)
     {
-        mDatabase.emplace(PlainName(path), flags | SQLite::OPEN_NOMUTEX /* one thread */, kBusyMilliseconds);
+        const bool isFixed = flags == SQLite::OPEN_READONLY && IsFixed(path);
+        mDatabase.emplace(isFixed ? FixedName(path) : PlainName(path),
+                          flags | SQLite::OPEN_NOMUTEX /* one thread */ | (isFixed ? SQLite::OPEN_URI : 0),
+                          kBusyMilliseconds);
         if (!Tokenizer::Register(mDatabase->getHandle())) {
             throw CIndexError("SQLite has no full-text search here");
         }
@@ -222,6 +250,19 @@ CIndexDatabase::CIndexDatabase(const std::string& path, eAccess access) : mPath(
 }
 
 CIndexDatabase::~CIndexDatabase() = default;
+
+std::string CIndexDatabase::Explain(const std::string& path, const std::exception& error)
+{
+    const auto* const cause = dynamic_cast<const SQLite::Exception*>(&error);
+    const int code = cause != nullptr ? cause->getErrorCode() : SQLITE_OK;
+    std::string text = "the index " + Quote(path);
+    if (code == SQLITE_FULL) {
+        return text + " cannot be written: the disk is full. What was committed before is kept";
+    }
+    text += std::string(" cannot be used: ") + error.what();
+    return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? text + "\nIt is damaged: remove it and index again."
+                                                           : text;
+}
 
 std::optional<tKnownDocument> CIndexDatabase::Find(const std::string& path)
 {

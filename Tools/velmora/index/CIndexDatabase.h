@@ -109,6 +109,9 @@ public:
     CIndexDatabase(const CIndexDatabase&) = delete;
     CIndexDatabase& operator=(const CIndexDatabase&) = delete;
 
+    /// What an error while an index was used means, for people.
+    static std::string Explain(const std::string& path, const std::exception& error);
+
     const std::string& GetPath() const { return mPath; }
 
     // What is there.

@@ -17,7 +17,7 @@ inline constexpr const char* kName = "velmora";
 /// Makes it known to a connection; needed before any statement that touches the words. @return false without FTS5
 bool Register(sqlite3* connection);
 
-/// The words of a text; spellings with ae, oe and ue stand behind their word. Empty for a text without letters and
-/// digits.
+/// The words of a text; spellings with ae, oe and ue stand behind their word.
+/// Empty for a text without letters and digits.
 std::vector<std::string> Split(sqlite3* connection, const std::string& text);
 } // namespace Tokenizer

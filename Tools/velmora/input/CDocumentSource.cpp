@@ -83,8 +83,8 @@ static tFileStatus MakeStatus(const struct stat& status)
             static_cast<uint64_t>(status.st_ino), static_cast<uint64_t>(status.st_dev)};
 }
 
-/// Takes a named file as the input found last. Looked at before it is opened, because opening a device can do
-/// something.
+/// Takes a named file as the input found last. Looked at before it is opened,
+/// because opening a device can do something.
 /// @return false when it is not wanted
 bool CDocumentSource::TakeFile(int folder, std::string name, tInput& input)
 {
@@ -261,8 +261,8 @@ CDocumentSource::eResult CDocumentSource::FindInList(tInput& input)
 /// @return false when the folder was entered; true when it cannot be read, which is then the input's failure
 bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std::string& path, tInput& input)
 {
-    // A folder on the command line may be named through a link; below it, one that has become a link since is left
-    // alone.
+    // A folder on the command line may be named through a link;
+    // below it, one that has become a link since is left alone.
     const int links = parent == AT_FDCWD ? 0 : O_NOFOLLOW;
     CDescriptor descriptor(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | links));
     DIR* entries = nullptr;

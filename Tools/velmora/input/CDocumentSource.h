@@ -70,8 +70,8 @@ public:
     /// Opens the document found last, or sets its failure.
     void Open(tInput& input);
 
-    /// Finds and opens the next input, waiting for it. @return false when there is none left, or the user has
-    /// interrupted
+    /// Finds and opens the next input, waiting for it.
+    /// @return false when there is none left, or the user has interrupted
     bool Next(tInput& input);
 
     /// Opens the file at the input's path, as if a list had named it.

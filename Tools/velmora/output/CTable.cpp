@@ -12,9 +12,8 @@ size_t Width(const std::string& text)
         text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
 }
 
-std::string CSVCell(const std::string& text, bool isNumber)
+std::string CSVCell(std::string cell, bool isNumber)
 {
-    std::string cell = text;
     if (!isNumber && !cell.empty() && std::string("=+-@\t\r").find(cell[0]) != std::string::npos) {
         cell.insert(0, 1, '\'');
     }
@@ -60,7 +59,7 @@ std::string CTable::ToText() const
     return text;
 }
 
-std::string CTable::ToCSV() const
+std::string CTable::ToCSV(bool isForTerminal) const
 {
     std::string text;
     const auto addLine = [&text](size_t count, auto cellAt) {
@@ -71,7 +70,9 @@ std::string CTable::ToCSV() const
     };
     addLine(mColumns.size(), [this](size_t i) { return CSVCell(mColumns[i].title, true); });
     for (const std::vector<std::string>& row : mRows) {
-        addLine(row.size(), [&](size_t i) { return CSVCell(row[i], mColumns[i].isNumber); });
+        addLine(row.size(), [&](size_t i) {
+            return CSVCell(isForTerminal ? Escapes::ForTerminal(row[i]) : row[i], mColumns[i].isNumber);
+        });
     }
     return text;
 }

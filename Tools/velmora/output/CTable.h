@@ -20,7 +20,8 @@ public:
     /// Columns side by side, with a line of titles; control characters escaped.
     std::string ToText() const;
     /// RFC 4180 with a line of titles. A text that a spreadsheet would take for a formula gets an apostrophe in front.
-    std::string ToCSV() const;
+    /// @param isForTerminal  control characters are escaped
+    std::string ToCSV(bool isForTerminal = false) const;
     /// An HTML table.
     std::string ToHTML() const;
 

@@ -22,17 +22,43 @@ extern char** environ;
 
 /// How long a process that has closed its socket may take to end, before it is ended.
 static constexpr int kEndMilliseconds = 500;
-/// How long an idle process may take to leave by itself.
-static constexpr int kLeaveMilliseconds = 2000;
 
-/// The host's environment, and that the C library keeps to one arena: each further one would count as 64 MB of the
-/// memory granted, once a library starts threads.
+/// What the worker's libraries ask the environment for: places, language, time zone; and what tells the tools that
+/// programs are tested with how to work. Anything else may be a secret.
+static constexpr std::string_view kPassedOn[] = {"HOME=",
+                                                 "USER=",
+                                                 "LOGNAME=",
+                                                 "PATH=",
+                                                 "TMPDIR=",
+                                                 "TZ=",
+                                                 "LANG=",
+                                                 "LANGUAGE=",
+                                                 "LC_",
+                                                 "XDG_",
+                                                 "FONTCONFIG_",
+                                                 "GNUSTEP_",
+                                                 "VELMORA_",
+                                                 "ASAN_",
+                                                 "UBSAN_",
+                                                 "LSAN_",
+                                                 "LLVM_PROFILE_FILE=",
+                                                 "GCOV_",
+                                                 "__CF_USER_TEXT_ENCODING=",
+                                                 "LD_LIBRARY_PATH=",
+                                                 "DYLD_LIBRARY_PATH="};
+
+/// The part of the host's environment that is meant for workers, and that the C library keeps to one arena: each
+/// further one would count as 64 MB of the memory granted.
 static std::vector<char*> MakeEnvironment()
 {
     static char sArenas[] = "MALLOC_ARENA_MAX=1";
-    std::vector<char*> environment = {sArenas}; // the first of a name counts
+    std::vector<char*> environment = {sArenas};
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        environment.push_back(*entry);
+        const std::string_view text = *entry;
+        if (std::any_of(std::begin(kPassedOn), std::end(kPassedOn),
+                        [text](std::string_view name) { return text.starts_with(name); })) {
+            environment.push_back(*entry);
+        }
     }
     environment.push_back(nullptr);
     return environment;
@@ -42,6 +68,7 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
 {
     const std::string number = std::to_string(kWorkerSocket);
     const std::string memory = std::to_string(settings.memoryMegabytes);
+    const std::string user = std::to_string(settings.user) + ":" + std::to_string(settings.group);
     const char* arguments[] = {settings.program.c_str(),
                                "--socket",
                                number.c_str(),
@@ -53,6 +80,8 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
                                settings.sandbox.c_str(),
                                "--profile",
                                settings.draws ? "draw" : "read",
+                               "--user",
+                               user.c_str(),
                                "--tell",
                                settings.tellsStockFile ? "stock-file" : "nothing",
                                nullptr};
@@ -68,6 +97,7 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
     sigset_t defaults;
     sigemptyset(&defaults);
     sigaddset(&defaults, SIGPIPE);
+    sigaddset(&defaults, SIGXFSZ);
     posix_spawnattr_setsigdefault(&attributes, &defaults);
     // A process group of its own: an interrupt typed at the terminal is the host's business alone.
     posix_spawnattr_setpgroup(&attributes, 0);
@@ -214,7 +244,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             }
             if (!mGreeting.ready) {
                 answer = MakeFailure(mGreeting.reason, mGreeting.message);
-                Dismiss();
+                Dismiss(std::chrono::milliseconds(kEndMilliseconds));
                 return eEvent::kRefused;
             }
             mState = eState::kReady;
@@ -323,11 +353,11 @@ void CWorker::SayGoodbye()
     }
 }
 
-void CWorker::Dismiss()
+void CWorker::Dismiss(std::chrono::steady_clock::duration patience)
 {
     SayGoodbye();
     if (!mSocket.IsOpen()) {
-        WaitForEnd(kLeaveMilliseconds);
+        WaitForEnd(static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(patience).count()));
     }
     Kill();
 }

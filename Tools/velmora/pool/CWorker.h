@@ -4,6 +4,7 @@
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 
+#include <chrono>
 #include <deque>
 #include <optional>
 #include <string>
@@ -16,6 +17,9 @@ struct tWorkerSettings {
     unsigned memoryMegabytes = 1024; ///< what it may map beyond what it maps at rest
     std::string sandbox = "auto";    ///< "auto", "require" or "off"; or names of layers with plus signs between them
     unsigned processorSeconds = 0;   ///< processor time for one request; 0 for no limit but the owner's clock
+    unsigned user = 0;               ///< whom it becomes, for root; 0 for nobody else
+    unsigned group = 0;              ///< and of which group
+    bool isFresh = false;            ///< a process for each request
     unsigned processorLife = 60;     ///< seconds that a process may use before it is to be renewed
     bool draws = false;              ///< it may start threads and read fonts
     bool tellsStockFile = false;     ///< its greeting says what the user's preferences call the stock file
@@ -47,7 +51,7 @@ public:
     };
 
     CWorker() = default;
-    ~CWorker() { Dismiss(); }
+    ~CWorker() { Dismiss(std::chrono::seconds(2)); }
     CWorker(const CWorker&) = delete;
     CWorker& operator=(const CWorker&) = delete;
 
@@ -95,8 +99,8 @@ public:
     /// Asks the process to leave, without waiting for it: closes the socket, which it notices.
     void SayGoodbye();
 
-    /// Ends the process in peace, if nothing is under way: it has a moment to leave by itself.
-    void Dismiss();
+    /// Ends the process in peace, if nothing is under way. @param patience  how long it may take to leave by itself
+    void Dismiss(std::chrono::steady_clock::duration patience);
 
 private:
     struct tAsked {

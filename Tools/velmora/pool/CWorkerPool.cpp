@@ -12,6 +12,8 @@
 static constexpr std::chrono::seconds kStartTime(20);
 /// So often a worker may be lost while it starts, before none is expected to succeed.
 static constexpr int kStartAttempts = 3;
+/// How long idle processes may take to leave by themselves.
+static constexpr std::chrono::seconds kLeaveTime(2);
 /// After an interrupt, what is in flight has this long to finish.
 static constexpr std::chrono::seconds kGrace(1);
 
@@ -21,8 +23,8 @@ static constexpr int kMaxLosses = 5;
 /// Requests are sent ahead for about this time, so that a worker does not run dry while the host is busy; what takes
 /// longer is sent one by one, since what waits behind it could be done by another worker.
 static constexpr double kSecondsAhead = 0.004;
-/// A further process costs tens of milliseconds: it is started when this many requests wait, or one has waited for a
-/// while.
+/// A further process costs tens of milliseconds: it is started when this many requests wait,
+/// or one has waited for a while.
 static constexpr size_t kWaitingForStart = 4;
 static constexpr int kMillisecondsForStart = 3;
 
@@ -58,8 +60,9 @@ CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t
     // Half of them for workers and documents; a walk and other things need some as well.
     const size_t descriptors = CountDescriptors() / 2;
     const size_t slots = std::clamp<size_t>(workers, 1, std::max<size_t>(descriptors / 4, 1));
-    mMaxDepth =
-        std::clamp<size_t>(descriptors / slots, 3, kMaxRequestsAhead + 2) - 2; // each has a socket, and one waits
+    mMaxDepth = mSettings.isFresh ? 1
+                                  : std::clamp<size_t>(descriptors / slots, 3, kMaxRequestsAhead + 2) -
+                                        2; // each has a socket, and one waits
     for (size_t i = 0; i < slots; ++i) {
         mSlots.push_back(std::make_unique<tSlot>());
     }
@@ -67,8 +70,17 @@ CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t
 
 CWorkerPool::~CWorkerPool()
 {
-    for (const auto& slot : mSlots) { // all at once, then each is waited for
+    for (const auto& slot : mSlots) {
         slot->worker->SayGoodbye();
+    }
+    // Those that do not leave are waited for together.
+    const tClock::time_point end = tClock::now() + kLeaveTime;
+    for (const auto& slot : mSlots) {
+        for (CWorker* worker : {slot->worker.get(), slot->leaving.get()}) {
+            if (worker != nullptr) {
+                worker->Dismiss(std::max(tClock::duration::zero(), end - tClock::now()));
+            }
+        }
     }
 }
 
@@ -93,7 +105,13 @@ CWorkerPool::eResult CWorkerPool::WaitUntilReady(tFailure& failure)
 
 void CWorkerPool::Submit(uint64_t ticket, tRequest request, CDescriptor document)
 {
-    mQueue.push_back({ticket, std::move(request), std::move(document), 0});
+    tJob& job = mQueue.emplace_back();
+    job.ticket = ticket;
+    job.request = std::move(request);
+    job.document = std::move(document);
+    if (job.document.IsOpen()) {
+        fstat(job.document.Get(), &job.status);
+    }
     Dispatch();
 }
 
@@ -291,14 +309,38 @@ void CWorkerPool::HandleReady(tSlot& slot)
     }
 }
 
+static bool IsUnchanged(const struct stat& before, const struct stat& now)
+{
+#if defined(__APPLE__)
+    const timespec& one = before.st_mtimespec;
+    const timespec& other = now.st_mtimespec;
+#else
+    const timespec& one = before.st_mtim;
+    const timespec& other = now.st_mtim;
+#endif
+    return before.st_size == now.st_size && one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+/// Hands out an answer. A document that was written to meanwhile has failed for that, whatever was made of it.
+void CWorkerPool::Finish(const tJob& job, tAnswer answer)
+{
+    struct stat now = {};
+    if (!answer.ok && job.document.IsOpen() && fstat(job.document.Get(), &now) == 0 && !IsUnchanged(job.status, now)) {
+        answer = MakeFailure(eFailure::kLoader, "was changed while it was read");
+        answer.failure.loaderCode = 1;
+    }
+    mDone.emplace_back(job.ticket, std::move(answer));
+}
+
 void CWorkerPool::HandleAnswer(tSlot& slot, tAnswer answer)
 {
-    mDone.emplace_back(slot.jobs.front().ticket, std::move(answer));
+    Finish(slot.jobs.front(), std::move(answer));
     slot.jobs.pop_front();
     slot.alone = false;
     const uint64_t answered = slot.worker->CountAnswered();
     slot.leavesNext =
-        slot.leavesNext || slot.worker->IsWornOut() || answered + kMaxRequestsAhead >= kRequestsEach ||
+        slot.leavesNext || mSettings.isFresh || slot.worker->IsWornOut() ||
+        answered + kMaxRequestsAhead >= kRequestsEach ||
         (answered % kRequestsBetweenLooks == 0 && slot.worker->GetResidentMemory() > slot.firstResident + kMaxGrowth);
 }
 
@@ -314,7 +356,11 @@ void CWorkerPool::GiveBack(tSlot& slot)
 void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer)
 {
     if (before == CWorker::eState::kStarting) {
-        const std::string message = "the plug-in cannot be loaded: " + answer.failure.message;
+        const std::string message =
+            slot.worker->WasKilled()
+                ? "the worker process is killed as it starts, by a user or by the system, which may "
+                  "be short of memory"
+                : "the plug-in cannot be loaded: " + answer.failure.message;
         HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
         if (slot.suspect) {
             StartWorker(slot);
@@ -331,7 +377,7 @@ void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer
     const bool certain = (slot.alone && !somebodyElse) || slot.worker->IsFaultCertain();
     GiveBack(slot);
     if (certain) {
-        mDone.emplace_back(job.ticket, std::move(answer));
+        Finish(job, std::move(answer));
     } else {
         slot.suspect = std::move(job);
         StartWorker(slot);

@@ -8,6 +8,7 @@
 #include <deque>
 #include <memory>
 #include <poll.h>
+#include <sys/stat.h>
 #include <vector>
 
 /// Not for several threads. What is submitted comes back exactly once, in any order.
@@ -67,7 +68,8 @@ private:
         uint64_t ticket = 0;
         tRequest request;
         CDescriptor document;
-        int losses = 0; ///< of workers that were at it
+        struct stat status = {}; ///< of the document before anything was read
+        int losses = 0;          ///< of workers that were at it
     };
 
     /// A worker and what it has to do.
@@ -92,6 +94,7 @@ private:
     static bool CanStart(const tSlot& slot);
     bool HasReadyWorker() const;
     void Handle(tSlot& slot);
+    void Finish(const tJob& job, tAnswer answer);
     void HandleReady(tSlot& slot);
     void HandleAnswer(tSlot& slot, tAnswer answer);
     void HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer);

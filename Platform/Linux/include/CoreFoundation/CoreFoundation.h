@@ -133,8 +133,8 @@ CF_EXPORT CFIndex CFStringGetLength(CFStringRef string);
 CF_EXPORT void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer);
 CF_EXPORT UniChar CFStringGetCharacterAtIndex(CFStringRef string, CFIndex index);
 /// Converts into `buffer` and adds one zero byte, in every encoding. False, with the buffer as it was, when text and
-/// zero do not fit into `size` bytes or a character has no form in the encoding (an unpaired surrogate has none in
-/// UTF-8).
+/// zero do not fit into `size` bytes or a character has no form in the encoding
+/// (an unpaired surrogate has none in UTF-8).
 CF_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex size, CFStringEncoding encoding);
 /// Always null: no string lends its storage here, so callers always take their way through a buffer.
 CF_EXPORT const char* CFStringGetCStringPtr(CFStringRef string, CFStringEncoding encoding);
@@ -180,8 +180,8 @@ CF_EXPORT const UInt8* CFDataGetBytePtr(CFDataRef data);
 /// The part of the range that lies inside the data is copied.
 CF_EXPORT void CFDataGetBytes(CFDataRef data, CFRange range, UInt8* buffer);
 
-// ---- Collections. Values are retained, dictionary keys are copied; other callbacks than the standard ones are not
-// served.
+// ---- Collections. Values are retained, dictionary keys are copied;
+// other callbacks than the standard ones are not served.
 
 typedef struct {
     CFIndex version;
@@ -263,8 +263,8 @@ CF_EXPORT extern const CFStringRef kCFBundleNameKey;
 CF_EXPORT extern const CFStringRef kCFBundleVersionKey;
 
 /// The bundle of the running program: X.ext for X.ext/Contents/Linux/program; every other program is the bundle
-/// "Velmora" (com.velmora.Velmora) beside itself, so that host, worker and tests share logs, data and preferences. Not
-/// released.
+/// "Velmora" (com.velmora.Velmora) beside itself, so that host, worker and tests share logs, data and preferences.
+/// Not released.
 CF_EXPORT CFBundleRef CFBundleGetMainBundle(void);
 /// The bundle of a folder that holds a readable Contents/Info.plist, else null. Every call makes a new object;
 /// those of one folder are equal.
@@ -288,8 +288,8 @@ CF_EXPORT void* CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRe
 
 // ---- Plug-ins
 
-/// The bundle as CFBundleCreate makes it, its factories (CFPlugInFactories, CFPlugInTypes) made known. No code is
-/// loaded.
+/// The bundle as CFBundleCreate makes it, its factories (CFPlugInFactories, CFPlugInTypes) made known.
+/// No code is loaded.
 CF_EXPORT CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url);
 CF_EXPORT CFBundleRef CFPlugInGetBundle(CFPlugInRef plugIn);
 /// UUIDs of a plug-in's factories for a type, in the order of its property list; empty when there are none. The caller
