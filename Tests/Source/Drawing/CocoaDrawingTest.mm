@@ -8,7 +8,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <numeric>
-#include <ostream>
 #include <vector>
 
 /// Its context is flipped: y grows downwards.
@@ -45,25 +44,19 @@ struct tBox {
     tBox Grown(int by) const { return {left - by, bottom - by, right + by, top + by}; }
 };
 
-std::ostream& operator<<(std::ostream& out, const tBox& box)
-{
-    return out << "x " << box.left << " to " << box.right << ", y " << box.bottom << " to " << box.top;
-}
-
 /// A picture's colours as 0xRRGGBB; (0, 0) is at the lower left.
 struct tPicture {
     std::vector<unsigned> pixels = std::vector<unsigned>(static_cast<size_t>(kWidth * kHeight), kWhite);
 
     unsigned& At(int x, int y) { return pixels[static_cast<size_t>(y * kWidth + x)]; }
-    unsigned At(int x, int y) const { return pixels[static_cast<size_t>(y * kWidth + x)]; }
 
-    /// Around the pixels that `counts`, of all that are not white without it.
-    tBox Box(const std::function<bool(unsigned)>& counts = [](unsigned color) { return color != kWhite; }) const
+    /// Around the pixels that are not white.
+    tBox Box() const
     {
         tBox box = {kWidth, kHeight, 0, 0};
         for (int y = 0; y < kHeight; ++y) {
             for (int x = 0; x < kWidth; ++x) {
-                if (counts(At(x, y))) {
+                if (pixels[static_cast<size_t>(y * kWidth + x)] != kWhite) {
                     box = {std::min(box.left, x), std::min(box.bottom, y), std::max(box.right, x + 1),
                            std::max(box.top, y + 1)};
                 }
@@ -144,9 +137,9 @@ protected:
     NSFont* mFont = nil;
 };
 
-void Fill(NSBezierPath* path, NSColor* color = [NSColor redColor])
+void Fill(NSBezierPath* path)
 {
-    [color set];
+    [[NSColor redColor] set];
     [path fill];
 }
 } // namespace
@@ -154,27 +147,18 @@ void Fill(NSBezierPath* path, NSColor* color = [NSColor redColor])
 TEST_F(CocoaDrawing, PathsLieWhereTheirPointsAndTheContextAre)
 {
     EXPECT_EQ(Draw([] { Fill([UCocoaDrawing pathForDRect:DRect{10, 20, 30, 60}]); }).Box(), (tBox{20, 10, 60, 30}));
-
     EXPECT_EQ(Draw([] { Fill([UCocoaDrawing pathForCircleAtPoint:CPoint(50, 40, 7) withRadius:25]); }).Box(),
               (tBox{25, 15, 75, 65}));
-    EXPECT_TRUE([[UCocoaDrawing pathForCircleAtPoint:CPoint(50, 40, 0) withRadius:-3] isEmpty]);
-
-    const auto stroke = [](NSBezierPath* path) {
-        [[NSColor redColor] set];
-        [path setLineWidth:4];
-        [path stroke];
-    };
-    EXPECT_EQ(Draw([&] { stroke([UCocoaDrawing lineFromPoint:CPoint(10, 20, 0) toPoint:CPoint(90, 20, 0)]); }).Box(),
-              (tBox{10, 18, 90, 22}));
-    const tPicture dashed = Draw([&] {
+    const tPicture dashed = Draw([] {
         NSBezierPath* const path = [UCocoaDrawing pathForLineStartingAtPoint:CPoint(10, 20, 0)];
         [UCocoaDrawing continueLine:path ToPoint:CPoint(30, 20, 0) drawLine:YES];
         [UCocoaDrawing continueLine:path ToPoint:CPoint(50, 20, 0) drawLine:NO];
         [UCocoaDrawing continueLine:path ToPoint:CPoint(50, 60, 0) drawLine:YES];
-        stroke(path);
+        [[NSColor redColor] set];
+        [path setLineWidth:4];
+        [path stroke];
     });
     EXPECT_EQ(dashed.Box(), (tBox{10, 18, 52, 60}));
-    EXPECT_EQ(dashed.At(40, 20), kWhite);
     EXPECT_EQ(dashed.Count(kRed), 20 * 4 + 40 * 4);
     EXPECT_EQ(Draw([] {
                   [UCocoaDrawing offsetContextBy:CPoint(-30, 10, 5)];
@@ -190,67 +174,29 @@ TEST_F(CocoaDrawing, TextFillsItsMeasuredBox)
     const tPicture text = Draw(
         [&] { [UCocoaDrawing drawText:@"Hig" withColor:[NSColor redColor] font:mFont atPoint:CPoint(10, 30, 0)]; });
     const tBox box = {10, 30, 10 + static_cast<int>(size.width), 30 + static_cast<int>(size.height)};
-    EXPECT_TRUE(text.Box().IsInside(box.Grown(1))) << text.Box() << ", measured " << box;
+    EXPECT_TRUE(text.Box().IsInside(box.Grown(1)));
     EXPECT_GT(text.Box().right - text.Box().left, size.width * 0.8);
-    EXPECT_GT(text.Count(kRed), 20);
-    EXPECT_EQ(Draw([&] {
-                  [UCocoaDrawing drawText:nil withColor:nil font:mFont atPoint:CPoint::ZeroPos];
-                  [UCocoaDrawing drawText:@"" withColor:nil font:mFont inRect:DRect{0, 0, 50, 50}];
-                  [UCocoaDrawing drawText:@"H" withColor:nil font:nil atPoint:CPoint::ZeroPos];
-                  [UCocoaDrawing drawText:@"H" withColor:nil font:mFont inRect:DRect{10, 10, 10, 50}];
-              }).Box(),
-              tBox{});
-
-    EXPECT_EQ([UCocoaDrawing measureText:@"Hig" font:mFont strokeWidth:50].width, size.width + 10);
-    // In a rectangle it begins at the upper edge, and nothing is outside.
-    const DRect rect = {75 - size.height / 2, 10, 75, 20};
-    const tBox cut =
-        Draw([&] { [UCocoaDrawing drawText:@"HH" withColor:[NSColor redColor] font:mFont inRect:rect]; }).Box();
-    EXPECT_TRUE(cut.IsInside({10, 75 - static_cast<int>(size.height / 2) - 1, 20, 75}) && cut.right > cut.left) << cut;
 }
 
-TEST_F(CocoaDrawing, ShadowsAreNearWhatThrowsThemAndEnd)
-{
-    const tPicture picture = Draw([] {
-        [UCocoaDrawing shadowOn];
-        Fill([UCocoaDrawing pathForDRect:DRect{40, 10, 60, 30}]);
-        [UCocoaDrawing shadowOff];
-        Fill([UCocoaDrawing pathForDRect:DRect{10, 70, 30, 110}], [NSColor blueColor]);
-    });
-    EXPECT_EQ(picture.Count(kRed), 400);
-    EXPECT_EQ(picture.Box([](unsigned color) { return color == kBlue; }), (tBox{70, 10, 110, 30}));
-    EXPECT_TRUE(picture.Box().IsInside({5, 10, 110, 65})); // not every AppKit paints shadows
-}
-
-TEST_F(CocoaDrawing, WithoutAContextNothingIsDrawnAndPathsCanBeMade)
+TEST_F(CocoaDrawing, WithoutAContextNothingIsDrawn)
 {
     NSGraphicsContext* const context = [[NSGraphicsContext currentContext] retain];
     [NSGraphicsContext setCurrentContext:nil];
     [UCocoaDrawing shadowOn];
     [UCocoaDrawing shadowOff];
     [UCocoaDrawing rotateContextBy:30 aroundPoint:CPoint(1, 2, 3)];
-    [UCocoaDrawing offsetContextBy:CPoint(1, 2, 3)];
-    NSColor* const red = [NSColor redColor];
-    [UCocoaDrawing drawText:@"A" withColor:red font:mFont atPoint:CPoint::ZeroPos outlineColor:red strokeWidth:5];
-    [UCocoaDrawing drawText:@"A" withColor:red font:mFont inRect:DRect{0, 0, 50, 50} outlineColor:red strokeWidth:5];
-    EXPECT_TRUE(NSEqualRects([[UCocoaDrawing pathForDRect:DRect{10, 20, 30, 60}] bounds], NSMakeRect(20, 10, 40, 20)));
-    EXPECT_GT([UCocoaDrawing measureText:@"A" font:mFont].width, 0);
+    [UCocoaDrawing drawText:@"A" withColor:nil font:mFont atPoint:CPoint::ZeroPos];
+    [UCocoaDrawing drawText:nil withColor:nil font:nil inRect:DRect{0, 0, 50, 50}];
     {
         CCocoaDrawing drawing(kHeight);
         drawing.Save();
         drawing.Restore();
-        for (const bool fills : {true, false}) {
-            drawing.LineTo(0, 0);
-            drawing.ArcTo(10, 10, 5, 0, 360);
-            fills ? drawing.Fill(kRedPaint, false) : drawing.Stroke({});
-        }
+        drawing.ArcTo(10, 10, 5, 0, 360);
+        drawing.Fill(kRedPaint, false);
         drawing.LineTo(0, 0);
+        drawing.Stroke({});
         drawing.Clip();
         drawing.DrawText("A", 0, 0, {});
-        double width = 1;
-        double height = 1;
-        drawing.MeasureText("A", {}, width, height);
-        EXPECT_EQ(width + height, 0);
     }
     [NSGraphicsContext setCurrentContext:context];
     [context release];
@@ -343,45 +289,25 @@ TEST_F(CocoaDrawing, TheCoresSurfaceShowsWhatAPictureFileShows)
     for (const bool isFlipped : {false, true}) {
         EXPECT_EQ(DrawOnSurface(draw, isFlipped).Differences(file), 0) << isFlipped;
     }
-    // GNUstep draws dashes a third longer than asked for, so they are compared with their like: they scale, too.
-    const auto dashed = [](double scale) {
-        return DrawOnSurface([=](CDrawing& drawing) {
-            drawing.Scale(scale);
-            drawing.MoveTo(0, 20 / scale);
-            drawing.LineTo(120 / scale, 20 / scale);
-            drawing.Stroke(
-                {.paint = kRedPaint, .width = 4 / scale, .dash = {12 / scale, 6 / scale}, .dashOffset = 4 / scale});
-        });
-    };
-    EXPECT_EQ(dashed(2).pixels, dashed(1).pixels);
-    // Transform and clip are gone with the surface.
-    EXPECT_EQ(Draw([&] {
-                  {
-                      CCocoaDrawing drawing(kHeight);
-                      drawing.Clip();
-                  }
-                  Fill([UCocoaDrawing pathForDRect:DRect{10, 20, 30, 60}]);
-              }).Box(),
-              (tBox{20, 10, 60, 30}));
 }
 
 TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
 {
     const tTextLook look = {
         .font = [[mFont fontName] UTF8String], .size = 20, .paint = kRedPaint, .haloPaint = kBluePaint};
-    const auto text = [&](const char* string, const tTextLook& with, bool isFlipped = false) {
-        return DrawOnSurface([&](CDrawing& drawing) { drawing.DrawText(string, 10, 20, with); }, isFlipped);
+    const auto text = [](const tTextLook& with, bool isFlipped = false) {
+        return DrawOnSurface([&](CDrawing& drawing) { drawing.DrawText("Lg", 10, 20, with); }, isFlipped);
     };
     const NSSize size = [UCocoaDrawing measureText:@"Lg" font:mFont];
     const tPicture upright = Draw([&] {
         [UCocoaDrawing drawText:@"Lg" withColor:[NSColor redColor] font:mFont atPoint:CPoint(10, 60 - size.height, 0)];
     });
     ASSERT_GT(upright.Count(kRed), 20);
-    EXPECT_EQ(text("Lg", look).Differences(upright), 0);
-    EXPECT_EQ(text("Lg", look, true).Differences(upright), 0);
+    EXPECT_EQ(text(look).Differences(upright), 0);
+    EXPECT_EQ(text(look, true).Differences(upright), 0);
     tTextLook missing = look;
     missing.font = "No Such Font";
-    EXPECT_EQ(text("Lg", missing).Differences(upright), 0); // the system font in its place
+    EXPECT_EQ(text(missing).Differences(upright), 0); // the system font in its place
 
     // Turned by 90 degrees the text runs down, its top to the right.
     const tBox turned = DrawOnSurface([&](CDrawing& drawing) {
@@ -392,20 +318,14 @@ TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
                         }).Box();
     const int halfWidth = static_cast<int>(size.width / 2);
     const int halfHeight = static_cast<int>(size.height / 2);
-    EXPECT_TRUE(turned.IsInside(tBox{60 - halfHeight, 70 - halfWidth, 60, 70}.Grown(1))) << turned;
+    EXPECT_TRUE(turned.IsInside(tBox{60 - halfHeight, 70 - halfWidth, 60, 70}.Grown(1)));
     EXPECT_GT(turned.top - turned.bottom, halfWidth * 0.7);
-
-    double width = 0;
-    double height = 0;
-    DrawOnSurface([&](CDrawing& drawing) { drawing.MeasureText("Lg", look, width, height); });
-    EXPECT_EQ(std::pair(width, height), std::pair(size.width, size.height));
 
     // A halo is around the letters and leaves them as they are.
     tTextLook haloed = look;
     haloed.halo = 2;
-    const tPicture halo = text("Lg", haloed);
+    const tPicture halo = text(haloed);
     EXPECT_GE(halo.Count(kRed), upright.Count(kRed));
     EXPECT_GT(halo.Count(kBlue), 100);
-    EXPECT_TRUE(halo.Box().IsInside(upright.Box().Grown(3))) << halo.Box() << " around " << upright.Box();
-    EXPECT_TRUE(upright.Box().Grown(1).IsInside(halo.Box())) << halo.Box() << " around " << upright.Box();
+    EXPECT_TRUE(halo.Box().IsInside(upright.Box().Grown(3)) && upright.Box().Grown(1).IsInside(halo.Box()));
 }

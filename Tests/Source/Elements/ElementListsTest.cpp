@@ -5,7 +5,6 @@
 #include "Source/Elements/Elements.h"
 #include "Source/Geometry/Shapes.h"
 #include "UnitLength/URailConstants.h"
-#include "support/Fatal.h"
 
 #include <algorithm>
 #include <climits>
@@ -52,38 +51,6 @@ TEST(UElementInspector, KindsOfElements)
     }
 }
 
-TEST(UElementInspector, ThreeNamesForAPolygonAndAWarningEachTime)
-{
-    CReports reports;
-    const tElement polygon = NewElement(kPolyType);
-    EXPECT_TRUE(UElementInspector::IsPolyElement(polygon.get()));
-    EXPECT_TRUE(UElementInspector::IsLineElement(polygon.get()));
-    EXPECT_TRUE(UElementInspector::IsRectElement(polygon.get()));
-    std::vector<std::string> warnings;
-    for (const char* name : {"IsPolyElement", "IsLineElement", "IsRectElement"}) {
-        warnings.push_back(std::string("static bool UElementInspector::") + name +
-                           "(const CCompositeGeometry *): Need replacement for SetPolySubType!");
-    }
-    EXPECT_EQ(TakeWarnings(reports), warnings);
-}
-
-TEST(UElementInspector, LooksBehindTheFirstComponent)
-{
-    CCompositeGeometry element;
-    element.AppendBIG(NewComponent(kTextType));
-    element.AppendBIG(NewComponent(kStraightType));
-    EXPECT_TRUE(UElementInspector::IsTextElement(&element) && UElementInspector::IsStraightTrack(&element));
-    element.AppendBIG(NewComponent(kFlexTrackType));
-    EXPECT_TRUE(UElementInspector::HasFlexComponent(&element));
-    EXPECT_FALSE(UElementInspector::IsFlexElement(&element) || UElementInspector::IsStraightTrack(&element));
-    CJoint partner;
-    element.GetBIGAtIndex(1)->GetJoint(1)->ConnectToJoint(&partner);
-    EXPECT_FALSE(UElementInspector::IsConnected(&element)) << "that joint is not allowed";
-    partner.DisconnectJoint();
-    element.GetBIGAtIndex(1)->GetJoint(0)->ConnectToJoint(&partner);
-    EXPECT_TRUE(UElementInspector::IsConnected(&element));
-}
-
 TEST(UElementVectorOperations, FiltersAndFinds)
 {
     CLayer layer("x");
@@ -105,9 +72,6 @@ TEST(UElementVectorOperations, FiltersAndFinds)
     EXPECT_THAT(out, ElementsAre(all[1], all[3]));
     EXPECT_EQ(UElementVectorOperations::FindElement(all, "F"), all[1]);
     EXPECT_EQ(UElementVectorOperations::FindElement(all, "f"), nullptr);
-    out = {nullptr};
-    ExpectFatal({{"DeleteItemVector(.|\n)*Invalid CCompositeGeometry items",
-                  [&] { UElementVectorOperations::DeleteItemVector(out); }}});
 }
 
 TEST(UElementVectorOperations, Sums)
@@ -139,24 +103,6 @@ TEST(UElementVectorOperations, Sums)
     EXPECT_NEAR(UElementVectorOperations::GetElementVectorRailLength(Pointers(owned), 1),
                 200.5 + 437.5 * 22.5 * M_PI / 180.0, kTolerance);
     EXPECT_EQ(UElementVectorOperations::GetNumberOfJoints(Pointers(owned)), 2) << "the allowed ones";
-    EXPECT_FALSE(UElementVectorOperations::IsAdjustableLineWidth(Pointers(owned)));
-    EXPECT_FALSE(UElementVectorOperations::IsAdjustableLineWidth({}));
-}
-
-TEST(UElementVectorOperations, ALocationIsUnobstructedUnlessSomethingLiesThere)
-{
-    CCompositeGeometry element;
-    element.SetPosition(500, 0);
-    for (const double x : {499.9985, 499.9995, 500.0005, 500.0015}) {
-        for (const double y : {-0.0015, -0.0005, 0.0005, 0.0015}) {
-            CCompositeGeometry far;
-            CCompositeGeometry near; // whatever its height
-            near.SetPosition(x, y);
-            near.SetZPosition(50);
-            EXPECT_EQ(UElementVectorOperations::IsLocationUnobstructed({&far, &element}, {&near}),
-                      std::fabs(x - 500) > 0.001 || std::fabs(y) > 0.001);
-        }
-    }
 }
 
 TEST(UElementVectorOperations, AttributesOfAll)
@@ -173,10 +119,6 @@ TEST(UElementVectorOperations, AttributesOfAll)
     CPoint centre(1, 2, 3);
     UElementVectorOperations::GetElementVectorCenter({all[0], all[2]}, centre);
     ExpectSamePlace(centre, CPoint(114, 20.25, 3)); // circles of radius 12.5 at offset (1.5, -2.25)
-    const int before = CJoint::sNumHiLiteJoints;
-    owned[1]->GetBIGAtIndex(0)->GetJoint(1)->SetFlag(4);
-    UElementVectorOperations::ResetJointFlags(all);
-    EXPECT_EQ(CJoint::sNumHiLiteJoints, before) << "only what was marked";
 }
 
 TEST(CMissingLayoutFontsDoctor, ListsEachMissingFontOnce)

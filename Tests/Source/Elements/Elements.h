@@ -7,19 +7,16 @@
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
-#include "Common/Reports.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
 using tElement = std::unique_ptr<CCompositeGeometry>;
 using tBytes = std::vector<unsigned char>;
-using tFile = std::unique_ptr<FILE, int (*)(FILE*)>;
 
 constexpr int kAllTypes[] = {kStraightType, kCurveType, kPolyType, kTextType, kOvalType, kFlexTrackType};
 
@@ -74,16 +71,39 @@ inline tElement NewElement(int type, const char* name = "-", const char* library
     return element;
 }
 
+/// An element with a value of its own in every field that is stored or copied.
+inline tElement FullElement(int type, CLayer* layer)
+{
+    tElement element = NewElement(type, ("A" + std::to_string(type)).c_str(), "Alpha");
+    element->SetDescription("Curve 22.5");
+    element->SetManufacturer("Maker");
+    element->SetPrefix("P");
+    tLibraryItemAttributes& library = element->GetLibraryItemAttributes();
+    library.libraryNumber = 11;
+    library.price = -12;
+    library.currency = 13;
+    library.modelScale = 14;
+    library.libraryFlag = true;
+    element->GetLayoutItemAttributes() = {element->GetUniqueID(),
+                                          {1, 2, 3},
+                                          {4, 5, 6},
+                                          false,
+                                          false,
+                                          true,
+                                          -15,
+                                          {1.25, 2.25, 3.25},
+                                          {4.25, 5.25, 6.25},
+                                          33.5,
+                                          CGradeVector({1, 2, 0}, {100, 50, 0}, 7.5),
+                                          layer};
+    return element;
+}
+
 inline tElement NewText(const char* text, const char* font = "Futura")
 {
     tElement element = NewElement(kTextType);
     static_cast<CTextBIG*>(element->GetBIGAtIndex(0))->SpecifyTextGeometry(text, font, 24);
     return element;
-}
-
-inline tFile NewFile()
-{
-    return {tmpfile(), &fclose};
 }
 
 /// Borrowed pointers, as the operations on vectors take them.
@@ -94,17 +114,4 @@ inline std::vector<CCompositeGeometry*> Pointers(const std::vector<tElement>& el
         pointers.push_back(element.get());
     }
     return pointers;
-}
-
-/// The warnings that were seen since the last call.
-inline std::vector<std::string> TakeWarnings(CReports& reports)
-{
-    std::vector<std::string> texts;
-    for (const auto& [level, text] : reports.mMessages) {
-        if (level == Platform::eReportLevel::kWarning) {
-            texts.push_back(text);
-        }
-    }
-    reports.mMessages.clear();
-    return texts;
 }

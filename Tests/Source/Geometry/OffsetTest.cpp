@@ -136,31 +136,6 @@ TEST(Offset, KeepsItsDistanceAndNeverCrossesItself)
     }
 }
 
-TEST(Offset, ACourseIsWalkedByItsLength)
-{
-    CRandomShapes random(32);
-    for (int i = 0; i < 30; ++i) {
-        SCOPED_TRACE(i);
-        const auto track = RandomComponent(random, kFlexTrackType);
-        tCourse course;
-        static_cast<CFlexTrackBIG&>(*track).DefineCourse(random.Between(-360, 360), 20, course);
-        const double length = track->GetTrackLength();
-        ASSERT_NEAR(course.back().length / length, 1.0, 1e-5);
-        // In equal steps along it, every chord is as long as the step, but for the bend.
-        const double step = length / 5000.0;
-        tCoursePoint last = UTrackCourse::AtLength(course, -1.0);
-        double walked = 0.0;
-        for (int k = 1; k <= 5000; ++k) {
-            const tCoursePoint at = UTrackCourse::AtLength(course, step * k);
-            const double chord = std::hypot(at.point.x - last.point.x, at.point.y - last.point.y);
-            EXPECT_LE(chord, step * 1.05 + 1e-3);
-            walked += chord;
-            last = at;
-        }
-        EXPECT_NEAR(walked / length, 1.0, 1e-3);
-    }
-}
-
 TEST(Offset, HostileCurvesGiveFewAndFinitePoints)
 {
     CRandomShapes random(33);
@@ -173,11 +148,9 @@ TEST(Offset, HostileCurvesGiveFewAndFinitePoints)
     const struct {
         const char* what;
         std::vector<CPoint> points;
-    } cases[] = {{"none", {}},
-                 {"nearly one spot", random.Points(10000, 1e-9)},
+    } cases[] = {{"nearly one spot", random.Points(10000, 1e-9)},
                  {"a scribble", random.Points(10000, 30)},
                  {"as far as documents reach", random.Points(10000, 2147483647.0)},
-                 {"there and back", {{0, 0, 0}, {100, 0, 0}, {0, 0, 0}, {100, 0, 0}}},
                  {"a circle of the distance", circle},
                  {"a hairpin", {{0, 0, 0}, {300, 0, 0}, {301, 1, 0}, {300, 2, 0}, {0, 2, 0}}},
                  {"not finite", mixed},

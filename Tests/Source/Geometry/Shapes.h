@@ -18,17 +18,18 @@
 /// Documents keep seven decimals, so lengths (mm) and angles (degrees) agree to this.
 constexpr double kTolerance = 1e-6;
 
-/// Numbers, and points within `reach` of the origin.
+/// Random points as well.
 class CRandomShapes : public CRandom {
 public:
     using CRandom::CRandom;
-
+    virtual ~CRandomShapes() = default;
+    virtual double Between(double low, double high) { return CRandom::Between(low, high); }
     CPoint Point(double reach) { return {Between(-reach, reach), Between(-reach, reach), Between(-reach, reach)}; }
     std::vector<CPoint> Points(int count, double reach)
     {
-        std::vector<CPoint> points;
-        for (int i = 0; i < count; ++i) {
-            points.emplace_back(Between(-reach, reach), Between(-reach, reach), 0.0);
+        std::vector<CPoint> points(static_cast<size_t>(count));
+        for (CPoint& point : points) {
+            point = {Between(-reach, reach), Between(-reach, reach), 0.0};
         }
         return points;
     }

@@ -9,6 +9,9 @@
 
 #include <png.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -33,11 +36,9 @@ public:
                 mBytes.clear();
             }
         }
+        png_image_free(&mImage);
         EXPECT_FALSE(mBytes.empty()) << "no picture: " << mImage.message;
     }
-    ~CPixels() { png_image_free(&mImage); }
-    CPixels(const CPixels&) = delete;
-    CPixels& operator=(const CPixels&) = delete;
 
     int Width() const { return static_cast<int>(mImage.width); }
     int Height() const { return static_cast<int>(mImage.height); }
@@ -49,6 +50,15 @@ public:
         }
         const size_t at = 4 * (static_cast<size_t>(y) * mImage.width + static_cast<size_t>(x));
         return {mBytes[at], mBytes[at + 1], mBytes[at + 2], mBytes[at + 3]};
+    }
+
+    /// Calls visit(x, y, pixel).
+    template <typename tVisit>
+    void ForEach(tVisit visit) const
+    {
+        for (int i = 0; i < Width() * Height(); ++i) {
+            visit(i % Width(), i / Width(), At(i % Width(), i / Width()));
+        }
     }
 
 private:
@@ -69,20 +79,14 @@ inline bool PinFonts()
     return std::filesystem::exists(fonts + "/DejaVuSans.ttf");
 }
 
-struct CTestPlan {
-    CBoundLayout layout;
-};
-
 /// Draws a layout. @param renderer  also tells where things are in the picture
 inline std::string DrawPicture(CLayoutRenderer& renderer, Platform::ePictureFormat format)
 {
     const auto picture = Platform::BeginPicture(format, renderer.GetWidth(), renderer.GetHeight());
     std::string bytes;
-    if (picture == nullptr) {
-        ADD_FAILURE() << renderer.GetWidth() << " x " << renderer.GetHeight();
-        return bytes;
+    if (picture != nullptr) {
+        renderer.Draw(*picture);
     }
-    renderer.Draw(*picture);
-    EXPECT_TRUE(picture->Finish(bytes));
+    EXPECT_TRUE(picture != nullptr && picture->Finish(bytes));
     return bytes;
 }

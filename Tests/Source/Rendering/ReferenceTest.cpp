@@ -1,6 +1,7 @@
 // The sample layouts, compared with pictures that somebody has looked at. With VELMORA_WRITE_PICTURES set the test
 // writes them anew: look at them before they are committed.
 #include "Pictures.h"
+#include "support/Files.h"
 
 namespace {
 /// Pixels whose colour may differ by more than kSlight, of a thousand: what another version of the drawing library or
@@ -25,13 +26,13 @@ constexpr tReference kReferences[] = {
 
 void Compare(const tReference& reference)
 {
-    CTestPlan plan;
-    ASSERT_EQ(plan.layout.Load(std::string(SOURCE_FOLDER "/Samples/") + reference.layout + ".velmora"), 0);
+    CBoundLayout layout;
+    ASSERT_EQ(layout.Load(std::string(SOURCE_FOLDER "/Samples/") + reference.layout + ".velmora"), 0);
     tPictureOptions options;
     options.width = options.height = reference.width;
     options.trackStyle = reference.style;
     options.hasLabels = options.hasGrid = reference.isLabelled;
-    CLayoutRenderer renderer(plan.layout, options);
+    CLayoutRenderer renderer(layout, options);
     const std::string drawn = DrawPicture(renderer, Platform::ePictureFormat::kPNG);
     const std::string path = std::string(TEST_DATA "/pictures/") + reference.picture + ".png";
     if (getenv("VELMORA_WRITE_PICTURES") != nullptr) {
@@ -42,15 +43,12 @@ void Compare(const tReference& reference)
     ASSERT_EQ(now.Width(), before.Width());
     ASSERT_EQ(now.Height(), before.Height());
     int different = 0;
-    for (int y = 0; y < now.Height(); ++y) {
-        for (int x = 0; x < now.Width(); ++x) {
-            const tPixel one = now.At(x, y);
-            const tPixel other = before.At(x, y);
-            const int most = std::max({std::abs(one.red - other.red), std::abs(one.green - other.green),
-                                       std::abs(one.blue - other.blue), std::abs(one.alpha - other.alpha)});
-            different += most > kSlight ? 1 : 0;
-        }
-    }
+    now.ForEach([&](int x, int y, const tPixel& one) {
+        const tPixel other = before.At(x, y);
+        const int most = std::max({std::abs(one.red - other.red), std::abs(one.green - other.green),
+                                   std::abs(one.blue - other.blue), std::abs(one.alpha - other.alpha)});
+        different += most > kSlight ? 1 : 0;
+    });
     EXPECT_LE(different * 1000LL, static_cast<long long>(now.Width()) * now.Height() * kMostDifferent) << different;
 }
 } // namespace
