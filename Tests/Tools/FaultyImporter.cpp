@@ -10,12 +10,6 @@
 /// The worker's end of the socket pair, of which a plug-in should know nothing.
 static constexpr int kHostSocket = 3;
 
-static CFStringRef MakeString(const std::string& text)
-{
-    return CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(text.data()),
-                                   static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8, false);
-}
-
 static std::string ReadFrom(int descriptor)
 {
     char text[64] = {};
@@ -38,15 +32,10 @@ static std::string ReadDocument(CFStringRef path)
     return ReadFrom(slash != nullptr ? atoi(slash + 1) : -1);
 }
 
-static bool Write(int descriptor, const std::string& bytes)
-{
-    return write(descriptor, bytes.data(), bytes.size()) > 0;
-}
-
 static void Flood(int descriptor)
 {
     const std::string block(size_t{1} << 20, 'x');
-    for (int i = 0; i < 64 && Write(descriptor, block); ++i) {
+    for (int i = 0; i < 64 && write(descriptor, block.data(), block.size()) > 0; ++i) {
     }
 }
 
@@ -54,11 +43,9 @@ static void Flood(int descriptor)
 static void Eat()
 {
     for (size_t block = 0; block < 100000; ++block) {
-        void* memory = malloc(size_t{1} << 20);
-        if (memory == nullptr) {
-            return;
+        if (void* memory = malloc(size_t{1} << 20); memory != nullptr) {
+            memset(memory, static_cast<int>(block), size_t{1} << 20);
         }
-        memset(memory, static_cast<int>(block), size_t{1} << 20);
     }
 }
 
@@ -83,7 +70,6 @@ static const struct {
                       }
                   }},
                  {"throw", [](auto) { throw std::runtime_error("on demand"); }},
-                 {"garbage", [](auto) { Write(kHostSocket, "what a strange answer"); }},
                  {"flood the host", [](auto) { Flood(kHostSocket); }},
                  {"memory", [](auto) { Eat(); }},
                  {"flood the streams", [](auto) { Flood(STDOUT_FILENO), Flood(STDERR_FILENO); }},
@@ -97,7 +83,9 @@ Boolean GetMetadataForFile(void*, CFMutableDictionaryRef attributes, CFStringRef
             misdeed.act(attributes);
         }
     }
-    const CFStringRef value = MakeString(text == "look around" ? LookAround() : text);
+    const std::string said = text == "look around" ? LookAround() : text;
+    const CFStringRef value = CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(said.data()),
+                                                      static_cast<CFIndex>(said.size()), kCFStringEncodingUTF8, false);
     CFDictionarySetValue(attributes, kMDItemDescription, value);
     CFRelease(value);
     return true;

@@ -1,50 +1,9 @@
+// What output is made of; the writers are tested with the commands.
 #include "output/CProgress.h"
-#include "output/CRecordWriter.h"
+#include "output/CTable.h"
 #include "output/Escapes.h"
 
-#include <algorithm>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-#include <unistd.h>
-
-/// What a writer makes of records.
-template <typename tMake>
-static std::string Written(tMake make, const std::vector<std::pair<std::string, tAnswer>>& records)
-{
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    COutput output(ends[1]);
-    const std::unique_ptr<CRecordWriter> writer = make(output);
-    writer->Begin();
-    for (const auto& [path, answer] : records) {
-        writer->Write(path, answer);
-    }
-    writer->End();
-    EXPECT_TRUE(output.Flush());
-    close(ends[1]);
-    std::string text(65536, '\0');
-    const ssize_t count = read(ends[0], text.data(), text.size());
-    close(ends[0]);
-    text.resize(count > 0 ? static_cast<size_t>(count) : 0);
-    return text;
-}
-
-static tAnswer MakeAttributes(std::vector<tAttribute> attributes)
-{
-    tAnswer answer;
-    answer.ok = true;
-    answer.attributes = std::move(attributes);
-    return answer;
-}
-
-static tAnswer ElementFailure()
-{
-    tAnswer answer = MakeFailure(eFailure::kLoader, "element 2 is damaged");
-    answer.failure.loaderCode = 4;
-    answer.failure.element = 2;
-    return answer;
-}
 
 TEST(Escapes, MakeTextsHarmless)
 {
@@ -67,72 +26,13 @@ TEST(Escapes, MakeTextsHarmless)
         EXPECT_EQ(Escapes::ForXML(c.text), c.forXML);
     }
     EXPECT_EQ(Escapes::ForTerminal("a\xFF"), "a\\xFF");
-    EXPECT_EQ(Escapes::Base64("fo"), "Zm8=");
     EXPECT_EQ(Escapes::Base64("\xFF\xFE\xFD"), "//79");
     std::string bytes;
-    for (const char* text : {"", "f", "fo", "\xFF\xFE\xFD"}) {
-        EXPECT_TRUE(Escapes::FromBase64(Escapes::Base64(text), bytes));
-        EXPECT_EQ(bytes, text);
-    }
+    EXPECT_TRUE(Escapes::FromBase64("Zm8=", bytes));
+    EXPECT_EQ(bytes, "fo");
     for (const char* wrong : {"Z", "Zg", "Zg=", "Zh==", "Z===", "====", "Zm 8", "Zg==Zg=="}) {
         EXPECT_FALSE(Escapes::FromBase64(wrong, bytes)) << wrong;
     }
-}
-
-TEST(Writers, TextIsForPeople)
-{
-    const tAnswer answer = MakeAttributes({{"kMDItemAuthors", true, {"A", "B"}},
-                                           {"kMDItemDescription", false, {"x\x1B[2J\ny"}},
-                                           {"kMDItemLayerNames", true, {}},
-                                           {"other\n", false, {"z"}}});
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(Written(MakeTextWriter, {{"p\nq", answer}, {"failed\t", ElementFailure()}}),
-              "p\\nq\n  Author:       A, B\n  Description:  x\\x1B[2J\\ny\n  Layers:\n  other\\n:      z\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "velmora: failed\\t: element 2 is damaged\n");
-}
-
-TEST(Writers, JSONIsALineForEveryInput)
-{
-    std::string everyControl;
-    for (char c = 0; c < 0x20; ++c) {
-        everyControl.push_back(c);
-    }
-    const tAnswer answer = MakeAttributes(
-        {{"kMDItemAuthors", true, {"\u00C4"}}, {"kMDItemDescription", false, {everyControl + "\x7F\"\\\u2028"}}});
-    const std::string text =
-        Written(MakeJSONWriter,
-                {{"a\nb", answer}, {"\xFFz", ElementFailure()}, {"t", MakeFailure(eFailure::kTimeout, "late")}});
-    std::istringstream lines(text);
-    std::vector<nlohmann::ordered_json> records;
-    for (std::string line; std::getline(lines, line);) {
-        records.push_back(nlohmann::ordered_json::parse(line));
-    }
-    ASSERT_EQ(records.size(), 3U);
-    EXPECT_EQ(records[0]["path"], "a\nb");
-    EXPECT_EQ(records[0]["attributes"]["kMDItemDescription"], everyControl + "\x7F\"\\\u2028");
-    EXPECT_EQ(records[1].dump(), R"({"path":")"
-                                 "\uFFFD"
-                                 R"(z","path_base64":"/3o=","ok":false,)"
-                                 R"("error":{"code":4,"element":2,"message":"element 2 is damaged"}})");
-    EXPECT_EQ(records[2].dump(), R"({"path":"t","ok":false,"error":{"code":"timeout","message":"late"}})");
-}
-
-TEST(Writers, PropertyListIsOneDocument)
-{
-    const tAnswer answer =
-        MakeAttributes({{"kMDItemLayerNames", true, {"a<b\r", ""}}, {"empty", true, {}}, {"d", false, {"\1x"}}});
-    std::string text = Written(MakePropertyListWriter,
-                               {{"p", answer}, {"\2", ElementFailure()}, {"m", MakeFailure(eFailure::kMemory, "&")}});
-    text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\n' || c == '\t'; }), text.end());
-    EXPECT_EQ(text.substr(text.find("<array>")),
-              "<array><dict><key>path</key><string>p</string><key>ok</key><true/><key>attributes</key>"
-              "<dict><key>kMDItemLayerNames</key><array><string>a&lt;b&#13;</string><string></string></array>"
-              "<key>empty</key><array/><key>d</key><string>x</string></dict></dict>"
-              "<dict><key>path</key><string></string><key>path_base64</key><string>Ag==</string>"
-              "<key>ok</key><false/><key>error</key><dict><key>code</key><integer>4</integer><key>element</key>"
-              "<integer>2</integer><key>message</key><string>element 2 is damaged</string></dict></dict>"
-              "<dict><key>path</key><string>m</string><key>ok</key><false/><key>error</key><dict><key>code</key>"
-              "<string>memory</string><key>message</key><string>&amp;</string></dict></dict></array></plist>");
 }
 
 TEST(Progress, FitsTheTerminal)
@@ -141,7 +41,18 @@ TEST(Progress, FitsTheTerminal)
     EXPECT_EQ(CProgress::FormatBar(known, 2, 200),
               "[#####...............] 250/1000 documents, 125/s, 0:06 left, 3 failed  /home/me/\\x1B[2J/Gr??n.velmora");
     EXPECT_EQ(CProgress::FormatBar(known, 2, 82).size(), 82U);
-    EXPECT_EQ(CProgress::FormatBar(known, 2, 10), "[#####....");
     // A total that was counted before more documents came is none.
     EXPECT_EQ(CProgress::FormatBar({250, 0, 200, ""}, 5000, 80), "250 documents, 0/s");
+}
+
+TEST(Table, GuardsEachKindOfReader)
+{
+    CTable table({{"Name"}, {"Count", true}});
+    table.AddRow({"=1+1", "-3"});
+    table.AddRow({"a \"b\", c\n", "12"});
+    table.AddRow({"<ü>", "7"});
+    EXPECT_EQ(table.ToCSV(), "Name,Count\r\n'=1+1,-3\r\n\"a \"\"b\"\", c\n\",12\r\n<ü>,7\r\n");
+    EXPECT_NE(table.ToCSV(true).find("\"a \"\"b\"\", c\\n\",12\r\n"), std::string::npos);
+    EXPECT_EQ(table.ToText(), "Name        Count\n=1+1           -3\na \"b\", c\\n     12\n<ü>             7\n");
+    EXPECT_NE(table.ToHTML().find("<tr><td>&lt;ü&gt;</td><td class=\"number\">7</td></tr>"), std::string::npos);
 }

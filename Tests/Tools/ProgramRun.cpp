@@ -2,11 +2,11 @@
 
 #include "support/DocumentBuilder.h"
 
+#include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,10 +54,17 @@ tProgramResult RunProgram(const tProgramRun& run)
     // Inputs of tests fit into a pipe.
     EXPECT_EQ(write(in[1], run.input.data(), run.input.size()), static_cast<ssize_t>(run.input.size()));
     close(in[1]);
+    using tClock = std::chrono::steady_clock;
+    const tClock::time_point due = tClock::now() + run.signalAfter;
+    bool isDue = run.signal != 0;
     pollfd waits[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
     std::string* texts[2] = {&result.out, &result.err};
     while (waits[0].fd >= 0 || waits[1].fd >= 0) {
-        poll(waits, 2, -1);
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(due - tClock::now()).count();
+        if (poll(waits, 2, isDue ? static_cast<int>(std::max<int64_t>(left, 0)) : -1) == 0) {
+            kill(process, run.signal);
+            isDue = false;
+        }
         for (int i = 0; i < 2; ++i) {
             if (waits[i].fd < 0 || waits[i].revents == 0) {
                 continue;
@@ -80,13 +87,25 @@ tProgramResult RunProgram(const tProgramRun& run)
     return result;
 }
 
-tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input)
+tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input,
+                          const std::vector<std::string>& environment)
 {
     tProgramRun run;
     run.arguments = std::move(arguments);
     run.arguments.insert(run.arguments.begin(), BUILD_FOLDER "/velmora");
     run.input = input;
+    run.environment = environment;
     return RunProgram(run);
+}
+
+std::vector<nlohmann::ordered_json> ParseLines(const std::string& text)
+{
+    std::vector<nlohmann::ordered_json> records;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        records.push_back(nlohmann::ordered_json::parse(line, nullptr, false));
+    }
+    return records;
 }
 
 std::string MakeLayout(const std::string& description, unsigned layers, unsigned elements)

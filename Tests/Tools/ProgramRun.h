@@ -3,7 +3,9 @@
 
 #include "support/Files.h"
 
+#include <chrono>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,8 @@ struct tProgramRun {
     bool emptyEnvironment = false;
     std::vector<std::string> environment; ///< NAME=VALUE, added
     std::string folder;                   ///< where it runs; empty for here
+    int signal = 0;                       ///< sent to it when it has run for that long
+    std::chrono::nanoseconds signalAfter = {};
     /// Called with the process and what it has printed so far, whenever there is more. False: close the reading end.
     std::function<bool(int process, const std::string& out)> onOutput;
 };
@@ -26,8 +30,12 @@ struct tProgramRun {
 /// Runs a program to its end.
 tProgramResult RunProgram(const tProgramRun& run);
 
-/// Runs the built host with these arguments.
-tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input = {});
+/// Runs the built host with these arguments, and this added to the environment.
+tProgramResult RunVelmora(std::vector<std::string> arguments, const std::string& input = {},
+                          const std::vector<std::string>& environment = {});
+
+/// The records of an output with one in each line.
+std::vector<nlohmann::ordered_json> ParseLines(const std::string& text);
 
 /// The bytes of a layout of version 5 without groups.
 /// @param description  Mac OS Roman

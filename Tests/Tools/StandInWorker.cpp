@@ -56,13 +56,13 @@ static void Send(eFrameKind kind, uint32_t sequence, std::string_view payload)
     SendFrame(sSocket, kind, sequence, payload);
 }
 
-static void SendReport(uint32_t sequence, const std::string& report)
+static std::string MakeReport(const std::string& report)
 {
     tAnswer answer;
     answer.ok = true;
     answer.verb = eVerb::kCheck;
     answer.report = report;
-    Send(eFrameKind::kAnswer, sequence, Encode(answer));
+    return Encode(answer);
 }
 
 /// What a document may ask for. Whoever comes back from there waits to be ended for nonsense.
@@ -115,27 +115,26 @@ static const std::map<std::string, std::function<void(const tFrame&, uint32_t)>>
          }
      }},
     {"answer and die", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, sGood), _exit(0); }},
-    {"wrong verb", [](auto&, auto number) { SendReport(number, "{}"); }}};
+    {"wrong verb", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, MakeReport("{}")); }}};
 
-/// What is answered, well or not, with the process at the next request afterwards.
-static const std::map<std::string, std::function<void(uint32_t)>> kAnswers = {
-    {"answer twice",
-     [](auto number) { Send(eFrameKind::kAnswer, number, sGood), Send(eFrameKind::kAnswer, number, sGood); }},
-    {"long", [](auto number) { Send(eFrameKind::kAnswer, number, Encode(MakeAnswer(std::string(3000000, 'y')))); }},
+/// Answers other than the document's text.
+static const std::map<std::string, std::function<std::string()>> kAnswers = {
+    {"long", [] { return Encode(MakeAnswer(std::string(3000000, 'y'))); }},
+    {"grow",
+     [] {
+         static const std::string sMemory(size_t{160} << 20, 'x');
+         return Encode(MakeAnswer(sMemory.substr(0, 1)));
+     }},
     {"limits",
-     [](auto number) { // its number, and the hard limit of its processor time
+     [] { // its number, and the hard limit of its processor time
          rlimit limit = {};
          getrlimit(RLIMIT_CPU, &limit);
-         Send(eFrameKind::kAnswer, number,
-              Encode(MakeAnswer(std::to_string(getpid()) + " " + std::to_string(limit.rlim_max))));
+         return Encode(MakeAnswer(std::to_string(getpid()) + " " + std::to_string(limit.rlim_max)));
      }},
-    {"nested report",
-     [](auto number) { SendReport(number, "{\"findings\":" + Repeat("[", 100000) + Repeat("]", 100000) + "}"); }},
-    {"report of many values",
-     [](auto number) { SendReport(number, "{\"findings\":[" + Repeat("{},", 1000000) + "1]}"); }},
-    {"long report", [](auto number) { SendReport(number, "{\"kind\":\"" + std::string(5000000, 'x') + "\"}"); }},
-    {"strange report",
-     [](auto number) { SendReport(number, "{\"kind\":\"\\u001B[31m\",\"findings\":5,\"reader\":[1]}"); }}};
+    {"nested report", [] { return MakeReport("{\"findings\":" + Repeat("[", 100000) + Repeat("]", 100000) + "}"); }},
+    {"report of many values", [] { return MakeReport("{\"findings\":[" + Repeat("{},", 1000000) + "1]}"); }},
+    {"long report", [] { return MakeReport("{\"kind\":\"" + std::string(5000000, 'x') + "\"}"); }},
+    {"strange report", [] { return MakeReport("{\"kind\":\"\\u001B[31m\",\"findings\":5,\"reader\":[1]}"); }}};
 
 int main(int argc, char** argv)
 {
@@ -165,10 +164,12 @@ int main(int argc, char** argv)
         if (const auto misdeed = kMisdeeds.find(document); misdeed != kMisdeeds.end()) {
             misdeed->second(frame, frame.sequence);
             std::this_thread::sleep_for(std::chrono::hours(1));
-        } else if (const auto answer = kAnswers.find(document); answer != kAnswers.end()) {
-            answer->second(frame.sequence);
-        } else {
-            SendFrame(sSocket, eFrameKind::kAnswer, frame.sequence, Encode(MakeAnswer(document)));
+        }
+        const auto answer = kAnswers.find(document);
+        const std::string payload = answer != kAnswers.end() ? answer->second() : Encode(MakeAnswer(document));
+        Send(eFrameKind::kAnswer, frame.sequence, payload);
+        if (document == "answer twice") {
+            Send(eFrameKind::kAnswer, frame.sequence, payload);
         }
     }
 }

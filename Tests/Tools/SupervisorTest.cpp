@@ -7,19 +7,11 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <set>
 
 static CDescriptor OpenDocument(const std::string& text)
 {
-    const std::string path = std::string(getenv("TEST_FOLDER")) + "/document";
-    WriteFile(path, text);
-    CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    unlink(path.c_str());
-    return file;
+    return CDescriptor(open(WriteTestFile("document", text).c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 static tAnswer Ask(CWorkerPool& pool, const std::string& document)
@@ -34,38 +26,32 @@ static tAnswer Ask(CWorkerPool& pool, const std::string& document)
     return answer;
 }
 
-struct tMisbehaviour {
-    std::string command;
-    eFailure kind;
-    const char* message; ///< part of it
-};
-
-static std::vector<tMisbehaviour> ListMisbehaviours()
-{
-    std::vector<tMisbehaviour> list = {{"crash", eFailure::kCrash, "signal 11"},
-                                       {"exit 0", eFailure::kCrash, "without an answer (status 0)"},
-                                       {"exit 3", eFailure::kCrash, "without an answer (status 3)"},
-                                       {"hang", eFailure::kTimeout, "within 0.5 seconds"},
-                                       {"close and hang", eFailure::kCrash, "without an answer"},
-                                       {"fatal", eFailure::kCrash, "Layer list is null"},
-                                       {"memory", eFailure::kMemory, "memory"},
-                                       {"half a header", eFailure::kCrash, "without an answer"},
-                                       {"half an answer", eFailure::kTimeout, "seconds"}};
-    for (const char* command : {"wrong magic", "unknown kind", "greeting", "request", "wrong sequence", "too long",
-                                "cut", "longer", "bad UTF-8", "wrong verb", "descriptor", "flood", "flood bytes"}) {
-        list.push_back({command, eFailure::kCrash, "out of form"});
-    }
-    return list;
-}
-
 TEST(Supervisor, ReportsEveryMisbehaviourForThatDocumentAlone)
 {
+    struct tMisbehaviour {
+        const char* command;
+        eFailure kind;
+        const char* message; ///< part of it
+    };
+    std::vector<tMisbehaviour> cases = {{"crash", eFailure::kCrash, "signal 11"},
+                                        {"exit 0", eFailure::kCrash, "without an answer (status 0)"},
+                                        {"exit 3", eFailure::kCrash, "without an answer (status 3)"},
+                                        {"hang", eFailure::kTimeout, "within 0.5 seconds"},
+                                        {"close and hang", eFailure::kCrash, "without an answer"},
+                                        {"fatal", eFailure::kCrash, "Layer list is null"},
+                                        {"memory", eFailure::kMemory, "memory"},
+                                        {"half a header", eFailure::kCrash, "without an answer"},
+                                        {"half an answer", eFailure::kTimeout, "seconds"}};
+    for (const char* command : {"wrong magic", "unknown kind", "greeting", "request", "wrong sequence", "too long",
+                                "cut", "longer", "bad UTF-8", "wrong verb", "descriptor", "flood", "flood bytes"}) {
+        cases.push_back({command, eFailure::kCrash, "out of form"});
+    }
     CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 0.5, 1);
-    for (const tMisbehaviour& c : ListMisbehaviours()) {
+    for (const tMisbehaviour& c : cases) {
         SCOPED_TRACE(c.command);
         const tAnswer answer = Ask(pool, c.command);
         EXPECT_FALSE(answer.ok);
-        if (c.command != "flood bytes") { // which may be late
+        if (strcmp(c.command, "flood bytes") != 0) { // which may be late
             EXPECT_EQ(answer.failure.kind, c.kind);
             EXPECT_NE(answer.failure.message.find(c.message), std::string::npos) << answer.failure.message;
         }
@@ -92,9 +78,8 @@ TEST(Supervisor, DoesNotBlameADocumentForWhatCameBefore)
 TEST(Supervisor, TellsADocumentThatIsWrittenToFromAFault)
 {
     CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 5, 1);
-    const std::string path = WriteTestFile("changing", std::string("exit 3\0", 7));
-    pool.Submit(1, {eVerb::kImport, "type"}, CDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)));
-    std::ofstream(path, std::ios::app) << "more";
+    pool.Submit(1, {eVerb::kImport, "type"}, OpenDocument(std::string("exit 3\0", 7)));
+    std::ofstream(TestPath("document"), std::ios::app) << "more";
     uint64_t ticket = 0;
     tAnswer answer;
     EXPECT_EQ(pool.Collect(ticket, answer), CWorkerPool::eResult::kDone);
@@ -133,23 +118,31 @@ TEST(Supervisor, RenewsAWorkerBeforeItsLastProcessorTime)
 }
 #endif
 
+TEST(Supervisor, RenewsAWorkerThatGrows)
+{
+    CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 60, 1);
+    const std::string process = Ask(pool, "limits").attributes.at(0).texts.at(0);
+    EXPECT_TRUE(Ask(pool, "grow").ok);
+    std::string after = process;
+    for (int i = 0; i < 200 && after == process; ++i) {
+        after = Ask(pool, "limits").attributes.at(0).texts.at(0);
+    }
+    EXPECT_NE(after, process);
+}
+
 TEST(Supervisor, SaysWhyNoWorkerCanBeHad)
 {
-    const struct {
-        const char* program;
-        const char* plugIn;
-        const char* message;
-    } cases[] = {{STAND_IN_WORKER, "/refuses", "the plug-in is of another kind"},
-                 {STAND_IN_WORKER, "/dies", "(status 5)"},
-                 {STAND_IN_WORKER, "/killed", "is killed as it starts"},
-                 {"/nonexistent", "/plug-in", "cannot be started: No such file"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.message);
-        CWorkerPool pool({c.program, c.plugIn, 64}, 5, 1);
+    const std::pair<tWorkerSettings, const char*> cases[] = {
+        {{STAND_IN_WORKER, "/refuses", 64}, "the plug-in is of another kind"},
+        {{STAND_IN_WORKER, "/dies", 64}, "(status 5)"},
+        {{STAND_IN_WORKER, "/killed", 64}, "is killed as it starts"},
+        {{"/nonexistent", "/plug-in", 64}, "cannot be started: No such file"}};
+    for (const auto& [settings, message] : cases) {
+        CWorkerPool pool(settings, 5, 1);
         tFailure failure;
         ASSERT_EQ(pool.WaitUntilReady(failure), CWorkerPool::eResult::kFailed);
         EXPECT_EQ(failure.kind, eFailure::kPlugIn);
-        EXPECT_NE(failure.message.find(c.message), std::string::npos) << failure.message;
+        EXPECT_NE(failure.message.find(message), std::string::npos) << failure.message;
         EXPECT_EQ(Ask(pool, "anything").failure.kind, eFailure::kPlugIn);
     }
 }
@@ -204,36 +197,6 @@ TEST(DocumentRun, LosesNothingWhenWorkersAreKilled)
     EXPECT_GE(killed, 10U); // fewer than 40: at times none is running
 }
 
-TEST(DocumentRun, AsksWhatIsWantedAndKeepsTheOrder)
-{
-    const std::vector<std::string> texts = {"hang", "one", "exit 0", "two", "three", "four"};
-    CDocumentSource source({WriteDocuments("wanted", texts), "missing"});
-    CWorkerPool pool({STAND_IN_WORKER, "/plug-in", 64}, 0.5, 2);
-    CDocumentRun run(source, pool, {eVerb::kImport, "type"});
-    tRunHandlers handlers;
-    std::vector<std::string> answers;
-    handlers.isWanted = [](const tInput& input) {
-        EXPECT_FALSE(input.document.IsOpen());
-        EXPECT_GT(input.status.modified, 0);
-        return input.status.size != 5; // "three"
-    };
-    handlers.isWantedOpen = [](tInput& input) {
-        char text[16] = {};
-        EXPECT_GT(pread(input.document.Get(), text, sizeof text - 1, 0), 0);
-        input.note = std::string("note ") + text;
-        return strcmp(text, "four") != 0;
-    };
-    handlers.take = [&](const tInput& input, const tAnswer& answer) {
-        answers.push_back(answer.ok ? answer.attributes.at(0).texts.at(0) + ", " + input.note
-                                    : FailureCode(answer.failure));
-        return true;
-    };
-    EXPECT_EQ(run.Run(handlers), CDocumentRun::eResult::kDone);
-    EXPECT_EQ(answers, (std::vector<std::string>{"timeout", "one, note one", "crash", "two, note two", "1"}));
-    EXPECT_EQ(run.GetCounts().skipped, 2U);
-    EXPECT_EQ(run.GetCounts().CountFailed(), 3U);
-}
-
 TEST(DocumentRun, DoesNotPileUpAnswersBehindASlowDocument)
 {
     std::vector<std::string> texts(80, "long"); // answers of 3 MB
@@ -257,139 +220,76 @@ TEST(DocumentRun, DoesNotPileUpAnswersBehindASlowDocument)
 /// The host with the real worker, and an importer that does what the document says.
 TEST(FaultyPlugIn, IsReportedForEachDocumentAndLosesNone)
 {
-    const struct {
-        const char* text;
-        const char* code;    ///< empty: it answers
-        const char* message; ///< part of it
-    } cases[] = {
-        {"crash", "crash", "signal 11"},
-        {"exit", "crash", "without an answer (status 0)"},
-        {"hang", "timeout", "within 1 seconds"},
-        {"throw", "crash", "raised an exception"},
-        {"garbage", "crash", "out of form"},
-        {"flood the host", "crash", "out of form"},
+    // What the document makes the plug-in do, and the code of its failure; none where it answers.
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"crash", "crash"},
+        {"exit", "crash"},
+        {"hang", "timeout"},
+        {"throw", "crash"},
+        {"flood the host", "crash"},
 #if !defined(__SANITIZE_ADDRESS__) // no limit can be set there
-        {"memory", "memory", "did not suffice"},
+        {"memory", "memory"},
 #endif
-        {"flood the streams", "", ""},
-        {"strange values", "", ""}
+        {"flood the streams", ""},
+        {"strange values", ""}
     };
     std::vector<std::string> texts;
     for (const auto& c : cases) {
         texts.insert(texts.end(), 20, "good");
-        texts.emplace_back(c.text);
+        texts.push_back(c.first);
     }
     const tProgramResult result =
         RunVelmora({"import", "-q", "--jobs", "4", "--timeout", "1", "--memory", "64", "--format", "json", "--plugin",
                     FAULTY_PLUG_IN, WriteDocuments("faulty", texts)});
     EXPECT_EQ(result.err, "");
-    std::istringstream lines(result.out);
-    size_t count = 0;
-    for (std::string line; std::getline(lines, line) && count < texts.size(); ++count) {
-        SCOPED_TRACE(texts[count] + ": " + line);
-        const auto record = nlohmann::json::parse(line);
-        const auto& c = cases[count / 21];
-        if (count % 21 < 20 || *c.code == '\0') {
-            EXPECT_EQ(record["attributes"]["kMDItemDescription"], texts[count]);
+    const auto records = ParseLines(result.out);
+    ASSERT_EQ(records.size(), texts.size());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        const auto& record = records[i];
+        SCOPED_TRACE(record);
+        const std::string code = i % 21 < 20 ? "" : cases[i / 21].second;
+        if (code.empty()) {
+            EXPECT_EQ(record["attributes"]["kMDItemDescription"], texts[i]);
         } else {
-            EXPECT_EQ(record["error"]["code"], c.code);
-#if !defined(__SANITIZE_ADDRESS__) // which answers a fault with an exit
-            EXPECT_NE(record["error"]["message"].get<std::string>().find(c.message), std::string::npos);
-#endif
+            EXPECT_EQ(record["error"]["code"], code);
         }
     }
-    EXPECT_EQ(count, texts.size());
 }
 
 TEST(FaultyPlugIn, FindsNothingOfTheCallers)
 {
-    const std::string folder = MakeFolder("open");
-    WriteFile(folder + "/secret", "secret");
-    WriteFile(folder + "/look.velmora", "look around");
+    const std::string look = WriteTestFile("look.velmora", "look around");
     tProgramRun run;
-    run.arguments = {"/bin/sh",
-                     "-c",
-                     "exec 9<\"$0\"; exec \"$@\"",
-                     folder + "/secret",
-                     BUILD_FOLDER "/velmora",
-                     "import",
-                     "--plugin",
-                     FAULTY_PLUG_IN,
-                     "--raw",
-                     "-n",
-                     "kMDItemDescription",
-                     folder + "/look.velmora"};
     run.environment = {"SECRET=secret"};
-    EXPECT_EQ(RunProgram(run).out, "");
-    run.arguments[4] = "/bin/cat"; // which can read it
-    run.arguments.resize(5);
-    run.arguments.emplace_back("/proc/self/fd/9");
-    EXPECT_EQ(RunProgram(run).out, "secret");
+    for (const char* program : {"/bin/cat /proc/self/fd/9", // which can read it
+                                "\"$1\" import --plugin \"$2\" --raw -n kMDItemDescription \"$3\""}) {
+        const std::string line = std::string("exec 9<\"$0\"; exec ") + program;
+        run.arguments = {"/bin/sh",      "-c", line, WriteTestFile("secret", "secret"), BUILD_FOLDER "/velmora",
+                         FAULTY_PLUG_IN, look};
+        EXPECT_EQ(RunProgram(run).out, program[0] == '/' ? "secret" : "");
+    }
 }
 
-/// A copy of the host whose worker is the stand-in.
-class HostWithStandIn : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        mFolder = MakeFolder("host");
-        mHost = mFolder + "/velmora";
-        std::filesystem::copy_file(BUILD_FOLDER "/velmora", mHost);
-        std::filesystem::copy_file(STAND_IN_WORKER, mFolder + "/velmora-worker");
-        std::filesystem::create_directory(mFolder + "/" + Importer::kBundleName);
-    }
-
-    std::string Document(const std::string& text)
-    {
-        std::string path = mFolder + "/" + std::to_string(mDocuments++) + ".velmora";
-        WriteFile(path, text);
-        return path;
-    }
-
-    std::string mFolder;
-    std::string mHost;
-    int mDocuments = 0;
-};
-
-TEST_F(HostWithStandIn, PrintsOneRecordForEveryInputInOrder)
+/// A copy of the host whose worker is the stand-in. @return its path
+static std::string MakeHostWithStandIn()
 {
-    tProgramRun run;
-    run.arguments = {mHost, "import", "-q", "--jobs", "4", "--format", "json", "--timeout", "0.5"};
-    std::vector<std::string> expected;
-    for (const tMisbehaviour& c : ListMisbehaviours()) {
-        if (c.command == "flood bytes") {
-            continue;
-        }
-        run.arguments.push_back(Document(c.command));
-        expected.emplace_back(c.kind == eFailure::kTimeout  ? "timeout"
-                              : c.kind == eFailure::kMemory ? "memory"
-                                                            : "crash");
-        run.arguments.push_back(Document("good"));
-        expected.emplace_back("ok");
-    }
-    const tProgramResult result = RunProgram(run);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "");
-    std::vector<std::string> outcomes;
-    std::istringstream lines(result.out);
-    for (std::string line; std::getline(lines, line);) {
-        const auto record = nlohmann::json::parse(line);
-        EXPECT_EQ(record["path"], run.arguments.at(9 + outcomes.size()));
-        outcomes.push_back(record["ok"] ? "ok" : record["error"]["code"]);
-    }
-    EXPECT_EQ(outcomes, expected);
+    const std::string folder = MakeFolder("host");
+    std::filesystem::copy_file(BUILD_FOLDER "/velmora", folder + "/velmora");
+    std::filesystem::copy_file(STAND_IN_WORKER, folder + "/velmora-worker");
+    std::filesystem::create_directory(folder + "/" + Importer::kBundleName);
+    return folder + "/velmora";
 }
 
-TEST_F(HostWithStandIn, ReadsNoReportThatItsDocumentCannotExplain)
+TEST(HostWithStandIn, ReadsNoReportThatItsDocumentCannotExplain)
 {
     tProgramRun run;
-    run.arguments = {mHost, "check"};
+    run.arguments = {MakeHostWithStandIn(), "check"};
     std::string expected;
     for (const char* command : {"nested report", "report of many values", "long report"}) {
-        run.arguments.push_back(Document(command));
+        run.arguments.push_back(WriteTestFile(command, command));
         expected += "velmora: " + run.arguments.back() + ": the worker process answered out of form\n";
     }
-    run.arguments.push_back(Document("strange report"));
+    run.arguments.push_back(WriteTestFile("strange report", "strange report"));
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, expected);
@@ -397,27 +297,34 @@ TEST_F(HostWithStandIn, ReadsNoReportThatItsDocumentCannotExplain)
 }
 
 #if !defined(__SANITIZE_ADDRESS__) // no limit can be set there
-TEST_F(HostWithStandIn, OutlivesAnswersThatItHasNoMemoryFor)
+TEST(HostWithStandIn, OutlivesAnswersThatItHasNoMemoryFor)
 {
-    const std::string large = Document("flood bytes");
+    const std::string large = WriteTestFile("large", "flood bytes");
     std::filesystem::resize_file(large, 5000000); // for such a document the answer is not too long
     tProgramRun run;
-    run.arguments = {"/bin/sh", "-c",  "ulimit -v 300000; exec \"$0\" import --format json -j1 \"$@\"",
-                     mHost,     large, Document("good")};
+    run.arguments = {"/bin/sh",
+                     "-c",
+                     "ulimit -v 300000; exec \"$0\" import --format json -j1 \"$@\"",
+                     MakeHostWithStandIn(),
+                     large,
+                     WriteTestFile("good", "good")};
     const tProgramResult result = RunProgram(run);
     EXPECT_NE(result.out.find("\"code\":\"memory\""), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("\"kMDItemDescription\":\"good\""), std::string::npos) << result.out;
 }
 #endif
 
-TEST_F(HostWithStandIn, EndsCleanlyWhenInterrupted)
+TEST(HostWithStandIn, EndsCleanlyWhenInterrupted)
 {
-    for (const char* format : {"json", "plist"}) {
+    for (const std::string format : {"json", "plist"}) {
         tProgramRun run;
-        run.arguments = {mHost, "import", "--timeout", "60", "--format", format};
-        for (const char* text : {"first", "second", "hang", "never"}) {
-            run.arguments.push_back(Document(text));
-        }
+        run.arguments = {MakeHostWithStandIn(),
+                         "import",
+                         "--timeout",
+                         "60",
+                         "--format",
+                         format,
+                         WriteDocuments("interrupted", {"first", "second", "hang", "never"})};
         bool sent = false;
         run.onOutput = [&](int process, const std::string& out) {
             if (!sent && out.find("second") != std::string::npos) {
@@ -432,17 +339,15 @@ TEST_F(HostWithStandIn, EndsCleanlyWhenInterrupted)
         EXPECT_EQ(result.err.rfind("velmora: 2 imported in ", 0), 0U) << result.err;
         EXPECT_EQ(result.out.find("never"), std::string::npos);
         EXPECT_EQ(result.out.find("hang"), std::string::npos);
-        const std::string end = result.out.substr(result.out.size() - 10);
-        EXPECT_NE(end.find(std::string(format) == "json" ? "}}\n" : "</plist>\n"), std::string::npos) << end;
+        EXPECT_TRUE(result.out.ends_with(format == "json" ? "}}\n" : "</plist>\n")) << result.out;
     }
 }
 
-TEST_F(HostWithStandIn, EndsQuietlyWhenNobodyReads)
+TEST(HostWithStandIn, EndsQuietlyWhenNobodyReads)
 {
     tProgramRun run;
-    run.arguments = {mHost, "import", "--format", "json"};
-    const std::string path = Document("long");
-    run.arguments.insert(run.arguments.end(), 20, path);
+    run.arguments = {MakeHostWithStandIn(), "import", "--format", "json"};
+    run.arguments.insert(run.arguments.end(), 20, WriteTestFile("long", "long"));
     run.onOutput = [](int, const std::string&) { return false; };
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.status, 0);
