@@ -172,7 +172,7 @@ TEST_F(CStockFile, CutOrChangedFilesNeitherCrashNorMakeThingsUp)
         std::string changed = whole;
         for (int change = 0; change < 3; ++change) {
             changed[static_cast<size_t>(random.Below(static_cast<int>(whole.size())))] =
-                random.Bool() ? static_cast<char>(random.Next()) : "<>&;/!'"[random.Below(7)];
+                random.Bool() ? static_cast<char>(random()) : "<>&;/!'"[random.Below(7)];
         }
         Load(changed);
         for (const std::string& entry : Entries(mStock)) {
