@@ -62,6 +62,9 @@ TEST(Messages, ComeBackAsTheyWereOrAreRefused)
             }
         }
     }
+    tAnswer code = MakeFailure(eFailure::kCrash, "a code that only loaders give");
+    code.failure.loaderCode = 4;
+    EXPECT_FALSE(Decode(Encode(code), code));
     tRequest wish = {eVerb::kRender, "com.example.type"};
     wish.picture = {ePictureKind::kPDF, 640, 480, true, false, true, "plan", {"one", "two"}};
     const std::string encoded = Encode(wish);
@@ -140,8 +143,11 @@ TEST(FrameReader, PutsFramesTogetherHoweverTheyArrive)
     ASSERT_EQ(pipe(file), 0);
     const CDescriptor one(file[0]);
     const CDescriptor other(file[1]);
+    ASSERT_TRUE(SendFrame(sender.Get(), eFrameKind::kRequest, 1, "y"));
     ASSERT_TRUE(SendFrame(sender.Get(), eFrameKind::kRequest, 2, {}, one.Get()));
     ASSERT_TRUE(SendFrame(sender.Get(), eFrameKind::kRequest, 3, "x"));
+    ASSERT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kFrame);
+    EXPECT_FALSE(frame.descriptor.IsOpen()) << "that is the next one's";
     ASSERT_EQ(ReadAll(reader, frame), CFrameReader::eResult::kFrame);
     EXPECT_EQ(frame.payload, "");
     ASSERT_TRUE(frame.descriptor.IsOpen());

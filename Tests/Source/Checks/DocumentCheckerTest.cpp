@@ -10,6 +10,7 @@
 #include "Layers/CLayerManager.h"
 #include "Layouts/CLayout.h"
 #include "Layouts/Groups/UGroups.h"
+#include "support/DocumentBuilder.h"
 #include "support/Files.h"
 
 #include <gtest/gtest.h>
@@ -189,6 +190,19 @@ TEST(CDocumentChecker, SaysWhatReadersPassOver)
         EXPECT_EQ(finding.key, 217);
     }
     EXPECT_EQ(oddities[2].element, 3);
+
+    const auto checkWith = [&](int key, const std::string& replacement) { // with another record in that one's place
+        tBytes changed = sound;
+        const tPlace place = *placeOf(key);
+        changed.erase(changed.begin() + static_cast<long>(place.begin), changed.begin() + static_cast<long>(place.end));
+        changed.insert(changed.begin() + static_cast<long>(place.begin), replacement.begin(), replacement.end());
+        return check(changed);
+    };
+    EXPECT_NE(checkWith(407, CRecords().Text(407, std::string(32, 'x')).Bytes()).find("readers keep 31"),
+              std::string::npos);
+    EXPECT_EQ(checkWith(407, CRecords().Text(407, std::string(31, 'x')).Bytes()), "");
+    EXPECT_NE(checkWith(200, CRecords().Record(200, Bytes32(0) + Bytes32(10000000)).Bytes()).find("no number"),
+              std::string::npos);
 
     tBytes badIndex = sound;
     badIndex[placeOf(425)->begin + 3 * 8 + 7] = 99; // the first group's first element
