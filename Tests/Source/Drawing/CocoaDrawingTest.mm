@@ -168,16 +168,6 @@ TEST_F(CocoaDrawing, PathsLieWhereTheirPointsAndTheContextAre)
               (tBox{16, 50, 20, 70}));
 }
 
-TEST_F(CocoaDrawing, TextFillsItsMeasuredBox)
-{
-    const NSSize size = [UCocoaDrawing measureText:@"Hig" font:mFont];
-    const tPicture text = Draw(
-        [&] { [UCocoaDrawing drawText:@"Hig" withColor:[NSColor redColor] font:mFont atPoint:CPoint(10, 30, 0)]; });
-    const tBox box = {10, 30, 10 + static_cast<int>(size.width), 30 + static_cast<int>(size.height)};
-    EXPECT_TRUE(text.Box().IsInside(box.Grown(1)));
-    EXPECT_GT(text.Box().right - text.Box().left, size.width * 0.8);
-}
-
 TEST_F(CocoaDrawing, WithoutAContextNothingIsDrawn)
 {
     NSGraphicsContext* const context = [[NSGraphicsContext currentContext] retain];
@@ -293,8 +283,7 @@ TEST_F(CocoaDrawing, TheCoresSurfaceShowsWhatAPictureFileShows)
 
 TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
 {
-    const tTextLook look = {
-        .font = [[mFont fontName] UTF8String], .size = 20, .paint = kRedPaint, .haloPaint = kBluePaint};
+    const tTextLook look = {.font = [[mFont fontName] UTF8String], .size = 20, .paint = kRedPaint};
     const auto text = [](const tTextLook& with, bool isFlipped = false) {
         return DrawOnSurface([&](CDrawing& drawing) { drawing.DrawText("Lg", 10, 20, with); }, isFlipped);
     };
@@ -320,12 +309,4 @@ TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
     const int halfHeight = static_cast<int>(size.height / 2);
     EXPECT_TRUE(turned.IsInside(tBox{60 - halfHeight, 70 - halfWidth, 60, 70}.Grown(1)));
     EXPECT_GT(turned.top - turned.bottom, halfWidth * 0.7);
-
-    // A halo is around the letters and leaves them as they are.
-    tTextLook haloed = look;
-    haloed.halo = 2;
-    const tPicture halo = text(haloed);
-    EXPECT_GE(halo.Count(kRed), upright.Count(kRed));
-    EXPECT_GT(halo.Count(kBlue), 100);
-    EXPECT_TRUE(halo.Box().IsInside(upright.Box().Grown(3)) && upright.Box().Grown(1).IsInside(halo.Box()));
 }

@@ -1,7 +1,6 @@
 #include "Elements/Utilities/CMissingLayoutFontsDoctor.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementVectorOperations.h"
-#include "Layers/CLayer.h"
 #include "Source/Elements/Elements.h"
 #include "Source/Geometry/Shapes.h"
 #include "UnitLength/URailConstants.h"
@@ -51,29 +50,6 @@ TEST(UElementInspector, KindsOfElements)
     }
 }
 
-TEST(UElementVectorOperations, FiltersAndFinds)
-{
-    CLayer layer("x");
-    std::vector<tElement> owned;
-    owned.push_back(NewText("a"));
-    owned.push_back(NewElement(kFlexTrackType, "F"));
-    owned.push_back(NewElement(kFlexTrackType, "LF", "Alpha"));
-    owned.push_back(NewElement(kTextType, "F", "Alpha"));
-    owned[1]->SetLayer(&layer);
-    owned[3]->SetLayer(&layer);
-    const auto all = Pointers(owned);
-    std::vector<CCompositeGeometry*> out = {nullptr};
-    UElementVectorOperations::GetAllTextElements(all, out);
-    EXPECT_THAT(out, ElementsAre(all[0], all[3]));
-    UElementVectorOperations::GetAllGenericFlextracks(all, out);
-    EXPECT_THAT(out, ElementsAre(all[1]));
-    out = all;
-    UElementVectorOperations::GetAllElementsForLayer(out, &layer, out); // into itself
-    EXPECT_THAT(out, ElementsAre(all[1], all[3]));
-    EXPECT_EQ(UElementVectorOperations::FindElement(all, "F"), all[1]);
-    EXPECT_EQ(UElementVectorOperations::FindElement(all, "f"), nullptr);
-}
-
 TEST(UElementVectorOperations, Sums)
 {
     std::vector<tElement> owned;
@@ -103,22 +79,6 @@ TEST(UElementVectorOperations, Sums)
     EXPECT_NEAR(UElementVectorOperations::GetElementVectorRailLength(Pointers(owned), 1),
                 200.5 + 437.5 * 22.5 * M_PI / 180.0, kTolerance);
     EXPECT_EQ(UElementVectorOperations::GetNumberOfJoints(Pointers(owned)), 2) << "the allowed ones";
-}
-
-TEST(UElementVectorOperations, AttributesOfAll)
-{
-    std::vector<tElement> owned;
-    for (const int zOrder : {5, -3, 5}) {
-        owned.push_back(NewElement(kOvalType));
-        owned.back()->SetZOrder(zOrder);
-        owned.back()->SetPosition(static_cast<double>(50 * owned.size()), 10);
-    }
-    const auto all = Pointers(owned);
-    EXPECT_EQ(UElementVectorOperations::FindElementWithMinZOrder(all), all[1]);
-    EXPECT_EQ(UElementVectorOperations::FindElementWithMaxZOrder(all), all[0]) << "the first of the highest";
-    CPoint centre(1, 2, 3);
-    UElementVectorOperations::GetElementVectorCenter({all[0], all[2]}, centre);
-    ExpectSamePlace(centre, CPoint(114, 20.25, 3)); // circles of radius 12.5 at offset (1.5, -2.25)
 }
 
 TEST(CMissingLayoutFontsDoctor, ListsEachMissingFontOnce)

@@ -40,7 +40,7 @@ std::string Summary(const std::vector<tElement>& elements)
 }
 
 /// Elements of a few names and libraries, of every kind.
-std::vector<tElement> RandomElements(CRandomShapes& random, int count)
+std::vector<tElement> RandomElements(CRandom& random, int count)
 {
     static constexpr const char* kNames[] = {"A", "B7", "C22", "A1000", "C23", "-", "B8", "LongestOfAll"};
     static constexpr const char* kLibraries[] = {"-", "Alpha", "Beta", "Alpha 2"};
@@ -72,7 +72,7 @@ TEST(Statistics, ContentSummary)
 
 TEST(Statistics, UsageByLibraryAndByArticle)
 {
-    CRandomShapes random(41);
+    CRandom random(41);
     for (int round = 0; round < 30; ++round) {
         SCOPED_TRACE(round);
         const std::vector<tElement> elements = RandomElements(random, random.Below(60));
@@ -147,7 +147,7 @@ TEST(Statistics, RemainingStock)
 
 TEST(Statistics, OfALayoutFollowEveryChange)
 {
-    CRandomShapes random(42);
+    CRandom random(42);
     CLayout layout;
     const std::vector<tElement> elements = RandomElements(random, 200);
     for (int round = 0; round < 5; ++round) {

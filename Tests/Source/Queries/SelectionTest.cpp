@@ -1,5 +1,3 @@
-#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
-#include "BuildingBlocks/BasicGeometries/CTextBIG.h"
 #include "Elements/Utilities/UElementSelection.h"
 #include "Layers/CLayer.h"
 #include "Tracks.h"
@@ -84,44 +82,6 @@ TEST_F(SelectionOnLayers, FollowsConnections)
     EXPECT_THAT(SelectedNames(mAll), ElementsAre("1", "2", "7"));
     UElementSelection::SelectAllConnected(mTracks.Some({7, 0}), nullptr); // from the first selected one
     EXPECT_THAT(SelectedNames(mAll), ElementsAre("1", "2", "7"));
-}
-
-TEST(Selection, SelectsWhatIsSimilar)
-{
-    CTracks tracks;
-    const auto add = [&tracks](const char* name, const char* library, CBasicGeometry* component) {
-        CCompositeGeometry* element = tracks.Add(0);
-        element->SetName(name);
-        element->SetRailSetName(library);
-        element->AppendBIG(component);
-        return element;
-    };
-    CCompositeGeometry* straight = add("A", "Lib", new CStraightBIG);
-    CCompositeGeometry* drawn = add("A", "-", new CPolyBIG);
-    CCompositeGeometry* flex = add("F", "-", new CFlexTrackBIG);
-    add("T", "-", new CTextBIG)->GetLayoutItemAttributes().fillColor = {0, 0, 1};
-    CCompositeGeometry* house = add("H", "Lib", new CPolyBIG);
-    flex->SetModelScale(12);
-    house->SetManufacturer("Maker");
-
-    using U = UElementSelection;
-    const struct {
-        void (*select)(const CCompositeGeometry*, const tElements&);
-        CCompositeGeometry* like;
-        std::vector<std::string> selected; // besides T, which is selected already
-    } cases[] = {
-        {&U::SelectSameColor, house, {"A", "A", "F", "T", "H"}}, {&U::SelectSimilarManufacturer, house, {"T", "H"}},
-        {&U::SelectSimilarRailset, house, {"A", "T", "H"}},      {&U::SelectSimilarRailset, drawn, {"T"}},
-        {&U::SelectSimilarScale, straight, {"A", "T"}},          {&U::SelectSimilarDynTypes, house, {"A", "T"}},
-        {&U::SelectSimilar, straight, {"A", "A", "T"}},          {&U::SelectSimilar, flex, {"F", "T"}}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        SelectOnly(tracks.All(), {3});
-        c.select(c.like, tracks.All());
-        EXPECT_EQ(SelectedNames(tracks.All()), c.selected);
-    }
-    U::SelectTrackElements(tracks.All());
-    EXPECT_THAT(SelectedNames(tracks.All()), ElementsAre("A", "F", "T"));
 }
 
 TEST(Selection, FindsEndsAndGapsOfSections)
