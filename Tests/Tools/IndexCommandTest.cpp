@@ -64,7 +64,7 @@ static std::string Dump(const std::string& database)
 
 TEST(IndexCommand, FollowsItsDocuments)
 {
-    const std::string folder = MakeFolder("followed");
+    const std::string folder = MakeFolder("followed/documents");
     const std::string database = MakeFolder("followed-index") + "/deep/er/index.db";
     WriteFile(folder + "/a.velmora", MakeLayout("Hauptbahn \x8A")); // ä
     WriteFile(folder + "/sub/b\n\xFF.velmora", MakeLayout("Nebenbahn"));
