@@ -94,7 +94,7 @@ TEST_F(CLayoutJointsManagerRegister, SnapsEachJointOnceInAscendingX)
 
 TEST_F(CLayoutJointsManagerRegister, LeavesNoTwoThatFitApart)
 {
-    CRandomShapes random(61);
+    CRandom random(61);
     for (int i = 0; i < 400; ++i) {
         const bool ofTheLast = i % 3 == 1;
         Add({random.Below(40) * 0.25, random.Below(8) * 0.25, random.Below(3) * 0.4}, 90.0 * random.Below(4),
