@@ -116,21 +116,3 @@ TEST_F(CErrReports, WithoutLogsFolderTheEntryIsDroppedAndTheAlertShown)
     EXPECT_EQ(reports.mAlerts.size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(mFolder)) << "a report must not make folders";
 }
-
-TEST_F(CErrReports, LogMessagesReachTheObserverOnly)
-{
-    testing::internal::CaptureStderr();
-    {
-        CReports reports;
-        const std::string longText(5000, 'x');
-        ULog::Warn("%s: %d", "f", 1);
-        ULog::Info("%s", longText.c_str());
-        ULog::Debug("debug");
-        CErr::DebugPrint("print %c", 'x');
-        EXPECT_THAT(reports.mMessages,
-                    ElementsAre(Pair(eReportLevel::kWarning, "f: 1"), Pair(eReportLevel::kInfo, longText),
-                                Pair(eReportLevel::kDebug, "debug"), Pair(eReportLevel::kDebugPrint, "print x")));
-    }
-    ULog::Warn("nobody listens: %s", "x");
-    EXPECT_EQ(testing::internal::GetCapturedStderr() + Log(), "");
-}

@@ -30,43 +30,6 @@ TEST(CPoint, PositionAndDirection)
     EXPECT_NEAR(CPoint::ZeroPos.CalcAngle(CPoint(-0.01, -1, 0)), -89.99427, 1e-5) << "0.01 still counts as vertical";
 }
 
-TEST(CPoint, Rotation)
-{
-    CPoint p(3, 2, 5);
-    p.RotateX(1, 2, 90); // about (y, z)
-    ExpectAt(p, 3, -2, 3);
-    p.RotateY(1, 2, 90); // about (x, z)
-    ExpectAt(p, 0, -2, 4);
-    p.SetPos(3, 2, 5);
-    p.Rotate(CPoint(2, 2, 9), 90);
-    ExpectAt(p, 2, 3, 5);
-    p.RotateZ(p.y, p.x, 90); // a centre made of the point's own coordinates
-    ExpectAt(p, 2, 1, 5);
-}
-
-TEST(CRect, EdgesFollowTheSize)
-{
-    CRect rect(10, 20, 30, 40); // top, left, height, width
-    rect.SetRight(25);
-    rect.SetBottom(11);
-    rect.MoveBy(10, 20);
-    EXPECT_EQ(rect.GetRight(), 35);
-    EXPECT_EQ(rect.GetBottom(), 31);
-    EXPECT_EQ(CRect(Rect{10, 20, 30, 60}).GetWidth(), 40);
-    DRect edges;
-    UDRect::SetDRect(edges, 1, 2, 4, 8);
-    const CRect fromEdges(edges);
-    EXPECT_EQ(fromEdges.GetTop(), 2);
-    EXPECT_EQ(fromEdges.GetWidth(), 3);
-    ExpectAt(UDRect::Center(edges), 2.5, 5, 0);
-    edges = UDRect::CGRect2DRect(CGRectMake(1, 2, 3, 6));
-    UDRect::RotateDRect(edges, 90); // (1, 2) to (4, 8) comes to lie from (-8, 1) to (-2, 4)
-    EXPECT_NEAR(edges.left, -8, 1e-12);
-    UDRect::ZeroAlignDRect(edges);
-    EXPECT_NEAR(edges.right, 6, 1e-12);
-    EXPECT_NEAR(edges.bottom, 3, 1e-12);
-}
-
 TEST(CRect, Comparisons)
 {
     const CRect rect(0, 0, 10, 10);

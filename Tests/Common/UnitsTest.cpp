@@ -14,7 +14,6 @@ TEST(URailConstants, Scales)
         double ratio, gauge, railWidth, height, width;
     } cases[] = {
         {URailConstants::kScaleH0, "H0", "H0  (1:87)", 87, 16.5, 0.9, 65, 48},
-        {URailConstants::kScaleIIm, "IIm", "IIm  (1:22,5)", 22.5, 45, 1.3, 235, 184},
         {URailConstants::kScaleCustom, "Custom Scale", "Custom Scale", 1, 50, 5, 250, 200},
         {URailConstants::kScale00, "00", "00  (1:76)", 76, 16.5, 1.1, 87, 66},
         {INT_MIN, "???", "???", 1, 1, 1, 100, 100},

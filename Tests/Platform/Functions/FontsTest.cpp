@@ -133,12 +133,8 @@ TEST_F(Fonts, UnusualTextsAreMeasuredQuietly)
         EXPECT_GT(Measure("\u05D0\u05D1 \u202E\u200B\U0001F682").width, 0);
         // Far beyond what the text library can hold in one line.
         EXPECT_NEAR(Measure(std::string(70001, 'n'), 1000).width, letter * 70001 * 1000 / 12, letter * 1000);
-        EXPECT_NEAR(Measure(std::string(20000, '\n')).height, Measure("n").height * 20001, 1e-3);
         fflush(stderr);
         dup2(old, 2);
         EXPECT_EQ(ReadFile(log), "");
-        for (int i = 0; i < 10000; ++i) { // more texts than are remembered
-            ASSERT_DOUBLE_EQ(Measure("n" + std::to_string(10000 + i % 5000)).height, Measure("n").height);
-        }
     });
 }

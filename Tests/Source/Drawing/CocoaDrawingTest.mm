@@ -168,30 +168,6 @@ TEST_F(CocoaDrawing, PathsLieWhereTheirPointsAndTheContextAre)
               (tBox{16, 50, 20, 70}));
 }
 
-TEST_F(CocoaDrawing, WithoutAContextNothingIsDrawn)
-{
-    NSGraphicsContext* const context = [[NSGraphicsContext currentContext] retain];
-    [NSGraphicsContext setCurrentContext:nil];
-    [UCocoaDrawing shadowOn];
-    [UCocoaDrawing shadowOff];
-    [UCocoaDrawing rotateContextBy:30 aroundPoint:CPoint(1, 2, 3)];
-    [UCocoaDrawing drawText:@"A" withColor:nil font:mFont atPoint:CPoint::ZeroPos];
-    [UCocoaDrawing drawText:nil withColor:nil font:nil inRect:DRect{0, 0, 50, 50}];
-    {
-        CCocoaDrawing drawing(kHeight);
-        drawing.Save();
-        drawing.Restore();
-        drawing.ArcTo(10, 10, 5, 0, 360);
-        drawing.Fill(kRedPaint, false);
-        drawing.LineTo(0, 0);
-        drawing.Stroke({});
-        drawing.Clip();
-        drawing.DrawText("A", 0, 0, {});
-    }
-    [NSGraphicsContext setCurrentContext:context];
-    [context release];
-}
-
 namespace {
 tPicture DrawOnSurface(const std::function<void(CDrawing&)>& draw, bool isFlipped = false)
 {
@@ -297,16 +273,4 @@ TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
     tTextLook missing = look;
     missing.font = "No Such Font";
     EXPECT_EQ(text(missing).Differences(upright), 0); // the system font in its place
-
-    // Turned by 90 degrees the text runs down, its top to the right.
-    const tBox turned = DrawOnSurface([&](CDrawing& drawing) {
-                            drawing.Shift(60, 10);
-                            drawing.Turn(90);
-                            drawing.Scale(0.5);
-                            drawing.DrawText("Lg", 0, 0, look);
-                        }).Box();
-    const int halfWidth = static_cast<int>(size.width / 2);
-    const int halfHeight = static_cast<int>(size.height / 2);
-    EXPECT_TRUE(turned.IsInside(tBox{60 - halfHeight, 70 - halfWidth, 60, 70}.Grown(1)));
-    EXPECT_GT(turned.top - turned.bottom, halfWidth * 0.7);
 }

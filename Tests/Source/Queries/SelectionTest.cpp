@@ -61,17 +61,6 @@ TEST_F(SelectionOnLayers, SelectsNothingHiddenOrLocked)
     EXPECT_THAT(SelectedNames(mAll), ElementsAre("0", "1", "2", "5"));
     UElementSelection::UnselectAllInLayer(mAll, &mLocked); // unselecting may do that
     EXPECT_THAT(SelectedNames(mAll), ElementsAre("0", "1", "2"));
-
-    SelectOnly(mAll, {1, 2, 3});
-    int unselected = 9;
-    int selected = 9;
-    UElementSelection::InvertSelection(mAll, unselected, selected);
-    EXPECT_THAT(SelectedNames(mAll), ElementsAre("0", "7"));
-    EXPECT_EQ(unselected, 3);
-    EXPECT_EQ(selected, 2);
-    tElements out = mAll;
-    UElementSelection::GetUnselectedElements(out, out);
-    EXPECT_THAT(Names(out), ElementsAre("1", "2", "3", "4", "5", "6"));
 }
 
 TEST_F(SelectionOnLayers, FollowsConnections)

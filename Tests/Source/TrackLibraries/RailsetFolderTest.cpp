@@ -66,21 +66,6 @@ TEST(RailsetFolder, SaysWhatItRegisters)
     EXPECT_THAT(entries, ElementsAre(entry));
 }
 
-TEST(RailsetFolder, AnExternalLibraryIsTakenOnlyWhenItIsRegistered)
-{
-    const CLibraryFolder folder;
-    const std::string path = folder.Write("Lib", LibraryOf("M", {}, 12));
-    CRegistry registry;
-    EXPECT_EQ(registry.LoadExternalRailset(path), nullptr);
-    EXPECT_FALSE(registry.ContainsRailset("Lib"));
-    registry.InitializeWithPaths({path});
-    const tRSDiskEntry* const again = registry.LoadExternalRailset(path);
-    ASSERT_NE(again, nullptr);
-    EXPECT_NE(again, registry.GetRailsetEntry("Lib"));
-    folder.Write("Lib", "gone");
-    EXPECT_EQ(registry.LoadExternalRailset(path), nullptr);
-}
-
 TEST(RailsetFolder, ArticlesAreLookedForAtTheirManufacturerFirst)
 {
     const CLibraryFolder folder;

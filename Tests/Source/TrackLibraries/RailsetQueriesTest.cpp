@@ -1,5 +1,4 @@
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
-#include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
@@ -11,7 +10,6 @@
 #include <gtest/gtest.h>
 
 using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 class RailsetQueries : public testing::Test {
@@ -37,26 +35,10 @@ protected:
         curve->SpecifyCurveGeometry(0, 0, radius, arcAngle, 0, 16.5, 33, true, true);
         return curve;
     }
-    static CFlexTrackBIG* Flex()
-    {
-        auto* flex = new CFlexTrackBIG;
-        flex->SpecifyFlexGeometry(0, 0, {{0, 0, 0}, {100, 0, 0}}, 0, 33, 940);
-        return flex;
-    }
 
     CRailSet mLibrary{"/libraries/Lib"};
 };
 } // namespace
-
-TEST_F(RailsetQueries, CountsElementsWithTrack)
-{
-    Add("symbol", {new COvalBIG});
-    Add("one behind a symbol", {new COvalBIG, new CStraightBIG});
-    Add("flexible", {Flex()});
-    Add("turnout", {new CStraightBIG, Curve(360, 30)});
-    EXPECT_EQ(URailsetQueries::GetNumberOfTrackElements(&mLibrary), 3);
-    EXPECT_EQ(URailsetQueries::GetNumberOfSingleTrackElements(&mLibrary), 2);
-}
 
 TEST_F(RailsetQueries, RadiiAreListedOnce)
 {
@@ -79,25 +61,4 @@ TEST_F(RailsetQueries, RadiiAreListedOnce)
     EXPECT_THAT(radii, ElementsAre(360.0, 360.002, 437.5, 300.0, 600.0));
     EXPECT_EQ(texts.size(), 5u);
     EXPECT_EQ(texts.back(), "/libraries/Lib,  1:  23.62 \"");
-}
-
-TEST_F(RailsetQueries, CurvesAreDescribed)
-{
-    CCompositeGeometry* const first = AddCurve("2231", 438.0);
-    AddCurve("2231", 438.0); // the first of a text stays
-    CCompositeGeometry* const narrow = AddCurve("2221", 360.0, -22.46);
-    Add("turnout", {new CStraightBIG, Curve(500, 30)});
-    URailsetQueries::tElementMap elements;
-    URailsetQueries::GetDescriptiveMapOfCurvedTracksInLibrary(&mLibrary, UUnits::kFoot, elements);
-    EXPECT_THAT(elements, ElementsAre(Pair("Maker 2221 (R 1.18 Ft, -22.5)", narrow),
-                                      Pair("Maker 2231 (R 1.44 Ft, 30.0)", first)));
-}
-
-TEST_F(RailsetQueries, FlexibleTracksArePassedOver)
-{
-    Add("flexible", {Flex()});
-    Add("with a straight in front", {new CStraightBIG, Flex()});
-    URailsetQueries::tElementMap elements;
-    URailsetQueries::GetFlexTracks(&mLibrary, UUnits::kMillimetre, elements);
-    EXPECT_THAT(elements, testing::IsEmpty());
 }
