@@ -126,11 +126,13 @@ def find_places(faults):
 def plant(files, places, target):
     for path, spots in places.items():
         text = files[path]
-        spots.sort(key=lambda spot: spot[0], reverse=True)
-        for (start, end, fault), nearer in zip(spots, [None] + spots):
-            if nearer is not None and end > nearer[0]:
-                sys.exit("%s and %s overlap" % (fault.name, nearer[2].name))
-            text = text[:start] + fault.planted(text[start:end]) + text[end:]
+        spots.sort(key=lambda spot: (spot[0], -spot[1]))
+        while spots:  # from the last to the first; one may lie within another
+            start, end, fault = spots.pop()
+            planted = fault.planted(text[start:end])
+            text = text[:start] + planted + text[end:]
+            spots = [(first, last + len(planted) - (end - start) if last >= end else last, other)
+                     for first, last, other in spots]
         file = target / path
         marked = SWITCH + text
         if path.endswith(".h"):  # the guard stays the first line
