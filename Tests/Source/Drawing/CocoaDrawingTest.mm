@@ -26,7 +26,6 @@ constexpr int kWidth = 120;
 constexpr int kHeight = 80;
 constexpr unsigned kWhite = 0xFFFFFF;
 constexpr unsigned kRed = 0xFF0000;
-constexpr unsigned kBlue = 0x0000FF;
 constexpr tPaint kRedPaint = {1.0, 0.0, 0.0, 1.0};
 constexpr tPaint kBluePaint = {0.0, 0.0, 1.0, 1.0};
 
@@ -259,7 +258,8 @@ TEST_F(CocoaDrawing, TheCoresSurfaceShowsWhatAPictureFileShows)
 
 TEST_F(CocoaDrawing, TextOnTheCoresSurfaceStandsUpright)
 {
-    const tTextLook look = {.font = [[mFont fontName] UTF8String], .size = 20, .paint = kRedPaint};
+    const tTextLook look = {
+        .font = [[mFont fontName] UTF8String], .size = 20, .paint = kRedPaint, .haloPaint = kBluePaint};
     const auto text = [](const tTextLook& with, bool isFlipped = false) {
         return DrawOnSurface([&](CDrawing& drawing) { drawing.DrawText("Lg", 10, 20, with); }, isFlipped);
     };
