@@ -47,7 +47,8 @@ private:
     void PassOne(tField& field)
     {
         static_assert(std::is_trivially_copyable_v<tField>);
-        PassBytes(&field, sizeof field);
+        // A pointer, to the layer, passes as it is.
+        PassBytes(&field, sizeof field); // NOLINT(bugprone-sizeof-expression)
     }
     void PassOne(CPoint& point) { Pass(point.x, point.y, point.z); }
     void PassOne(std::string& text)
