@@ -311,7 +311,7 @@ static std::string FindStock(const tPartsOptions& options, const CInquiry& inqui
     if (!options.stock.empty() || options.noStock) {
         return options.stock;
     }
-    const std::string path = Places::FindStock(inquiry.GetStockFileName());
+    std::string path = Places::FindStock(inquiry.GetStockFileName());
     if (path.empty() || access(path.c_str(), F_OK) != 0) {
         return {};
     }
