@@ -290,6 +290,11 @@ TEST(Installation, WorksFromAnotherPlaceWithoutAnEnvironment)
     run.arguments = {CMAKE_PROGRAM, "--install", BUILD_FOLDER, "--prefix", prefix};
     tProgramResult result = RunProgram(run);
     ASSERT_EQ(result.status, 0) << result.err;
+#ifdef NDEBUG // what is given to users is optimised
+    run.arguments = {SOURCE_FOLDER "/scripts/check-hardening", prefix};
+    result = RunProgram(run);
+    EXPECT_EQ(result.status, 0) << result.err;
+#endif
     const std::string moved = MakeFolder("moved") + "/here";
     std::filesystem::rename(prefix, moved);
     run.arguments = {moved + "/" INSTALLED_PROGRAMS "/velmora", "import", "--format", "json", "-"};

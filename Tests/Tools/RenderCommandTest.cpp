@@ -1,6 +1,8 @@
 // velmora render and velmora thumbnail, as a user and a file manager call them.
 #include "ProgramRun.h"
 
+#include "pool/PictureForm.h"
+
 #include <set>
 #include <sys/stat.h>
 
@@ -91,4 +93,37 @@ TEST(Thumbnail, IsASquareForAFileThatIsThere)
     EXPECT_EQ(RunVelmora({"thumbnail", "--size", "4000", kOval, file}).status, 2);
     EXPECT_EQ(RunVelmora({"thumbnail", kOval}).status, 2);
     EXPECT_EQ(RunVelmora({"thumbnail", file, file}).status, 1) << "a picture is no layout";
+}
+
+TEST(Picture, IsTakenInTheFormAskedForAlone)
+{
+    tPictureWish wish;
+    const auto isSound = [&wish](ePictureKind kind, const std::string& bytes) {
+        wish.kind = kind;
+        return PictureForm::IsSound(wish, bytes);
+    };
+    const std::string png = RunVelmora({"render", "--format", "png", "--size", "300x200", kOval}).out;
+    const std::string svg = RunVelmora({"render", "--labels", "--grid", kOval}).out;
+    const std::string pdf = RunVelmora({"render", "--format", "pdf", kOval}).out;
+    EXPECT_TRUE(isSound(ePictureKind::kPNG, png));
+    EXPECT_TRUE(isSound(ePictureKind::kSVG, svg));
+    EXPECT_TRUE(isSound(ePictureKind::kPDF, pdf));
+    EXPECT_FALSE(isSound(ePictureKind::kPNG, svg) || isSound(ePictureKind::kSVG, pdf) ||
+                 isSound(ePictureKind::kPDF, png));
+    for (size_t size = 0; size < png.size(); size += 1 + size / 8) {
+        EXPECT_FALSE(isSound(ePictureKind::kPNG, png.substr(0, size))) << size;
+    }
+    std::string text = png;
+    text.insert(33, std::string("\0\0\0\1tEXtX0000", 13)); // behind the header chunk
+    EXPECT_FALSE(isSound(ePictureKind::kPNG, text) || isSound(ePictureKind::kPNG, png + "PK"));
+    wish.width = 299;
+    EXPECT_FALSE(isSound(ePictureKind::kPNG, png)) << "larger than was asked for";
+    for (const char* planted :
+         {"<script>alert(1)</script>", "<g onload=\"alert(1)\"/>", "<use xlink:href=\"http://a/#b\"/>",
+          "<g style=\"fill:url(file:///x)\"/>", "<!ENTITY a \"b\">", "<style>", "words", "<foreignObject/>",
+          "<g id=\"a", "<path style=\"fill:u&#114;l(x)\"/>"}) {
+        std::string changed = svg;
+        changed.insert(svg.find("<g"), planted);
+        EXPECT_FALSE(isSound(ePictureKind::kSVG, changed)) << planted;
+    }
 }

@@ -6,31 +6,31 @@
 #include "output/CProgress.h"
 #include "output/Escapes.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
-void AddBatchOptions(CLI::App& app, tBatchOptions& options, const std::string& pathHelp)
+void AddBatchOptions(CParser& parser, tBatchOptions& options, const std::string& pathHelp)
 {
-    app.add_option("PATH", options.paths, pathHelp)->type_name("");
-    app.add_option("--files-from", options.filesFrom,
-                   "Further documents from a list, a path a line; - is standard input")
-        ->type_name("FILE");
-    app.add_flag("-0,--null", options.nullSeparated, "The list has zero bytes between paths, not line breaks");
-    app.add_option("--exclude", options.excludes,
-                   "Pass over files and folders whose name matches, or whose path if there is a slash in it")
-        ->type_name("PATTERN")
-        ->allow_extra_args(false);
-    app.add_option("--progress", options.progress,
-                   "On standard error: auto (a bar, on a terminal), always, never, plain (lines for a log)")
-        ->check(CLI::IsMember({"auto", "always", "never", "plain"}))
-        ->type_name("WHEN");
-    app.add_flag("-q,--quiet", options.quiet, "No summary at the end");
-    AddJobsOption(app, options.jobs, "Worker processes (default: one for each core)");
-    AddWorkerOptions(app, options);
+    parser.Add("PATH", options.paths, pathHelp).Named("");
+    parser.Add("--files-from", options.filesFrom, "Further documents from a list, a path a line; - is standard input")
+        .Named("FILE");
+    parser.AddFlag("-0,--null", options.nullSeparated, "The list has zero bytes between paths, not line breaks");
+    parser
+        .Add("--exclude", options.excludes,
+             "Pass over files and folders whose name matches, or whose path if there is a slash in it")
+        .Named("PATTERN")
+        .TakesOne();
+    parser
+        .Add("--progress", options.progress,
+             "On standard error: auto (a bar, on a terminal), always, never, plain (lines for a log)")
+        .OneOf({"auto", "always", "never", "plain"})
+        .Named("WHEN");
+    parser.AddFlag("-q,--quiet", options.quiet, "No summary at the end");
+    AddJobsOption(parser, options.jobs, "Worker processes (default: one for each core)");
+    AddWorkerOptions(parser, options);
 }
 
 std::string CheckBatchOptions(const tBatchOptions& options, const char* verb)

@@ -21,7 +21,7 @@ struct tBatchOptions : tWorkerOptions {
 
 /// Options that name documents and say how to go over them: PATH, --files-from, --null, --exclude, --jobs, --progress,
 /// --quiet, and those of every command that starts workers.
-void AddBatchOptions(CLI::App& app, tBatchOptions& options, const std::string& pathHelp);
+void AddBatchOptions(CParser& parser, tBatchOptions& options, const std::string& pathHelp);
 
 /// What the parser cannot check of them. @param verb  "import": what is done to documents
 /// @return empty, or what is wrong

@@ -3,7 +3,6 @@
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 namespace {
@@ -13,12 +12,11 @@ struct tCheckOptions : tWorkerOptions {
 };
 } // namespace
 
-static void AddCheckOptions(CLI::App& app, tCheckOptions& options)
+static void AddCheckOptions(CParser& parser, tCheckOptions& options)
 {
-    app.add_option("PATH", options.paths,
-                   "Layouts, track libraries and stock files, and folders to search for layouts");
-    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
-    AddWorkerOptions(app, options);
+    parser.Add("PATH", options.paths, "Layouts, track libraries and stock files, and folders to search for layouts");
+    AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
+    AddWorkerOptions(parser, options);
 }
 
 static std::string CheckCheck(const tCheckOptions& options)

@@ -6,9 +6,9 @@
 #include "output/COutput.h"
 #include "output/Escapes.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <numeric>
 #include <pwd.h>
@@ -85,14 +85,13 @@ static std::string GeneralHelp()
                   "Options:\n  -h, --help     Show this\n  -V, --version  Show the version\n";
 }
 
-static std::unique_ptr<CLI::App> MakeParser(const tCommand& command, CCommandCall& call)
+/// A parser of a command's options, which sets those of the call.
+static std::unique_ptr<CParser> MakeParser(const tCommand& command, CCommandCall& call)
 {
-    auto app = std::make_unique<CLI::App>(std::string(command.summary) + "\n\nExamples:\n" + command.examples,
-                                          std::string("velmora ") + command.name);
-    app->set_help_flag("-h,--help", "Show this");
-    app->set_version_flag("-V,--version", "velmora " VELMORA_VERSION, "Show the version");
-    call.AddOptions(*app);
-    return app;
+    auto parser = std::make_unique<CParser>(std::string(command.summary) + "\n\nExamples:\n" + command.examples,
+                                            std::string("velmora ") + command.name, "velmora " VELMORA_VERSION);
+    call.AddOptions(*parser);
+    return parser;
 }
 
 static int PrintOut(const std::string& text)
@@ -108,33 +107,34 @@ static int RefuseUsage(const std::string& message, const std::string& helpComman
     return kExitUsage;
 }
 
-/// The arguments behind the command's name, as the parser wants them: last one first.
-static std::vector<std::string> CollectArguments(const tCommand& command, const CLI::App& app, int argc, char** argv)
+/// The arguments behind the command's name.
+static std::vector<std::string> CollectArguments(const tCommand& command, const CParser& parser, int argc, char** argv)
 {
     std::vector<std::string> arguments(argv + 1, argv + argc);
     for (std::string& argument : arguments) {
         const bool isDashed = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
-        if (command.takesDashedWords && isDashed && app.get_option_no_throw(argument) == nullptr) {
+        if (command.takesDashedWords && isDashed && !parser.HasOption(argument)) {
             argument.insert(0, 1, ' ');
         }
     }
-    std::reverse(arguments.begin(), arguments.end());
     return arguments;
 }
 
 static int RunCommand(const tCommand& command, int argc, char** argv)
 {
     const std::unique_ptr<CCommandCall> call = command.call();
-    const std::unique_ptr<CLI::App> app = MakeParser(command, *call);
+    const std::unique_ptr<CParser> parser = MakeParser(command, *call);
     const std::string helpCommand = std::string("velmora help ") + command.name;
-    try {
-        app->parse(CollectArguments(command, *app, argc, argv));
-    } catch (const CLI::CallForHelp&) {
-        return PrintOut(app->help());
-    } catch (const CLI::CallForVersion&) {
+    std::string problem;
+    switch (parser->Parse(CollectArguments(command, *parser, argc, argv), problem)) {
+    case CParser::eResult::kHelpWanted:
+        return PrintOut(parser->GetHelp());
+    case CParser::eResult::kVersionWanted:
         return PrintOut("velmora " VELMORA_VERSION "\n");
-    } catch (const CLI::ParseError& error) {
-        return RefuseUsage(Escapes::ForTerminal(error.what()), helpCommand);
+    case CParser::eResult::kWrong:
+        return RefuseUsage(Escapes::ForTerminal(problem), helpCommand);
+    case CParser::eResult::kParsed:
+        break;
     }
     const std::string wrong = call->Check();
     if (!wrong.empty()) {
@@ -149,40 +149,44 @@ const char* GetVersion()
     return VELMORA_VERSION;
 }
 
-void AddWorkerOptions(CLI::App& app, tWorkerOptions& options)
+/// @return empty, or what is wrong
+static std::string CheckSeconds(const std::string& text)
 {
-    app.add_option("--plugin", options.plugIn, "The importer plug-in, where it is not the one that came with velmora")
-        ->envname("VELMORA_PLUGIN")
-        ->type_name("BUNDLE");
-    app.add_option("--timeout", options.timeoutSeconds, "Time for one document (default 5)")
-        ->check(CLI::Validator(
-            [](const std::string& text) {
-                double seconds = 0;
-                const bool good = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= 86400;
-                return good ? std::string() : std::string("must be a number of seconds above 0, at most 86400");
-            },
-            ""))
-        ->type_name("SECONDS");
-    app.add_option("--memory", options.memoryMegabytes, "Memory for a worker process, in megabytes (default 1024)")
-        ->check(CLI::Range(1U, 1U << 20))
-        ->type_name("MB");
-    app.add_option("--sandbox", options.sandbox,
-                   "How workers are confined: auto (as far as the system can), require (or not at all), off")
-        ->check(CLI::IsMember({"auto", "require", "off"}))
-        ->type_name("MODE");
-    app.add_option("--sandbox-user", options.sandboxUser, "Whom workers become that root starts, nobody for example")
-        ->type_name("USER");
-    app.add_flag("--fresh-workers", options.freshWorkers, "A process for each document, which sees no other");
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    const bool isGood = end != text.c_str() && *end == '\0' && seconds > 0 && seconds <= 86400;
+    return isGood ? "" : "must be a number of seconds above 0, at most 86400";
 }
 
-void AddFormatOption(CLI::App& app, std::string& format, const std::vector<std::string>& formats, const char* help)
+void AddWorkerOptions(CParser& parser, tWorkerOptions& options)
 {
-    app.add_option("--format", format, help)->check(CLI::IsMember(formats))->type_name("FORMAT");
+    parser.Add("--plugin", options.plugIn, "The importer plug-in, where it is not the one that came with velmora")
+        .OrFrom("VELMORA_PLUGIN")
+        .Named("BUNDLE");
+    parser.Add("--timeout", options.timeoutSeconds, "Time for one document (default 5)")
+        .Checked(CheckSeconds)
+        .Named("SECONDS");
+    parser.Add("--memory", options.memoryMegabytes, "Memory for a worker process, in megabytes (default 1024)")
+        .Between(1, 1 << 20)
+        .Named("MB");
+    parser
+        .Add("--sandbox", options.sandbox,
+             "How workers are confined: auto (as far as the system can), require (or not at all), off")
+        .OneOf({"auto", "require", "off"})
+        .Named("MODE");
+    parser.Add("--sandbox-user", options.sandboxUser, "Whom workers become that root starts, nobody for example")
+        .Named("USER");
+    parser.AddFlag("--fresh-workers", options.freshWorkers, "A process for each document, which sees no other");
 }
 
-void AddJobsOption(CLI::App& app, unsigned& jobs, const char* help)
+void AddFormatOption(CParser& parser, std::string& format, const std::vector<std::string>& formats, const char* help)
 {
-    app.add_option("-j,--jobs", jobs, help)->check(CLI::Range(1U, 1024U))->type_name("N");
+    parser.Add("--format", format, help).OneOf(formats).Named("FORMAT");
+}
+
+void AddJobsOption(CParser& parser, unsigned& jobs, const char* help)
+{
+    parser.Add("-j,--jobs", jobs, help).Between(1, 1024).Named("N");
 }
 
 size_t CountWorkers(unsigned jobs)
@@ -252,7 +256,7 @@ int RunCommandLine(int argc, char** argv)
     if (const tCommand* command = FindCommand(name)) {
         if (help) {
             const std::unique_ptr<CCommandCall> call = command->call();
-            return PrintOut(MakeParser(*command, *call)->help());
+            return PrintOut(MakeParser(*command, *call)->GetHelp());
         }
         return RunCommand(*command, argc - 1, argv + 1);
     }

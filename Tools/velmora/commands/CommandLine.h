@@ -1,6 +1,7 @@
 // The command table and what reads it.
 #pragma once
 
+#include "commands/CParser.h"
 #include "pool/CWorker.h"
 
 #include <cstddef>
@@ -8,10 +9,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 /// What every command takes that starts workers.
 struct tWorkerOptions {
@@ -27,7 +24,7 @@ struct tWorkerOptions {
 class CCommandCall {
 public:
     virtual ~CCommandCall() = default;
-    virtual void AddOptions(CLI::App& app) = 0;
+    virtual void AddOptions(CParser& parser) = 0;
     /// What the parser cannot check by itself. @return empty, or what is wrong
     virtual std::string Check() const = 0;
     virtual int Run() const = 0; ///< answers an eExitCode
@@ -44,12 +41,12 @@ struct tCommand {
 };
 
 /// Makes a command's call of a structure for its options and the functions that work with it.
-template <typename tOptions, void (*kAddOptions)(CLI::App&, tOptions&), int (*kRun)(const tOptions&),
+template <typename tOptions, void (*kAddOptions)(CParser&, tOptions&), int (*kRun)(const tOptions&),
           std::string (*kCheck)(const tOptions&) = nullptr>
 std::unique_ptr<CCommandCall> CallCommand()
 {
     class CCall : public CCommandCall {
-        void AddOptions(CLI::App& app) override { kAddOptions(app, mOptions); }
+        void AddOptions(CParser& parser) override { kAddOptions(parser, mOptions); }
         std::string Check() const override
         {
             if constexpr (kCheck != nullptr) {
@@ -79,13 +76,13 @@ extern const tCommand kDoctorCommand;
 /// The version of this program.
 const char* GetVersion();
 
-void AddWorkerOptions(CLI::App& app, tWorkerOptions& options);
+void AddWorkerOptions(CParser& parser, tWorkerOptions& options);
 
 /// Adds --format. @param format  holds the usual one
-void AddFormatOption(CLI::App& app, std::string& format, const std::vector<std::string>& formats, const char* help);
+void AddFormatOption(CParser& parser, std::string& format, const std::vector<std::string>& formats, const char* help);
 
 /// Adds --jobs. @param jobs  0 for one worker process a core
-void AddJobsOption(CLI::App& app, unsigned& jobs, const char* help);
+void AddJobsOption(CParser& parser, unsigned& jobs, const char* help);
 
 /// What a command starts its workers with. @param failure  set when worker or plug-in is not to be found
 tWorkerSettings GetWorkerSettings(const tWorkerOptions& options, std::optional<tFailure>& failure);

@@ -12,7 +12,6 @@
 #include "protocol/BuiltInDocument.h"
 #include "protocol/UTF8.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -32,10 +31,10 @@ struct tDoctorOptions : tWorkerOptions {
 };
 } // namespace
 
-static void AddDoctorOptions(CLI::App& app, tDoctorOptions& options)
+static void AddDoctorOptions(CParser& parser, tDoctorOptions& options)
 {
-    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (one object)");
-    AddWorkerOptions(app, options);
+    AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (one object)");
+    AddWorkerOptions(parser, options);
 }
 
 namespace {

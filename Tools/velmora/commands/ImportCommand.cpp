@@ -5,7 +5,6 @@
 #include "commands/Batch.h"
 #include "output/CRecordWriter.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <string_view>
 #include <unistd.h>
@@ -20,21 +19,22 @@ struct tImportOptions : tBatchOptions {
 };
 } // namespace
 
-static void AddImportOptions(CLI::App& app, tImportOptions& options)
+static void AddImportOptions(CParser& parser, tImportOptions& options)
 {
-    AddBatchOptions(app, options, "Documents, and folders to search for documents; - is standard input");
-    AddFormatOption(app, options.format, {"text", "json", "plist"},
+    AddBatchOptions(parser, options, "Documents, and folders to search for documents; - is standard input");
+    AddFormatOption(parser, options.format, {"text", "json", "plist"},
                     "text (for people), json (an object a line) or plist");
-    app.add_option("-n,--name", options.names, "Only this attribute; several are printed in the order asked for")
-        ->type_name("ATTRIBUTE")
-        ->allow_extra_args(false);
-    app.add_flag("--raw", options.raw, "Only the values of the attributes named, with zero bytes between");
-    app.add_option("--null-marker", options.nullMarker, "With --raw, stands for a value that is missing (\"(null)\")")
-        ->type_name("TEXT");
-    app.add_option("-d,--detail", options.detail,
-                   "For a test: 1 type and importer, 2 also the attributes but the text content, 3 that as well")
-        ->check(CLI::Range(1U, 3U))
-        ->type_name("LEVEL");
+    parser.Add("-n,--name", options.names, "Only this attribute; several are printed in the order asked for")
+        .Named("ATTRIBUTE")
+        .TakesOne();
+    parser.AddFlag("--raw", options.raw, "Only the values of the attributes named, with zero bytes between");
+    parser.Add("--null-marker", options.nullMarker, "With --raw, stands for a value that is missing (\"(null)\")")
+        .Named("TEXT");
+    parser
+        .Add("-d,--detail", options.detail,
+             "For a test: 1 type and importer, 2 also the attributes but the text content, 3 that as well")
+        .Between(1, 3)
+        .Named("LEVEL");
 }
 
 static std::string CheckImport(const tImportOptions& options)

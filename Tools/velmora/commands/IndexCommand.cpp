@@ -12,7 +12,6 @@
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -32,16 +31,16 @@ struct tIndexOptions : tBatchOptions {
     bool verify = false;      ///< compare contents, not times
 };
 
-void AddIndexOptions(CLI::App& app, tIndexOptions& options)
+void AddIndexOptions(CParser& parser, tIndexOptions& options)
 {
-    AddBatchOptions(app, options, "Folders with documents, and documents; without any, all that was indexed before");
-    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json");
-    app.add_flag("--status", options.showStatus, "Show what is in the index, and do nothing");
-    app.add_flag("--failed", options.listFailed, "List the documents that cannot be read, and do nothing");
-    app.add_flag("--retry-failed", options.retryFailed, "Try also those that failed and have not changed since");
-    app.add_flag("--verify", options.verify, "Compare contents: trust no times and sizes of files");
-    app.add_flag("--rebuild", options.rebuild, "Read every document again, and put the index in order");
-    AddDatabaseOption(app, options.database);
+    AddBatchOptions(parser, options, "Folders with documents, and documents; without any, all that was indexed before");
+    AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json");
+    parser.AddFlag("--status", options.showStatus, "Show what is in the index, and do nothing");
+    parser.AddFlag("--failed", options.listFailed, "List the documents that cannot be read, and do nothing");
+    parser.AddFlag("--retry-failed", options.retryFailed, "Try also those that failed and have not changed since");
+    parser.AddFlag("--verify", options.verify, "Compare contents: trust no times and sizes of files");
+    parser.AddFlag("--rebuild", options.rebuild, "Read every document again, and put the index in order");
+    AddDatabaseOption(parser, options.database);
 }
 
 std::string CheckIndex(const tIndexOptions& options)
@@ -365,11 +364,11 @@ int RunIndex(const tIndexOptions& options)
 }
 } // namespace
 
-void AddDatabaseOption(CLI::App& app, std::string& database)
+void AddDatabaseOption(CParser& parser, std::string& database)
 {
-    app.add_option("--database", database, "The index's file, where it is not the user's own")
-        ->envname("VELMORA_DATABASE")
-        ->type_name("FILE");
+    parser.Add("--database", database, "The index's file, where it is not the user's own")
+        .OrFrom("VELMORA_DATABASE")
+        .Named("FILE");
 }
 
 std::string GetDatabasePath(const std::string& database)

@@ -4,7 +4,7 @@
 #include "commands/CommandLine.h"
 
 /// Adds --database. @param database  empty for the user's own
-void AddDatabaseOption(CLI::App& app, std::string& database);
+void AddDatabaseOption(CParser& parser, std::string& database);
 
 /// The index that is meant, as an absolute path. @return empty when none is named and there is no place for the user's
 std::string GetDatabasePath(const std::string& database);

@@ -4,7 +4,6 @@
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
 
 namespace {
@@ -14,21 +13,22 @@ struct tListOptions : tWorkerOptions {
 };
 } // namespace
 
-static void AddListOptions(CLI::App& app, tListOptions& options, const char* what)
+static void AddListOptions(CParser& parser, tListOptions& options, const char* what)
 {
-    app.add_option("FILE", options.paths, what);
-    AddFormatOption(app, options.format, {"text", "json", "csv"}, "text (for people), json (an object a file) or csv");
-    AddWorkerOptions(app, options);
+    parser.Add("FILE", options.paths, what);
+    AddFormatOption(parser, options.format, {"text", "json", "csv"},
+                    "text (for people), json (an object a file) or csv");
+    AddWorkerOptions(parser, options);
 }
 
-static void AddLibraryOptions(CLI::App& app, tListOptions& options)
+static void AddLibraryOptions(CParser& parser, tListOptions& options)
 {
-    AddListOptions(app, options, "Track library files");
+    AddListOptions(parser, options, "Track library files");
 }
 
-static void AddStockOptions(CLI::App& app, tListOptions& options)
+static void AddStockOptions(CParser& parser, tListOptions& options)
 {
-    AddListOptions(app, options, "A stock file");
+    AddListOptions(parser, options, "A stock file");
 }
 
 static std::string CheckFiles(const tListOptions& options)

@@ -7,8 +7,6 @@
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <map>
 #include <set>
@@ -60,23 +58,25 @@ struct tTotals {
 };
 } // namespace
 
-static void AddPartsOptions(CLI::App& app, tPartsOptions& options)
+static void AddPartsOptions(CParser& parser, tPartsOptions& options)
 {
-    app.add_option("LAYOUT", options.paths, "Layouts, added up; folders are searched for layouts");
-    CLI::Option* const stock =
-        app.add_option("--stock", options.stock,
-                       "A stock file: shows what is there and what must be bought (default: the user's, if there is "
-                       "one)")
-            ->type_name("FILE");
-    app.add_flag("--no-stock", options.noStock, "Leave the user's stock out")->excludes(stock);
-    app.add_option("--library", options.libraries,
-                   "A track library, or a folder of them, besides those in VELMORA_LIBRARIES and the user's "
-                   "library folder: marks numbers that libraries share, and parts that their library lacks")
-        ->allow_extra_args(false) // one path for each --library, or it would take the layouts as well
-        ->type_name("PATH");
-    AddFormatOption(app, options.format, {"text", "csv", "json", "html"},
+    parser.Add("LAYOUT", options.paths, "Layouts, added up; folders are searched for layouts");
+    const COption stock =
+        parser
+            .Add("--stock", options.stock,
+                 "A stock file: shows what is there and what must be bought (default: the user's, if there is "
+                 "one)")
+            .Named("FILE");
+    parser.AddFlag("--no-stock", options.noStock, "Leave the user's stock out").Without(stock);
+    parser
+        .Add("--library", options.libraries,
+             "A track library, or a folder of them, besides those in VELMORA_LIBRARIES and the user's "
+             "library folder: marks numbers that libraries share, and parts that their library lacks")
+        .TakesOne() // one path for each --library, or it would take the layouts as well
+        .Named("PATH");
+    AddFormatOption(parser, options.format, {"text", "csv", "json", "html"},
                     "text (for people), csv, json (one object) or html (a page to print)");
-    AddWorkerOptions(app, options);
+    AddWorkerOptions(parser, options);
 }
 
 static std::string CheckParts(const tPartsOptions& options)

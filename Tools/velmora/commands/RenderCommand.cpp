@@ -7,8 +7,6 @@
 #include "output/Escapes.h"
 #include "pool/CWorkerPool.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <charconv>
 #include <optional>
@@ -149,27 +147,29 @@ int WritePicture(const std::string& path, const std::string& bytes, bool mayRepl
     return kExitOK;
 }
 
-void AddRenderOptions(CLI::App& app, tRenderOptions& options)
+void AddRenderOptions(CParser& parser, tRenderOptions& options)
 {
-    app.add_option("LAYOUT", options.paths, "The layout; - is standard input");
-    app.add_option("-o,--output", options.output, "The file to write; - is standard output, as without this option")
-        ->type_name("FILE");
-    app.add_flag("-f,--force", options.force, "Replace the file if it is there already");
-    AddFormatOption(app, options.format, {"svg", "png", "pdf"},
+    parser.Add("LAYOUT", options.paths, "The layout; - is standard input");
+    parser.Add("-o,--output", options.output, "The file to write; - is standard output, as without this option")
+        .Named("FILE");
+    parser.AddFlag("-f,--force", options.force, "Replace the file if it is there already");
+    AddFormatOption(parser, options.format, {"svg", "png", "pdf"},
                     "svg, png or pdf; by the output's name if not given, else svg");
-    app.add_option("--size", options.size,
-                   "The largest picture, in pixels (default 1600x1600; for pdf, whose pixels are points, a page of A4)")
-        ->type_name("WxH");
-    app.add_flag("--labels", options.labels, "Draw the names of the elements");
-    app.add_flag("--grid", options.grid, "Draw a grid and a scale");
-    app.add_option("--layer", options.layers,
-                   "Draw only the elements on this layer, visible or not; may be given several times")
-        ->allow_extra_args(false)
-        ->type_name("NAME");
-    app.add_option("--style", options.style, "line, filled, plan, bed or sleepers; the layout's own if not given")
-        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kStyles), std::end(kStyles))))
-        ->type_name("STYLE");
-    AddWorkerOptions(app, options);
+    parser
+        .Add("--size", options.size,
+             "The largest picture, in pixels (default 1600x1600; for pdf, whose pixels are points, a page of A4)")
+        .Named("WxH");
+    parser.AddFlag("--labels", options.labels, "Draw the names of the elements");
+    parser.AddFlag("--grid", options.grid, "Draw a grid and a scale");
+    parser
+        .Add("--layer", options.layers,
+             "Draw only the elements on this layer, visible or not; may be given several times")
+        .TakesOne()
+        .Named("NAME");
+    parser.Add("--style", options.style, "line, filled, plan, bed or sleepers; the layout's own if not given")
+        .OneOf(std::vector<std::string>(std::begin(kStyles), std::end(kStyles)))
+        .Named("STYLE");
+    AddWorkerOptions(parser, options);
 }
 
 std::string CheckRender(const tRenderOptions& options)
@@ -217,11 +217,11 @@ int RunRender(const tRenderOptions& options)
     return WritePicture(options.output, answer.picture, options.force);
 }
 
-void AddThumbnailOptions(CLI::App& app, tThumbnailOptions& options)
+void AddThumbnailOptions(CParser& parser, tThumbnailOptions& options)
 {
-    app.add_option("INPUT OUTPUT", options.paths, "The layout, and the PNG file to write");
-    app.add_option("--size", options.size, "Pixels of a side, at most 2048 (default 256)")->type_name("N");
-    AddWorkerOptions(app, options);
+    parser.Add("INPUT OUTPUT", options.paths, "The layout, and the PNG file to write");
+    parser.Add("--size", options.size, "Pixels of a side, at most 2048 (default 256)").Named("N");
+    AddWorkerOptions(parser, options);
 }
 
 std::string CheckThumbnail(const tThumbnailOptions& options)

@@ -7,7 +7,6 @@
 #include "output/JSON.h"
 #include "pool/CWorkerPool.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 namespace {
@@ -16,10 +15,10 @@ struct tSchemaOptions : tWorkerOptions {
 };
 } // namespace
 
-static void AddSchemaOptions(CLI::App& app, tSchemaOptions& options)
+static void AddSchemaOptions(CParser& parser, tSchemaOptions& options)
 {
-    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (one object)");
-    AddWorkerOptions(app, options);
+    AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (one object)");
+    AddWorkerOptions(parser, options);
 }
 
 static std::string JoinTexts(const std::vector<std::string>& texts)

@@ -8,7 +8,6 @@
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <unistd.h>
@@ -28,21 +27,21 @@ struct tSearchOptions {
 };
 } // namespace
 
-static void AddSearchOptions(CLI::App& app, tSearchOptions& options)
+static void AddSearchOptions(CParser& parser, tSearchOptions& options)
 {
-    app.footer(
+    parser.SetFooter(
         "A query is words, \"several words\" in their order, and the beginnings of words (gleis*). All must be\n"
         "found, OR makes one of several do, -word excludes. author:, description:, revision:, layer:, library:,\n"
         "article:, text: and name: before a word, a phrase or a (group) look in one field only.");
-    app.add_option("QUERY", options.words, "What to search for; several are joined")->type_name(" ");
-    AddFormatOption(app, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
-    app.add_option("--limit", options.limit, "At most so many; 0 for all (the default, but 20 as text)")
-        ->check(CLI::Range(0LL, 1000000000LL))
-        ->type_name("N");
-    app.add_flag("--count", options.countOnly, "Print how many there are, nothing else");
-    app.add_option("--only-in", options.onlyIn, "Only documents in this folder and below")->type_name("DIR");
-    app.add_flag("-0,--null", options.nullSeparated, "Print paths only, with a zero byte behind each");
-    AddDatabaseOption(app, options.database);
+    parser.Add("QUERY", options.words, "What to search for; several are joined").Named(" ");
+    AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
+    parser.Add("--limit", options.limit, "At most so many; 0 for all (the default, but 20 as text)")
+        .Between(0, 1000000000)
+        .Named("N");
+    parser.AddFlag("--count", options.countOnly, "Print how many there are, nothing else");
+    parser.Add("--only-in", options.onlyIn, "Only documents in this folder and below").Named("DIR");
+    parser.AddFlag("-0,--null", options.nullSeparated, "Print paths only, with a zero byte behind each");
+    AddDatabaseOption(parser, options.database);
 }
 
 static std::string CheckSearch(const tSearchOptions& options)

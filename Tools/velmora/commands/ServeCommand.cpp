@@ -9,7 +9,6 @@
 #include "pool/CWorkerPool.h"
 #include "protocol/UTF8.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <deque>
 #include <fcntl.h>
@@ -23,10 +22,10 @@ struct tServeOptions : tWorkerOptions {
 };
 } // namespace
 
-static void AddServeOptions(CLI::App& app, tServeOptions& options)
+static void AddServeOptions(CParser& parser, tServeOptions& options)
 {
-    AddJobsOption(app, options.jobs, "Worker processes at most (default: one for each core)");
-    AddWorkerOptions(app, options);
+    AddJobsOption(parser, options.jobs, "Worker processes at most (default: one for each core)");
+    AddWorkerOptions(parser, options);
 }
 
 namespace {

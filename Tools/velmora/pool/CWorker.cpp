@@ -1,5 +1,6 @@
 #include "pool/CWorker.h"
 
+#include "pool/PictureForm.h"
 #include "protocol/UTF8.h"
 
 #include <algorithm>
@@ -184,7 +185,7 @@ bool CWorker::Ask(const tRequest& request, int document)
 {
     struct stat status = {};
     const bool isKnown = document >= 0 && fstat(document, &status) == 0 && status.st_size > 0;
-    mAsked.push_back({request.verb, isKnown ? static_cast<uint64_t>(status.st_size) : 0});
+    mAsked.push_back({request.verb, isKnown ? static_cast<uint64_t>(status.st_size) : 0, request.picture});
     GrantProcessorTime();
     if (!SendFrame(mSocket.Get(), eFrameKind::kRequest, mSequence + 1, Encode(request), document)) {
         mAsked.pop_back();
@@ -227,7 +228,8 @@ bool CWorker::TakeAnswer(std::string_view payload, tAnswer& answer) const
 {
     const tAsked& asked = mAsked.front();
     return payload.size() <= MaxAnswerSize(asked.verb, asked.documentSize) && Decode(payload, answer) &&
-           (!answer.ok || answer.verb == asked.verb) && IsAffordable(answer, asked.documentSize);
+           (!answer.ok || answer.verb == asked.verb) && IsAffordable(answer, asked.documentSize) &&
+           (!answer.ok || asked.verb != eVerb::kRender || PictureForm::IsSound(asked.picture, answer.picture));
 }
 
 CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)

@@ -106,6 +106,7 @@ private:
     struct tAsked {
         eVerb verb;
         uint64_t documentSize; ///< bytes
+        tPictureWish picture;  ///< for kRender
     };
 
     eEvent ReadFrame(tAnswer& answer);
