@@ -247,7 +247,7 @@ static void DrawHostileLayouts()
             EXPECT_GE(renderer.GetScale(), 300 / 20000.0) << "the sound elements are a dot";
             CRecordedDrawing recorded;
             renderer.Draw(recorded);
-            EXPECT_TRUE(recorded.IsFinite());
+            EXPECT_TRUE(recorded.IsSound());
             EXPECT_LE(std::max(renderer.GetWidth(), renderer.GetHeight()), 300);
             const std::string svg = DrawPicture(renderer, Platform::ePictureFormat::kSVG);
             EXPECT_TRUE(pugi::xml_document().load_buffer(svg.data(), svg.size()));
