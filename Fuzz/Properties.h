@@ -13,7 +13,7 @@ namespace Properties {
 std::string Layout(std::string_view bytes);
 /// The same for a track library.
 std::string Library(std::string_view bytes);
-/// Whatever loads is drawn in every style with sound numbers only.
+/// Whatever loads is drawn with sound numbers only; in which style and size, the input's length decides.
 std::string Drawing(std::string_view bytes);
 /// What was read of a stock file is saved, and comes back as it was.
 std::string Stock(std::string_view bytes);

@@ -148,25 +148,76 @@ private:
             return;
         }
         const int32_t groups = entries[at++];
+        std::vector<tLink> links;
+        std::unordered_set<int32_t> grouped;
         int32_t group = 0;
         for (; group < groups && at < entries.size() && !mRecords.IsLost(); ++group) {
             const int32_t parent = next("a group's parent");
             if (parent >= 0) {
                 checkIndex(parent, groups, "group");
+                links.push_back({group, parent, offsets[at - 1]});
             }
             for (const bool isElement : {true, false}) {
                 const int32_t members = next(isElement ? "a group's elements" : "a group's member groups");
                 for (int32_t i = 0; i < members && at < entries.size() && !mRecords.IsLost(); ++i) {
-                    checkIndex(entries[at++], isElement ? mNumElements : groups, isElement ? "element" : "group");
+                    const int32_t member = entries[at++];
+                    checkIndex(member, isElement ? mNumElements : groups, isElement ? "element" : "group");
+                    if (!isElement) {
+                        links.push_back({member, group, offsets[at - 1]});
+                    } else if (!grouped.insert(member).second) {
+                        mRecords.Report(offsets[at - 1], kGroupEntry.key, "the element is in a group already",
+                                        tFinding::eKind::kOddity);
+                    }
                 }
             }
         }
+        CheckLinks(links, group);
         if (groups > group) {
             mRecords.CheckCount(offsets.front(), kGroupEntry.key, groups, group, "groups");
         }
         if (at < entries.size()) {
             mRecords.Report(offsets[at], kGroupEntry.key,
                             Count(static_cast<long long>(entries.size() - at)) + " group entries too many");
+        }
+    }
+
+    /// That a group lies in another, and where the document says so.
+    struct tLink {
+        int32_t child;
+        int32_t parent;
+        size_t offset;
+    };
+
+    /// Whether the links make trees; taken in the order in which readers take them, who pass over what contradicts
+    /// one before.
+    void CheckLinks(const std::vector<tLink>& links, int32_t groups)
+    {
+        constexpr int32_t kNone = -1;
+        std::vector<int32_t> parents(static_cast<size_t>(groups), kNone);
+        std::vector<int32_t> above = parents; // any group above each, so that long chains are walked once
+        const auto rootOf = [&above](int32_t group) {
+            while (above[static_cast<size_t>(group)] != kNone) {
+                int32_t& next = above[static_cast<size_t>(group)];
+                if (above[static_cast<size_t>(next)] != kNone) {
+                    next = above[static_cast<size_t>(next)];
+                }
+                group = next;
+            }
+            return group;
+        };
+        for (const tLink& link : links) {
+            if (std::min(link.child, link.parent) < 0 || std::max(link.child, link.parent) >= groups ||
+                parents[static_cast<size_t>(link.child)] == link.parent) {
+                continue;
+            }
+            const bool hasParent = parents[static_cast<size_t>(link.child)] != kNone;
+            if (hasParent || rootOf(link.parent) == link.child) {
+                mRecords.Report(link.offset, kGroupEntry.key,
+                                hasParent ? "the group lies in another one already" : "the group would lie in itself",
+                                tFinding::eKind::kOddity);
+                continue;
+            }
+            parents[static_cast<size_t>(link.child)] = above[static_cast<size_t>(link.child)] = link.parent;
         }
     }
 
