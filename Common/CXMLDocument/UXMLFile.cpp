@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -143,14 +144,14 @@ std::unique_ptr<pugi::xml_document> UXMLFile::Parse(const std::string& bytes)
     }
     auto document = std::make_unique<pugi::xml_document>();
     const pugi::xml_parse_result result = document->load_buffer(bytes.data(), bytes.size(), kParseFlags);
-    if (!result || !IsWellEncoded(bytes, result.encoding) || !HasOneRoot(*document)) {
+    if (!result || !HasOneRoot(*document)) {
         return nullptr;
     }
-    if (!IsWithinLimits(*document)) {
+    if (!IsWithinLimits(*document)) { // before the encoding, which is looked at in a string object made of the file
         Refuse(kFunction);
         return nullptr;
     }
-    return document;
+    return IsWellEncoded(bytes, result.encoding) ? std::move(document) : nullptr;
 }
 
 bool UXMLFile::Format(const pugi::xml_document& document, std::string& bytes)

@@ -45,11 +45,11 @@ public:
         kNoStock,    ///< it is no stock file or holds nothing
         kBadEntry    ///< an entry lacks its product number or its library; those before it were handed over
     };
-    /// Calls `use(library, product number, count)` for each entry of a stock file, whether or not its library is known.
+    /// Calls `use` for each entry of a stock file, whether or not its library is known.
     /// Names come in UTF-8, so that those outside Mac OS Roman can be told from each other. What is wrong is reported
     /// with a warning.
-    static eFileState ForEachEntry(const char* path,
-                                   const std::function<void(const std::string&, const std::string&, int)>& use);
+    using tUseEntry = std::function<void(const std::string& library, const std::string& productNumber, int count)>;
+    static eFileState ForEachEntry(const char* path, const tUseEntry& use);
     /// Writes the stock file. @return false without a name, and as SaveToFile
     bool Save();
     /// Takes over the name and saves.

@@ -3,6 +3,7 @@
 #include "CXMLDocument/CXMLDocument.h"
 #include "CXMLDocument/CXMLLeafNodes.h"
 #include "CXMLDocument/UXML.h"
+#include "CXMLDocument/UXMLFile.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "Platform/MacRoman.h"
@@ -10,7 +11,9 @@
 #include "TrackLibraries/CRailsetFolder.h"
 
 #include <boost/foreach.hpp>
+#include <pugixml.hpp>
 
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -24,16 +27,62 @@ constexpr char kCount[] = "Count";
 constexpr char kLoadFunction[] = "bool CStock::LoadFromFile(const char *)";
 constexpr char kSaveFunction[] = "bool CStock::SaveToFile(const char *)";
 
-/// The plain text, in UTF-8, of the element with that key below an item. @return false where it is missing or empty
-bool ReadName(const CXMLTreeNode* item, const char* key, std::string& name)
+/// A node for an element or a text of the file, or null for what a document's nodes leave out. For one look: a document
+/// of nodes takes many times the memory of the file.
+std::unique_ptr<CXMLNode> NodeOf(const pugi::xml_node& node)
 {
-    const auto* const element = dynamic_cast<const CXMLElementNode*>(UXML::GetChildNodeWithKey(item, key));
-    const CXMLTextNode* const text = element != nullptr ? UXML::GetTextChildNodeOfElement(element) : nullptr;
-    if (text == nullptr) {
-        return false;
+    return std::unique_ptr<CXMLNode>(UXML::CreateCXMLNodeFromCFXMLNode(node));
+}
+
+bool IsElement(const pugi::xml_node& node)
+{
+    return node.type() == pugi::node_element;
+}
+
+/// Whether it is an element of that name, or a text of the same characters.
+bool HasKey(const pugi::xml_node& node, const char* key)
+{
+    return std::strcmp(IsElement(node) ? node.name() : node.type() == pugi::node_pcdata ? node.value() : "", key) == 0;
+}
+
+/// Finds the first node with a key.
+class CKeySearch : public pugi::xml_tree_walker {
+public:
+    explicit CKeySearch(const char* key) : mKey(key) {}
+    bool for_each(pugi::xml_node& node) override
+    {
+        mFound = HasKey(node, mKey) ? node : mFound;
+        return mFound.empty();
     }
+    const pugi::xml_node& GetFound() const { return mFound; }
+
+private:
+    const char* mKey;
+    pugi::xml_node mFound;
+};
+
+/// The text right below the element with that key below an item; null where the first node of that key is none, or the
+/// first below it is no text.
+std::unique_ptr<CXMLTextNode> ReadText(const pugi::xml_node& item, const char* key)
+{
+    const pugi::xml_node element = item.find_child([key](const pugi::xml_node& node) { return HasKey(node, key); });
+    if (IsElement(element)) {
+        for (const pugi::xml_node& child : element) {
+            if (std::unique_ptr<CXMLNode> node = NodeOf(child)) {
+                return std::unique_ptr<CXMLTextNode>(IsElement(child) ? nullptr
+                                                                      : static_cast<CXMLTextNode*>(node.release()));
+            }
+        }
+    }
+    return nullptr;
+}
+
+/// The plain text, in UTF-8, of the element with that key below an item. @return false where it is missing or empty
+bool ReadName(const pugi::xml_node& item, const char* key, std::string& name)
+{
+    const std::unique_ptr<CXMLTextNode> text = ReadText(item, key);
     // Not the value in Mac OS Roman, in which different names may be the same.
-    name = UXML::Unescape(text->GetKeyInUtf8().c_str());
+    name = text ? UXML::Unescape(text->GetKeyInUtf8().c_str()) : std::string();
     return !name.empty();
 }
 
@@ -63,24 +112,24 @@ bool CStock::LoadFromFile(const char* path)
            }) == eFileState::kWhole;
 }
 
-CStock::eFileState CStock::ForEachEntry(const char* path,
-                                        const std::function<void(const std::string&, const std::string&, int)>& use)
+CStock::eFileState CStock::ForEachEntry(const char* path, const tUseEntry& use)
 {
-    if (path == nullptr || *path == '\0') {
+    std::string bytes;
+    if (path == nullptr || *path == '\0' || !UXMLFile::ReadBytes(path, bytes)) {
         return eFileState::kUnreadable;
     }
-    CXMLDocument document;
-    if (!document.Read(path)) {
-        return eFileState::kUnreadable;
-    }
-    const auto* const root = dynamic_cast<const CXMLTreeNode*>(document.GetNodeByKey(kRoot));
-    CXMLTreeNode::tNodes children;
-    if (root == nullptr || root->GetChildren(children) == 0) {
+    const std::unique_ptr<pugi::xml_document> document = UXMLFile::Parse(bytes);
+    CKeySearch root(kRoot);
+    if (!document || document->traverse(root) || !IsElement(root.GetFound())) {
         return eFileState::kNoStock;
     }
-    BOOST_FOREACH(const CXMLNode* child, children) {
-        const auto* const item = dynamic_cast<const CXMLTreeNode*>(child);
-        if (item == nullptr || !item->VerifyKey(kItem)) {
+    eFileState state = eFileState::kNoStock;
+    for (const pugi::xml_node& item : root.GetFound()) {
+        if (!NodeOf(item)) {
+            continue;
+        }
+        state = eFileState::kWhole;
+        if (!IsElement(item) || !HasKey(item, kItem)) {
             ULog::Warn("%s: Invalid stock file format. (Invalid node type under '%s' node)", kLoadFunction, kRoot);
             return eFileState::kBadEntry;
         }
@@ -92,9 +141,10 @@ CStock::eFileState CStock::ForEachEntry(const char* path,
                 return eFileState::kBadEntry;
             }
         }
-        use(libraryName, productNumber, UXML::GetValueAsIntegerForElementChildNode(item, kCount));
+        const std::unique_ptr<CXMLTextNode> count = ReadText(item, kCount);
+        use(libraryName, productNumber, count ? count->GetValueAsInteger() : 0);
     }
-    return eFileState::kWhole;
+    return state;
 }
 
 void CStock::LoadItem(const std::string& library, const std::string& product, int count)

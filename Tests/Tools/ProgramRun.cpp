@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -82,7 +83,9 @@ tProgramResult RunProgram(const tProgramRun& run)
         }
     }
     int status = 0;
-    waitpid(process, &status, 0);
+    rusage usage = {};
+    wait4(process, &status, 0, &usage);
+    result.peakMemory = static_cast<size_t>(usage.ru_maxrss) << 10;
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return result;
 }

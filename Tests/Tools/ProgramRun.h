@@ -13,6 +13,7 @@ struct tProgramResult {
     int status = -1; ///< exit status; 128 + number when a signal ended it
     std::string out;
     std::string err;
+    size_t peakMemory = 0; ///< resident, in bytes, of it or of a process that it waited for, whichever had more
 };
 
 struct tProgramRun {

@@ -1,6 +1,5 @@
 // Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
 #include "Checks/CDocumentChecker.h"
-#include "Elements/Utilities/UCountedElementVectorOperations.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
 #include "Layouts/Utilities/CBoundLayout.h"
@@ -9,7 +8,7 @@
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
-#include "BuildingBlocks/CCountedCIG.h"
+#include "BuildingBlocks/CCompositeGeometry.h"
 #include "Layouts/CLayoutStatistics.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Streams.h"
@@ -18,11 +17,14 @@
 #include "TrackLibraries/CRailSet.h"
 #include "TrackLibraries/Utilities/ULibraryFiles.h"
 #include "UnitLength/URailConstants.h"
+#include "protocol/CJSONObject.h"
 
 #include <boost/foreach.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 #include <map>
 #include <unistd.h>
 
@@ -34,12 +36,12 @@ std::string Text(const char* macRoman)
     return Platform::MacRomanToUtf8(macRoman);
 }
 
-tAnswer Report(eVerb verb, const tJSON& report)
+tAnswer Report(eVerb verb, CJSONObject& report)
 {
     tAnswer answer;
     answer.ok = true;
     answer.verb = verb;
-    answer.report = report.dump(-1, ' ', false, tJSON::error_handler_t::replace);
+    answer.report = report.Take();
     return answer;
 }
 
@@ -75,20 +77,16 @@ bool LooksLikeXML(const std::vector<unsigned char>& bytes)
     return first != bytes.end() && *first == '<';
 }
 
-/// An entry of a stock file as it stands there, whether or not its library is known.
-struct tStockEntry {
-    std::string library; ///< UTF-8, as is the number
-    std::string productNumber;
-    int count;
-};
-
-/// Reads the entries of a stock file up to the first that is none.
+/// Reads the entries of a stock file, in UTF-8, up to the first that is none.
+/// @param entries  receives their number
 /// @param problem  what is wrong with it; empty when all is well
 /// @return false when the file cannot be read
-bool ReadStock(const std::string& path, std::vector<tStockEntry>& entries, std::string& problem)
+bool ReadStock(const std::string& path, const CStock::tUseEntry& use, size_t& entries, std::string& problem)
 {
+    entries = 0;
     switch (CStock::ForEachEntry(path.c_str(), [&](const std::string& library, const std::string& number, int count) {
-        entries.push_back({library, number, count});
+        ++entries;
+        use(library, number, count);
     })) {
     case CStock::eFileState::kWhole:
         break;
@@ -98,24 +96,28 @@ bool ReadStock(const std::string& path, std::vector<tStockEntry>& entries, std::
         problem = "is not a stock file";
         break;
     case CStock::eFileState::kBadEntry:
-        problem = "entry " + std::to_string(entries.size() + 1) + " lacks its product number or its library";
+        problem = "entry " + std::to_string(entries + 1) + " lacks its product number or its library";
         break;
     }
     return true;
 }
 
-tJSON Findings(const std::vector<tFinding>& findings)
+tAnswer FindingsReport(const char* kind, const std::vector<tFinding>& findings, const tJSON& reader)
 {
-    tJSON list = tJSON::array();
+    CJSONObject report;
+    report.Put("kind", kind);
+    report.BeginList("findings");
     for (const tFinding& finding : findings) {
-        list.push_back({{"offset", finding.offset},
-                        {"key", finding.key},
-                        {"element", finding.element},
-                        {"component", finding.component},
-                        {"damage", finding.kind == tFinding::eKind::kDamage},
-                        {"text", finding.text}});
+        report.Add({{"offset", finding.offset},
+                    {"key", finding.key},
+                    {"element", finding.element},
+                    {"component", finding.component},
+                    {"damage", finding.kind == tFinding::eKind::kDamage},
+                    {"text", finding.text}});
     }
-    return list;
+    report.EndList();
+    report.Put("reader", reader);
+    return Report(eVerb::kCheck, report);
 }
 
 /// Elements that a layout promises, as its own reader sees it. @return false when the file cannot be read
@@ -213,25 +215,31 @@ tJSON Article(CCompositeGeometry* element)
 }
 
 /// The articles of a layout by library and number. Numbers repeat between libraries, so each is counted by itself.
-tJSON PartsOf(const UElementStatistics::tElements& elements)
+void AddParts(const UElementStatistics::tElements& elements, CJSONObject& report)
 {
-    std::map<std::string, UElementStatistics::tElements> byLibrary;
-    BOOST_FOREACH(CCompositeGeometry* element, elements) {
-        byLibrary[element->HasRailSetName() ? element->GetRailSetName() : std::string()].push_back(element);
+    // By library, name, and place: the names lie in the elements, and the first of a name comes first.
+    UElementStatistics::tElements parts;
+    std::copy_if(elements.begin(), elements.end(), std::back_inserter(parts),
+                 &UElementStatistics::ElementIsDisplayedInPartlist);
+    const auto compare = [](const CCompositeGeometry* a, const CCompositeGeometry* b) {
+        const auto libraryOf = [](const CCompositeGeometry* element) {
+            return element->HasRailSetName() ? element->GetRailSetName() : "";
+        };
+        const int libraries = std::strcmp(libraryOf(a), libraryOf(b));
+        return libraries != 0 ? libraries : std::strcmp(a->GetName(), b->GetName());
+    };
+    std::stable_sort(parts.begin(), parts.end(),
+                     [&compare](const auto* a, const auto* b) { return compare(a, b) < 0; });
+    report.BeginList("parts");
+    for (auto first = parts.begin(); first != parts.end();) {
+        const auto end =
+            std::find_if(first, parts.end(), [&](const auto* element) { return compare(*first, element) != 0; });
+        tJSON article = Article(*first);
+        article["count"] = end - first;
+        report.Add(article);
+        first = end;
     }
-    tJSON parts = tJSON::array();
-    for (const auto& [library, itsElements] : byLibrary) {
-        UElementStatistics::tList entries;
-        UElementStatistics::GetLibraryElementUsageStatistics(itsElements, entries);
-        std::sort(entries.begin(), entries.end(), CCountedCIGProdNrLessThan());
-        BOOST_FOREACH(CCountedCIG* entry, entries) {
-            tJSON article = Article(entry);
-            article["count"] = entry->GetCount();
-            parts.push_back(article);
-        }
-        UCountedElementVectorOperations::EraseAll(entries);
-    }
-    return parts;
+    report.EndList();
 }
 } // namespace
 
@@ -244,37 +252,28 @@ tAnswer AnswerCheck(const std::string& path, int document)
     tJSON reader;
     switch (CDocumentChecker::GetKind(bytes)) {
     case CDocumentChecker::eDocument::kLayout:
-        return !ReadLayout(path, reader)
-                   ? MakeUnreadable()
-                   : Report(eVerb::kCheck, {{"kind", "layout"},
-                                            {"findings", Findings(CDocumentChecker::CheckLayout(bytes))},
-                                            {"reader", reader}});
+        return !ReadLayout(path, reader) ? MakeUnreadable()
+                                         : FindingsReport("layout", CDocumentChecker::CheckLayout(bytes), reader);
     case CDocumentChecker::eDocument::kLibrary:
         return !ReadLibrary(path, reader)
                    ? MakeUnreadable()
-                   : Report(eVerb::kCheck, {{"kind", "track library"},
-                                            {"findings", Findings(CDocumentChecker::CheckLibrary(bytes))},
-                                            {"reader", reader}});
+                   : FindingsReport("track library", CDocumentChecker::CheckLibrary(bytes), reader);
     case CDocumentChecker::eDocument::kUnknown:
         break;
     }
-    std::vector<tStockEntry> entries;
-    std::string problem;
     if (LooksLikeXML(bytes)) {
-        if (!ReadStock(path, entries, problem)) {
+        size_t entries = 0;
+        std::string problem;
+        const bool isRead = ReadStock(
+            path, [](const std::string&, const std::string&, int) {}, entries, problem);
+        if (!isRead) {
             return MakeUnreadable();
         }
-        tJSON findings = tJSON::array();
+        std::vector<tFinding> findings;
         if (!problem.empty()) {
-            findings.push_back({{"offset", 0},
-                                {"key", 0},
-                                {"element", entries.size() + 1},
-                                {"component", 0},
-                                {"damage", true},
-                                {"text", problem}});
+            findings.push_back({tFinding::eKind::kDamage, 0, 0, static_cast<int>(entries) + 1, 0, problem});
         }
-        return Report(eVerb::kCheck,
-                      {{"kind", "stock file"}, {"findings", findings}, {"reader", {{"elements", entries.size()}}}});
+        return FindingsReport("stock file", findings, {{"elements", entries}});
     }
     tAnswer unknown = MakeFailure(eFailure::kLoader, "is no layout, track library or stock file");
     unknown.failure.loaderCode = CLayout::kNoLayout;
@@ -296,14 +295,16 @@ tAnswer AnswerParts(const std::string& path, int document)
     for (const auto& [scale, count] : scales) {
         scaleCounts.push_back({{"scale", URailConstants::GetModelScaleTxt(scale, true)}, {"count", count}});
     }
-    return Report(eVerb::kParts, {{"parts", PartsOf(layout.GetElements())},
-                                  {"track_length", layout.GetStatistics()->GetOverallTrackLength()},
-                                  {"tracks", kinds.tracks},
-                                  {"accessories", kinds.accessories},
-                                  {"flexible_tracks", kinds.flexTracks},
-                                  {"graphics", kinds.graphics},
-                                  {"texts", kinds.texts},
-                                  {"scales", scaleCounts}});
+    CJSONObject report;
+    AddParts(layout.GetElements(), report);
+    report.PutAll({{"track_length", layout.GetStatistics()->GetOverallTrackLength()},
+                   {"tracks", kinds.tracks},
+                   {"accessories", kinds.accessories},
+                   {"flexible_tracks", kinds.flexTracks},
+                   {"graphics", kinds.graphics},
+                   {"texts", kinds.texts},
+                   {"scales", scaleCounts}});
+    return Report(eVerb::kParts, report);
 }
 
 tAnswer AnswerLibrary(const std::string& path, const std::string& fileName)
@@ -314,22 +315,24 @@ tAnswer AnswerLibrary(const std::string& path, const std::string& fileName)
         return MakeLibraryFailure(code, library.GetSize());
     }
     const tRailSetParameters& parameters = library.GetParameters();
-    tJSON articles = tJSON::array();
+    CJSONObject report;
+    report.PutAll({{"name", Text(ULibraryFiles::GetLibraryName(fileName).c_str())},
+                   {"manufacturer", Text(parameters.manufacturer)},
+                   {"scale", URailConstants::GetModelScaleTxt(parameters.modelScale, false)},
+                   {"content", ULibraryConstants::GetContentTypeText(parameters.contentType)},
+                   {"currency", parameters.currency},
+                   {"gauge", parameters.gauge},
+                   {"prefix", Text(parameters.prefix)},
+                   {"created", Text(parameters.creationDate)},
+                   {"modified", Text(parameters.modificationDate)}});
+    report.BeginList("articles");
     BOOST_FOREACH(CCompositeGeometry* element, library.GetGeometries()) {
         tJSON article = Article(element);
         article.erase("library"); // the file's name, which only the host knows
-        articles.push_back(article);
+        report.Add(article);
     }
-    return Report(eVerb::kLibrary, {{"name", Text(ULibraryFiles::GetLibraryName(fileName).c_str())},
-                                    {"manufacturer", Text(parameters.manufacturer)},
-                                    {"scale", URailConstants::GetModelScaleTxt(parameters.modelScale, false)},
-                                    {"content", ULibraryConstants::GetContentTypeText(parameters.contentType)},
-                                    {"currency", parameters.currency},
-                                    {"gauge", parameters.gauge},
-                                    {"prefix", Text(parameters.prefix)},
-                                    {"created", Text(parameters.creationDate)},
-                                    {"modified", Text(parameters.modificationDate)},
-                                    {"articles", articles}});
+    report.EndList();
+    return Report(eVerb::kLibrary, report);
 }
 
 std::string GetStockFileName()
@@ -339,9 +342,17 @@ std::string GetStockFileName()
 
 tAnswer AnswerStock(const std::string& path)
 {
-    std::vector<tStockEntry> entries;
+    CJSONObject report;
+    report.BeginList("items");
+    size_t entries = 0;
     std::string problem;
-    if (!ReadStock(path, entries, problem)) {
+    const bool isRead = ReadStock(
+        path,
+        [&report](const std::string& library, const std::string& number, int count) {
+            report.Add({{"library", library}, {"number", number}, {"count", count}});
+        },
+        entries, problem);
+    if (!isRead) {
         return MakeUnreadable();
     }
     if (!problem.empty()) {
@@ -349,9 +360,6 @@ tAnswer AnswerStock(const std::string& path)
         failed.failure.loaderCode = CLayout::kNoLayout;
         return failed;
     }
-    tJSON items = tJSON::array();
-    for (const tStockEntry& entry : entries) {
-        items.push_back({{"library", entry.library}, {"number", entry.productNumber}, {"count", entry.count}});
-    }
-    return Report(eVerb::kStock, {{"items", items}});
+    report.EndList();
+    return Report(eVerb::kStock, report);
 }

@@ -3,8 +3,6 @@
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
-#include <algorithm>
-
 namespace {
 struct tCheckOptions : tWorkerOptions {
     std::vector<std::string> paths;
@@ -45,10 +43,10 @@ static std::string DescribeText(const std::string& path, const CReport& report)
     const std::string name = Escapes::ForTerminal(path);
     const CReport reader = report.GetObject("reader");
     std::string text;
-    for (const CReport& finding : report.GetList("findings")) {
+    report.ForEach("findings", [&](const CReport& finding) {
         text += name + ": " + Place(finding) + ": " + Escapes::ForTerminal(finding.GetText("text")) +
                 (finding.GetFlag("damage") ? "\n" : " (not damaged)\n");
-    }
+    });
     text += name + ": " + Escapes::ForTerminal(report.GetText("kind")) + ", " +
             std::to_string(reader.GetNumber("elements")) +
             (report.GetText("kind") == "stock file" ? " entries" : " elements");
@@ -58,29 +56,30 @@ static std::string DescribeText(const std::string& path, const CReport& report)
     if (reader.GetNumber("code") != 0) {
         text += ", a reader answers code " + std::to_string(reader.GetNumber("code"));
     }
-    return text + (report.GetList("findings").empty() ? ", whole\n" : "\n");
+    return text + (report.GetCount("findings") == 0 ? ", whole\n" : "\n");
 }
 
 static std::string DescribeJSON(const std::string& path, const CReport& report)
 {
     const CReport reader = report.GetObject("reader");
-    JSON::tRecord record;
-    JSON::PutPath(record, "path", path);
-    record["ok"] = true;
-    record["kind"] = report.GetText("kind");
-    record["findings"] = JSON::tRecord::array();
-    for (const CReport& finding : report.GetList("findings")) {
-        record["findings"].push_back({{"offset", finding.GetNumber("offset")},
-                                      {"key", finding.GetNumber("key")},
-                                      {"element", finding.GetNumber("element")},
-                                      {"component", finding.GetNumber("component")},
-                                      {"damage", finding.GetFlag("damage")},
-                                      {"text", finding.GetText("text")}});
-    }
-    record["reader"] = {{"code", reader.GetNumber("code")},
-                        {"elements", reader.GetNumber("elements")},
-                        {"lost", reader.GetNumber("lost")}};
-    return JSON::ToLine(record);
+    CJSONObject object;
+    JSON::PutPath(object, "path", path);
+    object.Put("ok", true);
+    object.Put("kind", report.GetText("kind"));
+    object.BeginList("findings");
+    report.ForEach("findings", [&object](const CReport& finding) {
+        object.Add({{"offset", finding.GetNumber("offset")},
+                    {"key", finding.GetNumber("key")},
+                    {"element", finding.GetNumber("element")},
+                    {"component", finding.GetNumber("component")},
+                    {"damage", finding.GetFlag("damage")},
+                    {"text", finding.GetText("text")}});
+    });
+    object.EndList();
+    object.Put("reader", {{"code", reader.GetNumber("code")},
+                          {"elements", reader.GetNumber("elements")},
+                          {"lost", reader.GetNumber("lost")}});
+    return object.Take() + "\n";
 }
 
 static int RunCheck(const tCheckOptions& options)
@@ -100,9 +99,8 @@ static int RunCheck(const tCheckOptions& options)
     CInquiry::eResult result = inquiry.Ask(
         eVerb::kCheck, options.paths,
         [&](const std::string& path, const CReport& report) {
-            const std::vector<CReport> findings = report.GetList("findings");
-            damaged = damaged || std::any_of(findings.begin(), findings.end(),
-                                             [](const CReport& finding) { return finding.GetFlag("damage"); });
+            report.ForEach("findings",
+                           [&damaged](const CReport& finding) { damaged = damaged || finding.GetFlag("damage"); });
             text += json ? DescribeJSON(path, report) : DescribeText(path, report);
         },
         useFailure);

@@ -61,26 +61,26 @@ static CTable ArticleTable(const std::string& library, const CReport& report)
 {
     CTable table(
         {{"Library"}, {"Number"}, {"Description"}, {"Kind"}, {"Dimensions"}, {"Price", true}, {"Currency", true}});
-    for (const CReport& article : report.GetList("articles")) {
+    report.ForEach("articles", [&](const CReport& article) {
         table.AddRow({library, article.GetText("number"), article.GetText("description"), article.GetText("kind"),
                       Dimension(article), std::to_string(article.GetNumber("price")),
                       std::to_string(article.GetNumber("currency"))});
-    }
+    });
     return table;
 }
 
 static std::string LibraryJSON(const std::string& path, const CReport& report)
 {
-    JSON::tRecord record;
-    JSON::PutPath(record, "path", path);
-    record["name"] = NameOfFile(path);
-    record["manufacturer"] = report.GetText("manufacturer");
-    record["scale"] = report.GetText("scale");
-    record["content"] = report.GetText("content");
-    record["currency"] = report.GetNumber("currency");
-    record["gauge"] = report.GetReal("gauge");
-    record["articles"] = JSON::tRecord::array();
-    for (const CReport& article : report.GetList("articles")) {
+    CJSONObject object;
+    JSON::PutPath(object, "path", path);
+    object.PutAll({{"name", NameOfFile(path)},
+                   {"manufacturer", report.GetText("manufacturer")},
+                   {"scale", report.GetText("scale")},
+                   {"content", report.GetText("content")},
+                   {"currency", report.GetNumber("currency")},
+                   {"gauge", report.GetReal("gauge")}});
+    object.BeginList("articles");
+    report.ForEach("articles", [&object](const CReport& article) {
         JSON::tRecord entry = {{"number", article.GetText("number")},
                                {"description", article.GetText("description")},
                                {"kind", article.GetText("kind")},
@@ -91,17 +91,17 @@ static std::string LibraryJSON(const std::string& path, const CReport& report)
                 entry[measure] = article.GetReal(measure);
             }
         }
-        record["articles"].push_back(entry);
-    }
-    return JSON::ToLine(record);
+        object.Add(entry);
+    });
+    object.EndList();
+    return object.Take() + "\n";
 }
 
 static std::string LibraryHeading(const std::string& path, const CReport& report)
 {
-    const std::vector<CReport> articles = report.GetList("articles");
     return Escapes::ForTerminal(NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " +
                                 report.GetText("scale") + ", " + report.GetText("content") + ", " +
-                                std::to_string(articles.size()) + " articles") +
+                                std::to_string(report.GetCount("articles")) + " articles") +
            "\n";
 }
 
@@ -123,26 +123,36 @@ static int RunLibrary(const tListOptions& options)
     return FinishCommand(text, result);
 }
 
+static std::string StockJSON(const std::string& path, const CReport& report)
+{
+    CJSONObject object;
+    JSON::PutPath(object, "path", path);
+    object.BeginList("items");
+    report.ForEach("items", [&object](const CReport& item) {
+        object.Add({{"library", item.GetText("library")},
+                    {"number", item.GetText("number")},
+                    {"count", item.GetNumber("count")}});
+    });
+    object.EndList();
+    return object.Take() + "\n";
+}
+
 static int RunStock(const tListOptions& options)
 {
     std::string text;
     CInquiry inquiry(options);
     const CInquiry::eResult result =
         inquiry.Ask(eVerb::kStock, options.paths, [&](const std::string& path, const CReport& report) {
+            if (options.format == "json") {
+                text += StockJSON(path, report);
+                return;
+            }
             CTable table({{"Library"}, {"Number"}, {"Count", true}});
-            JSON::tRecord record;
-            JSON::PutPath(record, "path", path);
-            record["items"] = JSON::tRecord::array();
-            for (const CReport& item : report.GetList("items")) {
+            report.ForEach("items", [&table](const CReport& item) {
                 table.AddRow(
                     {item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
-                record["items"].push_back({{"library", item.GetText("library")},
-                                           {"number", item.GetText("number")},
-                                           {"count", item.GetNumber("count")}});
-            }
-            text += options.format == "json"  ? JSON::ToLine(record)
-                    : options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0)
-                                              : table.ToText();
+            });
+            text += options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0) : table.ToText();
         });
     return FinishCommand(text, result);
 }

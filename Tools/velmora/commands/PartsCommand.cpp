@@ -91,10 +91,9 @@ static void AddLayout(tPartsList& list, const CReport& report)
     for (const char* kind : {"tracks", "accessories", "flexible_tracks", "graphics", "texts"}) {
         list.kinds[kind] += report.GetNumber(kind);
     }
-    for (const CReport& scale : report.GetList("scales")) {
-        list.scales[scale.GetText("scale")] += scale.GetNumber("count");
-    }
-    for (const CReport& article : report.GetList("parts")) {
+    report.ForEach("scales",
+                   [&list](const CReport& scale) { list.scales[scale.GetText("scale")] += scale.GetNumber("count"); });
+    report.ForEach("parts", [&list](const CReport& article) {
         tPart& part = list.parts[{article.GetText("library"), article.GetText("number")}];
         if (part.count == 0) { // the first layout's prices count
             part.description = article.GetText("description");
@@ -104,7 +103,7 @@ static void AddLayout(tPartsList& list, const CReport& report)
             part.currency = article.GetNumber("currency");
         }
         part.count += article.GetNumber("count");
-    }
+    });
 }
 
 /// Marks the parts by what the libraries given on the command line say, and by each other.
@@ -222,7 +221,9 @@ static std::vector<std::string> Summary(const tPartsList& list)
 
 static std::string FormatJSON(const tPartsList& list)
 {
-    JSON::tRecord record = {{"layouts", list.layouts}, {"parts", JSON::tRecord::array()}};
+    CJSONObject object;
+    object.Put("layouts", list.layouts);
+    object.BeginList("parts");
     for (const auto& [key, part] : list.parts) {
         JSON::tRecord entry = {{"library", key.first},
                                {"number", key.second},
@@ -239,8 +240,9 @@ static std::string FormatJSON(const tPartsList& list)
             entry["in_stock"] = part.inStock;
             entry["to_buy"] = part.GetToBuy();
         }
-        record["parts"].push_back(entry);
+        object.Add(entry);
     }
+    object.EndList();
     const auto totalsOf = [](const tTotals& totals) {
         JSON::tRecord sums = JSON::tRecord::array();
         for (const auto& [currency, sum] : totals.byCurrency) {
@@ -249,15 +251,15 @@ static std::string FormatJSON(const tPartsList& list)
         return sums;
     };
     const tTotals needed = GetTotals(list, Needed);
-    record["totals"] = totalsOf(needed);
+    object.Put("totals", totalsOf(needed));
     if (list.hasStock) {
-        record["to_buy"] = totalsOf(GetTotals(list, ToBuy));
+        object.Put("to_buy", totalsOf(GetTotals(list, ToBuy)));
     }
-    record["without_price"] = needed.withoutPrice;
-    record["track_length"] = list.trackLength;
-    record["elements"] = list.kinds;
-    record["scales"] = list.scales;
-    return JSON::ToLine(record);
+    object.PutAll({{"without_price", needed.withoutPrice},
+                   {"track_length", list.trackLength},
+                   {"elements", list.kinds},
+                   {"scales", list.scales}});
+    return object.Take() + "\n";
 }
 
 static std::string FormatHTML(const tPartsList& list, const std::vector<std::string>& paths)
@@ -336,20 +338,22 @@ static int RunParts(const tPartsOptions& options)
         [&articlesOf](const std::string&, const CReport& report) {
             // Names may also be the same once the core has turned them into what layouts hold: the first counts then.
             const auto [library, isFirst] = articlesOf.try_emplace(report.GetText("name"));
-            for (const CReport& article : isFirst ? report.GetList("articles") : std::vector<CReport>()) {
-                library->second.insert(article.GetText("number"));
+            if (isFirst) {
+                report.ForEach("articles", [&known = library->second](const CReport& article) {
+                    known.insert(article.GetText("number"));
+                });
             }
         });
     const std::string stock = FindStock(options, inquiry);
     if (!stock.empty()) {
         ask(eVerb::kStock, {stock}, [&list](const std::string&, const CReport& report) {
             list.hasStock = true;
-            for (const CReport& item : report.GetList("items")) {
+            report.ForEach("items", [&list](const CReport& item) {
                 const auto part = list.parts.find({item.GetText("library"), item.GetText("number")});
                 if (part != list.parts.end()) {
                     part->second.inStock += item.GetNumber("count");
                 }
-            }
+            });
         });
     }
     MarkParts(list, articlesOf);

@@ -85,9 +85,9 @@ ordered_json SandboxTrial::Try(const CReport& diagnosis, const tWorkerSettings& 
         }
     }
     ordered_json trials = ordered_json::array();
-    for (const CReport& act : diagnosis.GetList("acts")) {
+    diagnosis.ForEach("acts", [&](const CReport& act) {
         if (Interrupt::IsRequested()) {
-            break;
+            return;
         }
         const std::string name = act.GetText("name");
         const std::string description = act.GetText("description");
@@ -114,6 +114,6 @@ ordered_json SandboxTrial::Try(const CReport& diagnosis, const tWorkerSettings& 
             }
         }
         trials.push_back(std::move(trial));
-    }
+    });
     return trials;
 }

@@ -28,34 +28,55 @@ std::string CSVCell(std::string cell, bool isNumber)
 }
 } // namespace
 
+void CTable::AddRow(const std::vector<std::string>& cells)
+{
+    for (const std::string& cell : cells) {
+        mCells += cell;
+        mLengths.push_back(static_cast<uint32_t>(cell.size()));
+    }
+}
+
+/// Calls `use` with the cells of each row.
+template <typename tUse>
+void CTable::ForEachRow(tUse use) const
+{
+    std::vector<std::string> row(mColumns.size());
+    size_t at = 0;
+    for (size_t i = 0; i < mLengths.size(); ++i) {
+        row[i % row.size()].assign(mCells, at, mLengths[i]);
+        at += mLengths[i];
+        if ((i + 1) % row.size() == 0) {
+            use(row);
+        }
+    }
+}
+
 std::string CTable::ToText() const
 {
-    std::vector<std::vector<std::string>> lines(1);
+    std::vector<size_t> widths;
+    std::vector<std::string> titles;
     for (const tColumn& column : mColumns) {
-        lines[0].push_back(column.title);
+        titles.push_back(column.title);
+        widths.push_back(Width(column.title));
     }
-    for (const std::vector<std::string>& row : mRows) {
-        lines.emplace_back();
-        for (const std::string& cell : row) {
-            lines.back().push_back(Escapes::ForTerminal(cell));
+    ForEachRow([&widths](const std::vector<std::string>& row) {
+        for (size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], Width(Escapes::ForTerminal(row[i])));
         }
-    }
-    std::vector<size_t> widths(mColumns.size());
-    for (const std::vector<std::string>& line : lines) {
-        for (size_t i = 0; i < line.size(); ++i) {
-            widths[i] = std::max(widths[i], Width(line[i]));
-        }
-    }
+    });
     std::string text;
-    for (const std::vector<std::string>& line : lines) {
-        std::string row;
-        for (size_t i = 0; i < line.size(); ++i) {
-            const std::string filler(widths[i] - Width(line[i]), ' ');
-            row += (i > 0 ? "  " : "") + (mColumns[i].isNumber ? filler + line[i] : line[i] + filler);
+    const auto addLine = [&](const std::vector<std::string>& cells) {
+        std::string line;
+        for (size_t i = 0; i < cells.size(); ++i) {
+            const std::string cell = Escapes::ForTerminal(cells[i]);
+            const std::string filler(widths[i] - Width(cell), ' ');
+            line += (i > 0 ? "  " : "") + (mColumns[i].isNumber ? filler + cell : cell + filler);
         }
-        row.erase(row.find_last_not_of(' ') + 1);
-        text += row + "\n";
-    }
+        line.erase(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    };
+    addLine(titles);
+    ForEachRow(addLine);
     return text;
 }
 
@@ -69,11 +90,11 @@ std::string CTable::ToCSV(bool isForTerminal) const
         text += "\r\n";
     };
     addLine(mColumns.size(), [this](size_t i) { return CSVCell(mColumns[i].title, true); });
-    for (const std::vector<std::string>& row : mRows) {
+    ForEachRow([&](const std::vector<std::string>& row) {
         addLine(row.size(), [&](size_t i) {
             return CSVCell(isForTerminal ? Escapes::ForTerminal(row[i]) : row[i], mColumns[i].isNumber);
         });
-    }
+    });
     return text;
 }
 
@@ -85,13 +106,13 @@ std::string CTable::ToHTML() const
                 "</th>";
     }
     text += "</tr></thead>\n<tbody>\n";
-    for (const std::vector<std::string>& row : mRows) {
+    ForEachRow([&](const std::vector<std::string>& row) {
         text += "<tr>";
         for (size_t i = 0; i < row.size(); ++i) {
             text += std::string("<td") + (mColumns[i].isNumber ? " class=\"number\">" : ">") + Escapes::ForXML(row[i]) +
                     "</td>";
         }
         text += "</tr>\n";
-    }
+    });
     return text + "</tbody>\n</table>\n";
 }

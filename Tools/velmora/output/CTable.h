@@ -1,6 +1,7 @@
 // Rows and columns, for people, programs and printers.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,8 +15,8 @@ public:
 
     explicit CTable(std::vector<tColumn> columns) : mColumns(std::move(columns)) {}
 
-    void AddRow(std::vector<std::string> cells) { mRows.push_back(std::move(cells)); }
-    bool IsEmpty() const { return mRows.empty(); }
+    void AddRow(const std::vector<std::string>& cells);
+    bool IsEmpty() const { return mLengths.empty(); }
 
     /// Columns side by side, with a line of titles; control characters escaped.
     std::string ToText() const;
@@ -26,6 +27,10 @@ public:
     std::string ToHTML() const;
 
 private:
+    template <typename tUse>
+    void ForEachRow(tUse use) const;
+
     std::vector<tColumn> mColumns;
-    std::vector<std::vector<std::string>> mRows;
+    std::string mCells;             ///< one behind the other: a text each would take several times the memory
+    std::vector<uint32_t> mLengths; ///< of the cells
 };

@@ -16,6 +16,13 @@ void JSON::PutPath(tRecord& record, const char* key, const std::string& path)
     }
 }
 
+void JSON::PutPath(CJSONObject& object, const char* key, const std::string& path)
+{
+    tRecord record;
+    PutPath(record, key, path);
+    object.PutAll(record);
+}
+
 JSON::tRecord JSON::DescribeFailure(const std::string& code, const std::string& message, uint32_t element)
 {
     tRecord failure;

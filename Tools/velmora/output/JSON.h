@@ -1,6 +1,7 @@
 // Records in JSON, as commands print them: an object a line.
 #pragma once
 
+#include "protocol/CJSONObject.h"
 #include "protocol/Messages.h"
 
 #include <nlohmann/json.hpp>
@@ -15,6 +16,7 @@ std::string ToLine(const tRecord& record);
 
 /// Puts in a path of any bytes; where it is not UTF-8, also a member KEY_base64 with the exact ones.
 void PutPath(tRecord& record, const char* key, const std::string& path);
+void PutPath(CJSONObject& object, const char* key, const std::string& path);
 
 /// What a record says of a failure, as its member "error".
 /// @param code     "1" to "5", which become numbers, or a word
