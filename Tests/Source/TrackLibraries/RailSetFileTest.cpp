@@ -14,7 +14,6 @@
 #include <climits>
 
 using Platform::eReportLevel;
-using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -198,7 +197,7 @@ TEST(RailSetFile, MissingAndOverlongRecords)
     EXPECT_EQ(library.GetParameters().prefix, std::string(7, 'a'));
 }
 
-TEST(RailSetFile, CutOrChangedAnywhereItLoadsWithACode)
+TEST(RailSetFile, CutAnywhereItLoadsWithACode)
 {
     tLibrary source;
     source.elements = {Article("0"), Article("1"), Article("2")};
@@ -213,13 +212,6 @@ TEST(RailSetFile, CutOrChangedAnywhereItLoadsWithACode)
                           : missing > 1   ? CRailSet::kElementFailed
                                           : CRailSet::kLoaded);
         EXPECT_TRUE(part.size() > good.find("RCig") || library.GetSize() == 0);
-    });
-    ForEachReplacedByte(good, [&](std::string_view damaged) {
-        const CScratchFile file(damaged);
-        const int result = CRailSet(file.Path()).Load();
-        const bool magic = damaged.starts_with("RSet");
-        const bool version = damaged.substr(4, 4) == good.substr(4, 4);
-        EXPECT_THAT(result, !magic ? AnyOf(3, 3) : !version ? AnyOf(4, 4) : AnyOf(0, 1));
     });
 }
 
