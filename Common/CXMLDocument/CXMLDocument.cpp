@@ -76,17 +76,18 @@ void CXMLDocument::GetNodesWithKey(const char* key, std::vector<CXMLNode*>& node
     }
 }
 
-void CXMLDocument::Read(const char* path)
+bool CXMLDocument::Read(const char* path)
 {
     std::string bytes;
     if (path == nullptr || !UXMLFile::ReadBytes(path, bytes)) {
-        return;
+        return false;
     }
     mTree = nullptr;
     mParsed = UXMLFile::Parse(bytes);
     if (mParsed) {
         BuildNodes();
     }
+    return true;
 }
 
 void CXMLDocument::Read(CFURLRef file)

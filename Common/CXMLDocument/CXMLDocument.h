@@ -47,7 +47,8 @@ public:
     /// is not XML, not UTF-8, or beyond the limits of UXMLFile, the nodes stay as they are, and the document cannot be
     /// written any more.
     /// @param path  as for Platform::CInputFile
-    void Read(const char* path);
+    /// @return false when the file cannot be read
+    bool Read(const char* path);
     void Read(CFURLRef file);
     void Read(const FSRef& file);
 

@@ -101,6 +101,13 @@ CInputFile::~CInputFile()
     }
 }
 
+bool CInputFile::HasFailed() const
+{
+    struct stat status = {};
+    return mStream != nullptr && ferror(mStream) != 0 &&
+           !(fstat(fileno(mStream), &status) == 0 && S_ISDIR(status.st_mode));
+}
+
 // Follows a link whose end does not exist yet, by hand, since realpath wants the end to exist.
 static std::string FollowDanglingLink(std::string path)
 {

@@ -23,7 +23,7 @@ public:
     /// What Load answers.
     enum eLoadResult : int {
         kLoaded = 0,
-        kCannotOpen = 1,
+        kCannotOpen = 1,         ///< or the system failed to read it; what was read before stays
         kNoLayout = 2,           ///< not a layout file, or one shorter than its header
         kUnsupportedVersion = 3, ///< written before version 3
         kElementFailed = 4,      ///< an element is damaged; those before it stay

@@ -43,7 +43,7 @@ int CLayout::Load(std::string path)
         }
         tDocumentHeader header;
         if (!header.Read(file) || header.magic != LayoutFormat::kMagic) {
-            return kNoLayout;
+            return input.HasFailed() ? kCannotOpen : kNoLayout;
         }
         const int version = static_cast<int>(header.version);
         if (version < LayoutFormat::kOldestVersion) {
@@ -51,7 +51,7 @@ int CLayout::Load(std::string path)
         }
         int elementCount = 0;
         if (!ReadLayoutParameter(file, version, elementCount)) {
-            return kLayersFailed;
+            return input.HasFailed() ? kCannotOpen : kLayersFailed;
         }
         ResetWorkspaceBounds();
         mFileName = std::move(path);
@@ -59,6 +59,7 @@ int CLayout::Load(std::string path)
             result = kElementFailed;
         }
         LoadGroups(file, groupList);
+        result = input.HasFailed() ? kCannotOpen : result;
     }
     UGroups::DeserializeGroups(&mGroupsManager, mGroups, mElements, groupList);
     CLayoutJointsManager::SnapCloseJoints();

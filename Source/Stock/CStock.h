@@ -41,8 +41,9 @@ public:
     /// What a file turned out to be.
     enum class eFileState {
         kWhole,
-        kNoStock, ///< it cannot be read, is no stock file or holds nothing
-        kBadEntry ///< an entry lacks its product number or its library; those before it were handed over
+        kUnreadable, ///< missing, or the system fails to read it
+        kNoStock,    ///< it is no stock file or holds nothing
+        kBadEntry    ///< an entry lacks its product number or its library; those before it were handed over
     };
     /// Calls `use(library, product number, count)` for each entry of a stock file, whether or not its library is known.
     /// Names come in UTF-8, so that those outside Mac OS Roman can be told from each other. What is wrong is reported

@@ -67,10 +67,12 @@ CStock::eFileState CStock::ForEachEntry(const char* path,
                                         const std::function<void(const std::string&, const std::string&, int)>& use)
 {
     if (path == nullptr || *path == '\0') {
-        return eFileState::kNoStock;
+        return eFileState::kUnreadable;
     }
     CXMLDocument document;
-    document.Read(path);
+    if (!document.Read(path)) {
+        return eFileState::kUnreadable;
+    }
     const auto* const root = dynamic_cast<const CXMLTreeNode*>(document.GetNodeByKey(kRoot));
     CXMLTreeNode::tNodes children;
     if (root == nullptr || root->GetChildren(children) == 0) {

@@ -58,8 +58,9 @@ public:
     /// elements take over the library's name, prefix, currency, scale and widths; they lie on no layer, whatever the
     /// file says.
     /// @return kLoaded; kElementFailed when an element before the last is damaged or missing (a damaged last one is
-    ///         only left out); kCannotOpen; kNoLibrary for another magic and files shorter than their header;
-    ///         kUnsupportedVersion for any version but 2. The last three leave the library as it was.
+    ///         only left out); kCannotOpen, also when the system fails to read it; kNoLibrary for another magic and
+    ///         files shorter than their header; kUnsupportedVersion for any version but 2. The last three leave the
+    ///         library as it was.
     int Load();
     /// Writes the file, whole or not at all. Sets the modification date and every element's library name, which is the
     /// name of the file.

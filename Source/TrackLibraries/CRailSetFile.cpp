@@ -72,13 +72,14 @@ int CRailSet::Load()
     }
     tDocumentHeader header;
     if (!header.Read(file) || header.magic != LibraryFormat::kMagic) {
-        return kNoLibrary;
+        return input.HasFailed() ? kCannotOpen : kNoLibrary;
     }
     if (header.version != LibraryFormat::kVersion) {
         return kUnsupportedVersion;
     }
     const int count = ReadParameters(file);
-    return LoadElements(file, count) ? kLoaded : kElementFailed;
+    const bool whole = LoadElements(file, count);
+    return input.HasFailed() ? kCannotOpen : whole ? kLoaded : kElementFailed;
 }
 
 int CRailSet::ReadParameters(FILE* file)

@@ -82,20 +82,26 @@ struct tStockEntry {
     int count;
 };
 
-/// Reads the entries of a stock file up to the first that is none. @return what is wrong; empty when all is well
-std::string ReadStock(const std::string& path, std::vector<tStockEntry>& entries)
+/// Reads the entries of a stock file up to the first that is none.
+/// @param problem  what is wrong with it; empty when all is well
+/// @return false when the file cannot be read
+bool ReadStock(const std::string& path, std::vector<tStockEntry>& entries, std::string& problem)
 {
     switch (CStock::ForEachEntry(path.c_str(), [&](const std::string& library, const std::string& number, int count) {
         entries.push_back({library, number, count});
     })) {
     case CStock::eFileState::kWhole:
-        return {};
+        break;
+    case CStock::eFileState::kUnreadable:
+        return false;
     case CStock::eFileState::kNoStock:
-        return "is not a stock file";
+        problem = "is not a stock file";
+        break;
     case CStock::eFileState::kBadEntry:
+        problem = "entry " + std::to_string(entries.size() + 1) + " lacks its product number or its library";
         break;
     }
-    return "entry " + std::to_string(entries.size() + 1) + " lacks its product number or its library";
+    return true;
 }
 
 tJSON Findings(const std::vector<tFinding>& findings)
@@ -112,47 +118,52 @@ tJSON Findings(const std::vector<tFinding>& findings)
     return list;
 }
 
-/// Elements that a layout promises, as its own reader sees it.
-int PromisedElements(const std::string& path)
+/// Elements that a layout promises, as its own reader sees it. @return false when the file cannot be read
+bool ReadPromisedElements(const std::string& path, int& count)
 {
     const Platform::CInputFile input(path);
     unsigned char header[8];
-    int count = 0;
     if (input.Get() != nullptr && fread(header, sizeof header, 1, input.Get()) == 1) {
         CLayout layout;
         layout.ReadLayoutParameter(input.Get(), header[7], count);
     }
-    return count;
+    return input.Get() != nullptr && !input.HasFailed();
 }
 
-/// What a reader makes of a layout.
-tJSON ReadLayout(const std::string& path)
+/// What a reader makes of a layout. @return false when the file cannot be read
+bool ReadLayout(const std::string& path, tJSON& reader)
 {
     CBoundLayout layout;
     const int code = layout.Load(path);
     const int elements = static_cast<int>(layout.GetElements().size());
-    const int promised = code == CLayout::kLoaded || code == CLayout::kElementFailed ? PromisedElements(path) : 0;
-    return {{"code", code}, {"elements", elements}, {"lost", std::max(promised - elements, 0)}};
+    int promised = 0;
+    if (code == CLayout::kCannotOpen || !ReadPromisedElements(path, promised)) {
+        return false;
+    }
+    promised = code == CLayout::kLoaded || code == CLayout::kElementFailed ? promised : 0;
+    reader = {{"code", code}, {"elements", elements}, {"lost", std::max(promised - elements, 0)}};
+    return true;
 }
 
-tJSON ReadLibrary(const std::string& path)
+bool ReadLibrary(const std::string& path, tJSON& reader)
 {
     CRailSet library(path);
     const int code = library.Load();
-    return {{"code", code}, {"elements", library.GetSize()}};
+    reader = {{"code", code}, {"elements", library.GetSize()}};
+    return code != CRailSet::kCannotOpen;
 }
 
 tAnswer MakeLibraryFailure(int code, size_t articles)
 {
+    if (code == CRailSet::kCannotOpen) {
+        return MakeUnreadable();
+    }
     tAnswer failed = MakeFailure(eFailure::kLoader, {});
     failed.failure.loaderCode = code;
     switch (code) {
     case CRailSet::kElementFailed:
         failed.failure.element = static_cast<uint32_t>(articles + 1);
         failed.failure.message = "article " + std::to_string(articles + 1) + " is damaged";
-        break;
-    case CRailSet::kCannotOpen:
-        failed.failure.message = "cannot be opened";
         break;
     case CRailSet::kUnsupportedVersion:
         failed.failure.message = "the version of the track library is not supported";
@@ -228,25 +239,31 @@ tAnswer AnswerCheck(const std::string& path, int document)
 {
     std::vector<unsigned char> bytes;
     if (!ReadAll(document, bytes)) {
-        tAnswer failed = MakeFailure(eFailure::kLoader, "cannot be read");
-        failed.failure.loaderCode = CLayout::kCannotOpen;
-        return failed;
+        return MakeUnreadable();
     }
+    tJSON reader;
     switch (CDocumentChecker::GetKind(bytes)) {
     case CDocumentChecker::eDocument::kLayout:
-        return Report(eVerb::kCheck, {{"kind", "layout"},
-                                      {"findings", Findings(CDocumentChecker::CheckLayout(bytes))},
-                                      {"reader", ReadLayout(path)}});
+        return !ReadLayout(path, reader)
+                   ? MakeUnreadable()
+                   : Report(eVerb::kCheck, {{"kind", "layout"},
+                                            {"findings", Findings(CDocumentChecker::CheckLayout(bytes))},
+                                            {"reader", reader}});
     case CDocumentChecker::eDocument::kLibrary:
-        return Report(eVerb::kCheck, {{"kind", "track library"},
-                                      {"findings", Findings(CDocumentChecker::CheckLibrary(bytes))},
-                                      {"reader", ReadLibrary(path)}});
+        return !ReadLibrary(path, reader)
+                   ? MakeUnreadable()
+                   : Report(eVerb::kCheck, {{"kind", "track library"},
+                                            {"findings", Findings(CDocumentChecker::CheckLibrary(bytes))},
+                                            {"reader", reader}});
     case CDocumentChecker::eDocument::kUnknown:
         break;
     }
     std::vector<tStockEntry> entries;
+    std::string problem;
     if (LooksLikeXML(bytes)) {
-        const std::string problem = ReadStock(path, entries);
+        if (!ReadStock(path, entries, problem)) {
+            return MakeUnreadable();
+        }
         tJSON findings = tJSON::array();
         if (!problem.empty()) {
             findings.push_back({{"offset", 0},
@@ -323,7 +340,10 @@ std::string GetStockFileName()
 tAnswer AnswerStock(const std::string& path)
 {
     std::vector<tStockEntry> entries;
-    const std::string problem = ReadStock(path, entries);
+    std::string problem;
+    if (!ReadStock(path, entries, problem)) {
+        return MakeUnreadable();
+    }
     if (!problem.empty()) {
         tAnswer failed = MakeFailure(eFailure::kLoader, problem);
         failed.failure.loaderCode = CLayout::kNoLayout;

@@ -85,14 +85,20 @@ static std::string DescribeElementFailure(const std::string& reason)
     return reason;
 }
 
+tAnswer MakeUnreadable()
+{
+    tAnswer answer = MakeFailure(eFailure::kLoader, "cannot be read: its disk, or the network, reports an error");
+    answer.failure.loaderCode = CLayout::kCannotOpen;
+    return answer;
+}
+
 tAnswer MakeLoadFailure(int result, size_t elements, int document)
 {
     tAnswer answer = MakeFailure(eFailure::kLoader, {});
     answer.failure.loaderCode = result;
     switch (result) {
     case CLayout::kCannotOpen:
-        answer.failure.message = "cannot be opened";
-        break;
+        return MakeUnreadable();
     case CLayout::kNoLayout:
         answer.failure.message = "is not a layout document";
         break;

@@ -37,7 +37,10 @@ tAnswer AnswerIndex(const CPlugIn& plugIn, const std::string& contentType, int d
     }
     answer.verb = eVerb::kIndex;
     CBoundLayout layout;
-    layout.Load(PathOfDescriptor(document)); // the importer could: a document that changed since gives what it has
+    const int code = layout.Load(PathOfDescriptor(document)); // fails after the importer could: a bad disk, or a change
+    if (code != CLayout::kLoaded) {
+        return MakeLoadFailure(code, layout.GetElements().size(), document);
+    }
     CNameList libraries;
     CNameList articles;
     BOOST_FOREACH(CCompositeGeometry* element, layout.GetElements()) {

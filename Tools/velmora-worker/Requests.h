@@ -19,6 +19,9 @@ tAnswer AnswerSchema(const CPlugIn& plugIn);
 /// @param elements  loaded before
 tAnswer MakeLoadFailure(int result, size_t elements, int document);
 
+/// A document that was open has become unreadable.
+tAnswer MakeUnreadable();
+
 /// What is wrong with a layout, a track library or a stock file, as a report; `path` names the same document.
 tAnswer AnswerCheck(const std::string& path, int document);
 /// The parts of a layout by library and number.

@@ -61,6 +61,10 @@ public:
     /// The stream, owned by this object; null when the file cannot be opened.
     FILE* Get() const { return mStream; }
 
+    /// Whether the system could not read what it had opened, as on a failing disk: what was read is then no measure of
+    /// the document. Not so for a folder, which holds no bytes.
+    bool HasFailed() const;
+
 private:
     FILE* mStream;
     std::unique_ptr<char[]> mBuffer;

@@ -141,8 +141,13 @@ int CBatch::Run(tRequest request, tRunHandlers handlers, COutput& output, const 
         output.Flush();
         COutput::PrintMessage(Summarize(counts, done, mRun->GetSeconds()));
     }
+    if (HasBrokenList()) {
+        COutput::PrintMessage("the list " + Escapes::ForTerminal(mOptions.filesFrom) +
+                              " cannot be read to its end: " + strerror(mSource->GetListError()));
+    }
     if (Interrupt::IsRequested()) {
         return kExitInterrupted;
     }
-    return CannotServe() || counts.CountFailed() > 0 ? kExitFailed : kExitOK; // also without any input
+    return CannotServe() || HasBrokenList() || counts.CountFailed() > 0 ? kExitFailed
+                                                                        : kExitOK; // also without any input
 }

@@ -39,6 +39,9 @@ public:
     /// Whether there is no usable plug-in, which has been said: every input will fail.
     bool CannotServe() const { return mPool->GetRefusal() != nullptr; }
 
+    /// Whether the list of documents broke off at an error, once everything that was read of it is done.
+    bool HasBrokenList() const { return mSource->GetListError() != 0; }
+
     /// @param request   what is asked about each document
     /// @param handlers  `idle` is called besides what the batch does then
     /// @param output    where `take` writes to; flushed in time

@@ -279,7 +279,7 @@ private:
         };
         COutput output(STDOUT_FILENO);
         batch.Run({eVerb::kIndex, Importer::kContentType}, std::move(handlers), output, "indexed");
-        return !stopped && !Interrupt::IsRequested();
+        return !stopped && !batch.HasBrokenList() && !Interrupt::IsRequested();
     }
 
     /// Only paths from a list need it: those below roots are as the index wants them.

@@ -11,6 +11,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 #include <deque>
 #include <fcntl.h>
 #include <map>
@@ -66,7 +67,10 @@ public:
         }
         TakeAnswers();
         mOutput.Flush();
-        return Interrupt::IsRequested() ? kExitInterrupted : kExitOK;
+        if (mLines.GetError() != 0) {
+            COutput::PrintMessage(std::string("the requests cannot be read: ") + strerror(mLines.GetError()));
+        }
+        return Interrupt::IsRequested() ? kExitInterrupted : mLines.GetError() != 0 ? kExitFailed : kExitOK;
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "index/Schema.h"
 #include "index/Tokenizer.h"
+#include "output/CReplacedFile.h"
 #include "output/Escapes.h"
 #include "protocol/CDescriptor.h"
 
@@ -245,7 +246,7 @@ CIndexDatabase::CIndexDatabase(const std::string& path, eAccess access) : mPath(
     try {
         mImpl = std::make_unique<CImpl>(path, access);
     } catch (const SQLite::Exception& error) {
-        throw CIndexError("the index " + Quote(path) + " cannot be used: " + error.what());
+        throw CIndexError(Explain(path, error));
     }
 }
 
@@ -260,6 +261,12 @@ std::string CIndexDatabase::Explain(const std::string& path, const std::exceptio
         return text + " cannot be written: the disk is full. What was committed before is kept";
     }
     text += std::string(" cannot be used: ") + error.what();
+    if (code == SQLITE_CANTOPEN || code == SQLITE_IOERR) { // whose cause SQLite does not keep; a disk has it still
+        const std::string trial = path + "-trial";
+        const std::string reason = CReplacedFile::Write(trial, std::string(4096, ' '), true);
+        unlink(trial.c_str());
+        text += reason.empty() ? "" : "; a file beside it " + reason;
+    }
     return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? text + "\nIt is damaged: remove it and index again."
                                                            : text;
 }

@@ -77,6 +77,9 @@ public:
     /// Opens the file at the input's path, as if a list had named it.
     static void OpenNamed(tInput& input);
 
+    /// The system's error at which the list broke off; 0 when it did not.
+    int GetListError() const { return mList ? mList->GetError() : 0; }
+
     /// What to wait for after kNotYet.
     int GetDescriptor() const { return mList->GetDescriptor(); }
 

@@ -27,6 +27,7 @@ bool CLineReader::Fill()
         return false;
     }
     mEnded = count <= 0;
+    mError = count < 0 && errno != EINTR ? errno : 0;
     return true;
 }
 

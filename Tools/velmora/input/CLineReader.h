@@ -13,7 +13,7 @@ public:
         kLine,   ///< also a last one without its end
         kCut,    ///< the beginning of a line that is too long
         kNotYet, ///< wait until GetDescriptor() can be read
-        kEnd     ///< the stream has ended, or cannot be read
+        kEnd     ///< the stream has ended, or GetError() says why it cannot be read
     };
 
     /// @param stream     closed with the reader
@@ -25,6 +25,9 @@ public:
 
     int GetDescriptor() const { return mStream.Get(); }
 
+    /// The system's error that has ended the stream; 0 for its own end.
+    int GetError() const { return mError; }
+
 private:
     bool Fill();
 
@@ -34,5 +37,6 @@ private:
     size_t mStart = 0;    ///< of the line that is being looked for
     size_t mSearched = 0; ///< up to where there is no separator
     bool mEnded = false;
+    int mError = 0;
     bool mSkipping = false; ///< in the rest of a line that was cut
 };

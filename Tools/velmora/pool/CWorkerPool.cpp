@@ -325,7 +325,7 @@ static bool IsUnchanged(const struct stat& before, const struct stat& now)
 void CWorkerPool::Finish(const tJob& job, tAnswer answer)
 {
     struct stat now = {};
-    if (!answer.ok && job.document.IsOpen() && fstat(job.document.Get(), &now) == 0 && !IsUnchanged(job.status, now)) {
+    if (job.document.IsOpen() && fstat(job.document.Get(), &now) == 0 && !IsUnchanged(job.status, now)) {
         answer = MakeFailure(eFailure::kLoader, "was changed while it was read");
         answer.failure.loaderCode = 1;
     }
