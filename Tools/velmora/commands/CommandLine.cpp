@@ -154,7 +154,7 @@ static std::string CheckSeconds(const std::string& text)
 {
     char* end = nullptr;
     const double seconds = std::strtod(text.c_str(), &end);
-    const bool isGood = end != text.c_str() && *end == '\0' && seconds > 0 && seconds <= 86400;
+    const bool isGood = end != text.c_str() && *end == '\0' && seconds > 0 && seconds <= Bounds::kMostDocumentSeconds;
     return isGood ? "" : "must be a number of seconds above 0, at most 86400";
 }
 
@@ -167,7 +167,7 @@ void AddWorkerOptions(CParser& parser, tWorkerOptions& options)
         .Checked(CheckSeconds)
         .Named("SECONDS");
     parser.Add("--memory", options.memoryMegabytes, "Memory for a worker process, in megabytes (default 1024)")
-        .Between(1, 1 << 20)
+        .Between(1, Bounds::kMostWorkerMegabytes)
         .Named("MB");
     parser
         .Add("--sandbox", options.sandbox,
