@@ -19,7 +19,7 @@ constexpr double kOutlineBytes = 1400.0; ///< of a letter; few have more
 constexpr double kSegmentWork = 300.0;
 constexpr double kDashWork = 130.0;
 constexpr double kEdgeWork = 60.0;       ///< for each pixel along an edge
-constexpr double kCoarseEdgeWork = 20.0; ///< the same without smooth edges
+constexpr double kCoarseEdgeWork = 30.0; ///< the same without smooth edges
 /// So many edges side by side make each of them twice as dear.
 constexpr double kEasyEdges = 200.0;
 constexpr double kAreaWork = 0.7; ///< for each pixel

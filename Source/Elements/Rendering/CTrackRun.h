@@ -53,7 +53,7 @@ private:
 
     private:
         /// On one path, which is in memory as a whole and whose lines all are looked through in each row of pixels.
-        static constexpr double kMostSegments = 20000;
+        static constexpr double kMostSegments = 8000;
         static constexpr double kPixelsPerSegment = 2; ///< so long a line costs as much as a short one more
         const tRenderContext& mContext;
         tPen mPen;
