@@ -6,6 +6,7 @@
 
 #include <bitset>
 #include <map>
+#include <tuple>
 #include <vector>
 
 /// Draws nothing, but adds up what a picture would take for it. Both figures err upwards.
@@ -40,14 +41,6 @@ public:
     void MeasureText(const std::string& text, const tTextLook& look, double& width, double& height) override;
 
 private:
-    /// Letters that look alike are described once.
-    struct tLetters {
-        std::string font;
-        double size;
-        double angle;
-        auto operator<=>(const tLetters&) const = default;
-    };
-
     void AddPoint(tVector2D point, double length);
     void AddEdges(double pixels, bool isCoarse);
     void ForgetPath();
@@ -58,7 +51,8 @@ private:
     std::vector<double> mScales;
     double mBytes = 0.0;
     double mWork = 0.0;
-    std::map<tLetters, std::bitset<256>> mLetters;
+    /// Letters that look alike are described once: which were, by font, size and angle.
+    std::map<std::tuple<std::string, double, double>, std::bitset<256>> mLetters;
 
     // The path at hand, in units of the drawing.
     double mPathBytes = 0.0;
