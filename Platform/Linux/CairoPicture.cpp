@@ -105,7 +105,9 @@ void CCairoPicture::Stroke(const tPen& pen)
     cairo_set_line_cap(mContext, CapOf(pen.cap));
     cairo_set_line_join(mContext, JoinOf(pen.join));
     cairo_set_dash(mContext, pen.dash.data(), static_cast<int>(pen.dash.size()), pen.dashOffset);
+    cairo_set_antialias(mContext, pen.isCoarse ? CAIRO_ANTIALIAS_FAST : CAIRO_ANTIALIAS_DEFAULT);
     cairo_stroke(mContext);
+    cairo_set_antialias(mContext, CAIRO_ANTIALIAS_DEFAULT);
 }
 
 void CCairoPicture::Turn(double angle)

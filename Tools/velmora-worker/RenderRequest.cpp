@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include <optional>
+#include <sys/stat.h>
 
 namespace {
 /// A page of A4 in points, the longer side first.
@@ -74,12 +75,17 @@ tAnswer Draw(CLayout& layout, const tPictureWish& wish, tPictureOptions options)
     if (!picture->Finish(answer.picture)) {
         return MakeFailure(eFailure::kMemory, "the picture could not be drawn in the memory granted");
     }
+    if (options.isScalable && answer.picture.size() > CLayoutRenderer::GetMostBytes(options.documentSize)) {
+        return MakeFailure(eFailure::kMemory, "the picture would be too large for a document of this size");
+    }
     answer.ok = true;
     answer.verb = eVerb::kRender;
     answer.report = nlohmann::ordered_json({{"width", renderer->GetWidth()},
                                             {"height", renderer->GetHeight()},
                                             {"elements", renderer->GetNumberOfElements()},
                                             {"strays", renderer->GetNumberOfStrays()},
+                                            {"simplified", renderer->GetNumberOfSimplified()},
+                                            {"left_out", renderer->GetNumberOfLeftOut()},
                                             {"labels_left_out", renderer->GetNumberOfLeftOutLabels()}})
                         .dump();
     return answer;
@@ -113,6 +119,10 @@ tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& 
         return MakeLoadFailure(code, layout.GetElements().size(), document);
     }
     tPictureOptions options;
+    struct stat status = {};
+    if (fstat(document, &status) == 0) {
+        options.documentSize = static_cast<size_t>(status.st_size);
+    }
     options.width = static_cast<int>(wish.width);
     options.height = static_cast<int>(wish.height);
     options.isExact = options.isTransparent = wish.isThumbnail;

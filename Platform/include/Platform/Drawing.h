@@ -31,6 +31,7 @@ struct tPen {
     eLineJoin join = eLineJoin::kMiter;
     std::vector<double> dash = {}; ///< lengths of dash and gap by turns, each above 0; empty for a whole line
     double dashOffset = 0;         ///< where in the dash a line begins
+    bool isCoarse = false;         ///< edges need not be smooth: that is quicker
 };
 
 /// How a text is set.

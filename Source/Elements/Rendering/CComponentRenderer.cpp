@@ -38,5 +38,6 @@ double CComponentRenderer::GetReach(CBasicGeometry&, eTrackStyle) const
     return 0.0;
 }
 
-void CComponentRenderer::Draw(CBasicGeometry&, const tPlacement&, const CDrawingOptions&, const tRenderContext&) const
+void CComponentRenderer::Draw(CBasicGeometry&, const tPlacement&, const CDrawingOptions&, const tRenderContext&,
+                              int) const
 {}

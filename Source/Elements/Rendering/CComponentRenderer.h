@@ -6,7 +6,21 @@
 #include "Elements/Rendering/CTrackCourse.h"
 #include "Elements/Rendering/UTrackStyles.h"
 
+#include <algorithm>
+
 class CBasicGeometry;
+
+/// How sparingly an element is drawn: 0 with all its parts; from kOneLine on each further step halves its points.
+enum : int {
+    kNoSleepers = 1, ///< nor points closer than half a pixel, nor texts, nor outlines of areas
+    kOneLine = 2,    ///< a track is a line, an area an outline
+    kLeftOut = 1000
+};
+/// Of so many points one is drawn.
+constexpr size_t StrideOf(int economy)
+{
+    return size_t{1} << std::max(economy - kOneLine, 0);
+}
 
 /// Where an element lies: its position and angle.
 struct tPlacement {
@@ -41,7 +55,7 @@ public:
     virtual double GetReach(CBasicGeometry& component, eTrackStyle style) const;
     /// Draws anything but track.
     virtual void Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
-                      const tRenderContext& context) const;
+                      const tRenderContext& context, int economy) const;
 };
 
 /// Parts of one colour and of another.

@@ -138,6 +138,36 @@ void CTrackCourse::AddCurve(const tBezierSegment& segment)
     mLength += sum / (3.0 * kSteps);
 }
 
+CTrackCourse CTrackCourse::Thinned(double spacing, size_t stride) const
+{
+    CTrackCourse course;
+    size_t passed = 0;
+    tVector2D from = IsEmpty() ? tVector2D{} : GetStart();
+    for (size_t i = 0; i < mPieces.size(); ++i) {
+        const auto* segment = std::get_if<tBezierSegment>(&mPieces[i]);
+        if (segment == nullptr) { // straights and arcs are courses of one piece
+            return *this;
+        }
+        const tVector2D to = segment->p3;
+        const tVector2D way = {to.x - from.x, to.y - from.y};
+        ++passed;
+        const bool isKept = passed >= stride && std::hypot(way.x, way.y) >= spacing;
+        if (!isKept && i + 1 < mPieces.size()) {
+            continue;
+        }
+        if (stride > 1) {
+            course.AddLine(from, to);
+        } else if (passed == 1) {
+            course.AddCurve(*segment);
+        } else {
+            course.AddCurve({from, Shifted(from, way, 1.0 / 3.0), Shifted(from, way, 2.0 / 3.0), to});
+        }
+        from = to;
+        passed = 0;
+    }
+    return course;
+}
+
 bool CTrackCourse::AddCutTo(CDrawing& drawing, double distance) const
 {
     const auto isTight = [distance](const tPiece& piece) {
@@ -178,7 +208,9 @@ void CTrackCourse::AddTo(CDrawing& drawing, double distance) const
             const tVector2D right = RightOf({line->to.x - line->from.x, line->to.y - line->from.y});
             const tVector2D from = Shifted(line->from, right, distance);
             const tVector2D to = Shifted(line->to, right, distance);
-            drawing.MoveTo(from.x, from.y);
+            if (first) {
+                drawing.MoveTo(from.x, from.y);
+            }
             drawing.LineTo(to.x, to.y);
         } else if (const auto* arc = std::get_if<tArc>(&piece)) {
             const double radius = arc->arc.radius - distance;

@@ -35,6 +35,12 @@ public:
     tVector2D GetStart() const { return GetPoint(mPieces.front(), false); }
     tVector2D GetEnd() const { return GetPoint(mPieces.back(), true); }
 
+    /// The course with straight pieces in place of curves that end closer than `spacing` (mm) to the point before, and
+    /// with every `stride`th point alone. Its start and its end stay.
+    CTrackCourse Thinned(double spacing, size_t stride) const;
+
+    size_t GetNumberOfPieces() const { return mPieces.size(); }
+
     /// Adds the line at a distance from the course to the drawing's path: to the right of travel, seen with y growing
     /// downwards, where the distance is positive. Straights and arcs stay what they are, a curve becomes Bezier pieces
     /// within 0.02 mm. A curve with a bend tighter than the distance becomes a chain that is cut

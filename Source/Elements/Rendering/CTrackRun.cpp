@@ -27,6 +27,8 @@ constexpr double kFinestMidRail = 6.0; ///< gauge from which on there is room fo
 
 /// Gauges and beds wider than this are none, mm.
 constexpr double kMostWidth = 1000.0;
+/// Tracks of an element whose sleepers others take over; a turnout has four.
+constexpr size_t kMostRoutes = 16;
 /// Joints closer than this are the same, mm.
 constexpr double kSamePlace = 0.5;
 
@@ -58,33 +60,44 @@ double UsableOr(double value, double substitute)
 }
 } // namespace
 
-void CTrackRun::CStroker::Use(const tPen& pen)
+void CTrackRun::CStroker::Use(const tPen& pen, const tTrack& track)
 {
-    if (mCount == kMostTracks || (mCount > 0 && !AreSame(pen, mPen))) {
+    const double segments = static_cast<double>(track.course.GetNumberOfPieces()) +
+                            (pen.dash.empty() ? 0.0 : track.course.GetLength() / track.pitch) +
+                            track.course.GetLength() / (kPixelsPerSegment * mContext.pixel);
+    if (mSegments + segments > kMostSegments || (mSegments > 0.0 && !AreSame(pen, mPen))) {
         Flush();
     }
     mPen = pen;
-    ++mCount;
+    mSegments += segments;
 }
 
 void CTrackRun::CStroker::Flush()
 {
-    if (mCount > 0) {
-        mDrawing.Stroke(mPen);
-        mCount = 0;
+    if (mSegments > 0.0) {
+        mContext.drawing.Stroke(mPen);
+        mSegments = 0.0;
     }
 }
 
 void CTrackRun::Add(CCompositeGeometry& element, CBasicGeometry& component, CTrackCourse course,
-                    const CDrawingOptions& options, bool isFirst)
+                    const CDrawingOptions& options, bool isFirst, int economy)
 {
     if (course.IsEmpty()) {
         return;
     }
     const auto [gauge, bed] = WidthsOf(element, component);
     const double railWidth = std::min(UsableOr(component.GetRailWidth(), gauge * 0.05), gauge / 4.0);
-    tTrack track = {std::move(course), options, bed, gauge, railWidth, component.GetMidRailFlag() != 0, 0.0, 0.0,
-                    !isFirst};
+    tTrack track = {
+        std::move(course),    options, bed, gauge, railWidth, component.GetMidRailFlag() != 0, 0.0, 0.0, !isFirst,
+        economy < kNoSleepers};
+    if (economy > 0) {
+        track.course = track.course.Thinned(mContext.pixel / 2.0, StrideOf(economy));
+    }
+    if (economy >= kOneLine) {
+        mLines.push_back(std::move(track));
+        return;
+    }
     if (isFirst) {
         mElementStart = mTracks.size();
     }
@@ -120,7 +133,8 @@ void CTrackRun::SpaceSleepers(tTrack& track, double natural, bool isFirst) const
     const double sleeper = track.gauge * kSleeperWidth;
     track.pitch = length / std::max(std::round(length / natural), 1.0);
     track.dashOffset = (track.pitch + sleeper) / 2.0;
-    for (size_t i = mElementStart; !isFirst && i < mTracks.size(); ++i) {
+    const size_t end = std::min(mTracks.size(), mElementStart + kMostRoutes);
+    for (size_t i = mElementStart; !isFirst && i < end; ++i) {
         const tTrack& other = mTracks[i];
         if (IsClose(track.course.GetStart(), other.course.GetStart()) ||
             IsClose(track.course.GetStart(), other.course.GetEnd())) {
@@ -176,17 +190,19 @@ void CTrackRun::Draw()
         DrawRails();
         break;
     }
+    DrawLines();
     mTracks.clear();
+    mLines.clear();
     mElementStart = 0;
 }
 
 void CTrackRun::DrawSelection()
 {
-    CStroker stroker(mContext.drawing);
+    CStroker stroker(mContext);
     for (const tTrack& track : mTracks) {
         if (track.options.IsSelected()) {
             const double seam = std::max(track.bedWidth * kSelectionSeam, 3.0 * mContext.pixel);
-            stroker.Use({PaintOf(track.options.GetThirdColor()), track.bedWidth + 2.0 * seam});
+            stroker.Use({PaintOf(track.options.GetThirdColor()), track.bedWidth + 2.0 * seam}, track);
             track.course.AddTo(mContext.drawing, 0.0);
         }
     }
@@ -197,7 +213,7 @@ void CTrackRun::DrawBeds()
     const bool isFilledStyle = mContext.style == eTrackStyle::kFilledBed;
     // The edge is what is left to see of a wider band below.
     for (const bool isEdge : {true, false}) {
-        CStroker stroker(mContext.drawing);
+        CStroker stroker(mContext);
         for (const tTrack& track : mTracks) {
             CColor color = isEdge ? mContext.palette.bedEdge : mContext.palette.bed;
             if (isFilledStyle) {
@@ -206,7 +222,7 @@ void CTrackRun::DrawBeds()
             }
             const double edge = std::max(track.bedWidth * 0.025, 0.4 * mContext.pixel);
             const double width = std::max(track.bedWidth, kThinnestTrack * mContext.pixel);
-            stroker.Use({PaintOf(color), isEdge ? width + edge : width - edge});
+            stroker.Use({PaintOf(color), isEdge ? width + edge : width - edge}, track);
             track.course.AddTo(mContext.drawing, 0.0);
         }
     }
@@ -214,21 +230,21 @@ void CTrackRun::DrawBeds()
 
 void CTrackRun::DrawSleepers()
 {
-    CStroker stroker(mContext.drawing);
+    CStroker stroker(mContext);
     for (const tTrack& track : mTracks) {
-        if (track.pitch < kFinestPitch * mContext.detail) {
+        if (!track.hasSleepers || track.pitch < kFinestPitch * mContext.detail) {
             continue;
         }
         const double length = std::min(track.gauge * kSleeperLength, track.bedWidth * kSleeperInset);
         const double sleeper = std::min(track.gauge * kSleeperWidth, track.pitch / 2.0);
         if (track.isBranch) { // a bed of its own hides the sleepers that it crosses
-            stroker.Use({PaintOf(mContext.palette.bed), length});
+            stroker.Use({PaintOf(mContext.palette.bed), length}, track);
             track.course.AddTo(mContext.drawing, 0.0);
         }
         tPen pen = {PaintOf(mContext.palette.sleeper), length};
         pen.dash = {sleeper, track.pitch - sleeper};
         pen.dashOffset = track.dashOffset;
-        stroker.Use(pen);
+        stroker.Use(pen, track);
         track.course.AddTo(mContext.drawing, 0.0);
     }
 }
@@ -236,22 +252,22 @@ void CTrackRun::DrawSleepers()
 void CTrackRun::DrawRails()
 {
     const CColor& steel = mContext.style == eTrackStyle::kPlan ? mContext.palette.track : mContext.palette.rail;
-    CStroker stroker(mContext.drawing);
+    CStroker stroker(mContext);
     for (const tTrack& track : mTracks) {
         if (track.gauge < kFinestGauge * mContext.detail) { // both rails would be one blur
             const double width = std::max(track.gauge * 0.5, kThinnestTrack * mContext.pixel);
-            stroker.Use({PaintOf(mContext.palette.track), width});
+            stroker.Use({PaintOf(mContext.palette.track), width}, track);
             track.course.AddTo(mContext.drawing, 0.0);
             continue;
         }
         if (track.hasMidRail && track.gauge >= kFinestMidRail * mContext.detail) {
-            stroker.Use({PaintOf(Mix(steel, mContext.palette.bed, 0.45)), RailWidth(track) * 0.6});
+            stroker.Use({PaintOf(Mix(steel, mContext.palette.bed, 0.45)), RailWidth(track) * 0.6}, track);
             track.course.AddTo(mContext.drawing, 0.0);
         }
     }
     for (const tTrack& track : mTracks) {
         if (track.gauge >= kFinestGauge * mContext.detail) {
-            stroker.Use({PaintOf(Mix(steel, track.options.GetSecondColor(), 0.15)), RailWidth(track)});
+            stroker.Use({PaintOf(Mix(steel, track.options.GetSecondColor(), 0.15)), RailWidth(track)}, track);
             track.course.AddTo(mContext.drawing, track.gauge / 2.0);
             track.course.AddTo(mContext.drawing, -track.gauge / 2.0);
         }
@@ -260,22 +276,34 @@ void CTrackRun::DrawRails()
 
 void CTrackRun::DrawCentreLines()
 {
-    CStroker stroker(mContext.drawing);
+    CStroker stroker(mContext);
     for (const tTrack& track : mTracks) {
         const double width = std::max(track.gauge * 0.12, kThinnestTrack * mContext.pixel);
-        stroker.Use({PaintOf(track.options.GetSecondColor()), width});
+        stroker.Use({PaintOf(track.options.GetSecondColor()), width}, track);
         track.course.AddTo(mContext.drawing, 0.0);
     }
 }
 
 void CTrackRun::DrawEnds()
 {
-    CStroker stroker(mContext.drawing);
+    CStroker stroker(mContext);
     for (const tTrack& track : mTracks) {
         if (track.bedWidth < 4.0 * mContext.pixel) {
             continue;
         }
-        stroker.Use({PaintOf(track.options.GetSecondColor()), 0.6 * mContext.pixel});
+        stroker.Use({PaintOf(track.options.GetSecondColor()), 0.6 * mContext.pixel}, track);
         track.course.AddEndsTo(mContext.drawing, track.bedWidth / 2.0);
+    }
+}
+
+void CTrackRun::DrawLines()
+{
+    CStroker stroker(mContext);
+    for (const tTrack& track : mLines) {
+        tPen pen = {PaintOf(mContext.palette.track), kThinnestTrack * mContext.pixel};
+        pen.join = Platform::eLineJoin::kBevel;
+        pen.isCoarse = true;
+        stroker.Use(pen, track);
+        track.course.AddTo(mContext.drawing, 0.0);
     }
 }

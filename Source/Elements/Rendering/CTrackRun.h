@@ -16,16 +16,15 @@ public:
 
     /// Adds a track of an element.
     /// @param isFirst  the first component of its element that is track
+    /// @param economy  how sparingly it is drawn
     void Add(CCompositeGeometry& element, CBasicGeometry& component, CTrackCourse course,
-             const CDrawingOptions& options, bool isFirst);
+             const CDrawingOptions& options, bool isFirst, int economy);
 
     /// By how much what is drawn of a track may stick out of its box, mm: a track that tells of no bed has one.
     static double GetReach(const CCompositeGeometry& element, CBasicGeometry& component);
 
     /// Draws what was added, and forgets it.
     void Draw();
-
-    size_t GetSize() const { return mTracks.size(); }
 
 private:
     struct tTrack {
@@ -38,23 +37,27 @@ private:
         double pitch;      ///< of the sleepers
         double dashOffset; ///< where in their pattern the course begins
         bool isBranch;     ///< an earlier track of the same element may lie under it
+        bool hasSleepers;
     };
 
     /// Gathers lines on the drawing's path until the pen changes.
     class CStroker {
     public:
-        explicit CStroker(CDrawing& drawing) : mDrawing(drawing) {}
+        explicit CStroker(const tRenderContext& context) : mContext(context) {}
         ~CStroker() { Flush(); }
         CStroker(const CStroker&) = delete;
         CStroker& operator=(const CStroker&) = delete;
-        void Use(const tPen& pen);
+        /// A track is about to come onto the path.
+        void Use(const tPen& pen, const tTrack& track);
         void Flush();
 
     private:
-        static constexpr int kMostTracks = 2000; ///< on one path, which is in memory as a whole
-        CDrawing& mDrawing;
+        /// On one path, which is in memory as a whole and whose lines all are looked through in each row of pixels.
+        static constexpr double kMostSegments = 8000;
+        static constexpr double kPixelsPerSegment = 2; ///< so long a line costs as much as a short one more
+        const tRenderContext& mContext;
         tPen mPen;
-        int mCount = 0;
+        double mSegments = 0;
     };
 
     struct tWidths {
@@ -72,8 +75,10 @@ private:
     void DrawRails();
     void DrawCentreLines();
     void DrawEnds();
+    void DrawLines();
 
     const tRenderContext& mContext;
     std::vector<tTrack> mTracks;
-    size_t mElementStart = 0; ///< first track of the element at hand
+    std::vector<tTrack> mLines; ///< tracks of which only a line is drawn
+    size_t mElementStart = 0;   ///< first track of the element at hand
 };

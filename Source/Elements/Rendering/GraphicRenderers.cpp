@@ -45,7 +45,8 @@ double ReachOf(CBasicGeometry& component, eTrackStyle style)
 }
 
 /// Paints the area or line on the drawing's path.
-void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& options, const tRenderContext& context)
+void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& options, const tRenderContext& context,
+           int economy)
 {
     const bool isPlan = context.style == eTrackStyle::kPlan;
     const bool isFilled = isClosed && options.GetFill() && !isPlan;
@@ -62,10 +63,21 @@ void Paint(CBasicGeometry& component, bool isClosed, const CDrawingOptions& opti
         line = options.GetThirdColor();
         width = std::max(width, kSelectionSeam * context.pixel);
     }
-    if (isFilled) {
-        context.drawing.Fill(PaintOf(fill), true);
+    const bool isSparse = economy >= kOneLine;
+    if (isFilled && !isSparse) {
+        const bool hasOutline = economy == 0;
+        context.drawing.Fill(PaintOf(fill), hasOutline);
+        if (!hasOutline) {
+            return;
+        }
     }
-    context.drawing.Stroke({PaintOf(line), width, Platform::eLineCap::kButt, Platform::eLineJoin::kRound, {}, 0.0});
+    context.drawing.Stroke({PaintOf(line),
+                            isSparse ? kThinnestLine * context.pixel : width,
+                            Platform::eLineCap::kButt,
+                            isSparse ? Platform::eLineJoin::kBevel : Platform::eLineJoin::kRound,
+                            {},
+                            0.0,
+                            isSparse});
 }
 } // namespace
 
@@ -80,13 +92,14 @@ double COvalRenderer::GetReach(CBasicGeometry& component, eTrackStyle style) con
 }
 
 void CPolyRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
-                         const tRenderContext& context) const
+                         const tRenderContext& context, int economy) const
 {
     auto& polygon = static_cast<CPolyBIG&>(component);
     const tTurn placing = polygon.Placing(place.angle);
     bool first = true;
-    for (const CPoint& point : polygon.GetPoints()) {
-        const tVector2D placed = placing.Apply({point.x, point.y});
+    const std::vector<CPoint>& points = polygon.GetPoints();
+    for (size_t i = 0; i < points.size(); i += StrideOf(economy)) {
+        const tVector2D placed = placing.Apply({points[i].x, points[i].y});
         const double x = place.position.x + placed.x;
         const double y = place.position.y + placed.y;
         if (!std::isfinite(x) || !std::isfinite(y)) {
@@ -105,11 +118,11 @@ void CPolyRenderer::Draw(CBasicGeometry& component, const tPlacement& place, con
     if (polygon.GetPolyCloseFlag()) {
         context.drawing.ClosePath();
     }
-    Paint(component, polygon.GetPolyCloseFlag(), options, context);
+    Paint(component, polygon.GetPolyCloseFlag(), options, context, economy);
 }
 
 void COvalRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
-                         const tRenderContext& context) const
+                         const tRenderContext& context, int economy) const
 {
     auto& oval = static_cast<COvalBIG&>(component);
     const CPoint& centre = oval.GetRotationReferencePoint(place.angle);
@@ -122,11 +135,11 @@ void COvalRenderer::Draw(CBasicGeometry& component, const tPlacement& place, con
     context.drawing.MoveTo(x + radius, y);
     context.drawing.ArcTo(x, y, radius, 0.0, 360.0);
     context.drawing.ClosePath();
-    Paint(component, true, options, context);
+    Paint(component, true, options, context, economy);
 }
 
 void CTextRenderer::Draw(CBasicGeometry& component, const tPlacement& place, const CDrawingOptions& options,
-                         const tRenderContext& context) const
+                         const tRenderContext& context, int economy) const
 {
     auto& text = static_cast<CTextBIG&>(component);
     const double size = text.GetTextSize() > 0 ? text.GetTextSize() : UTextMeasurer::kDefaultSize;
@@ -134,8 +147,8 @@ void CTextRenderer::Draw(CBasicGeometry& component, const tPlacement& place, con
     const double y = place.position.y + text.GetItemYOffset();
     const double angle = text.GetAngle() + place.angle;
     std::string characters;
-    if (size < kSmallestText * context.detail || !std::isfinite(x) || !std::isfinite(y) || !std::isfinite(angle) ||
-        !UTextMeasurer::GetCharacters(text.GetTextReference(), characters)) {
+    if (economy > 0 || size < kSmallestText * context.detail || !std::isfinite(x) || !std::isfinite(y) ||
+        !std::isfinite(angle) || !UTextMeasurer::GetCharacters(text.GetTextReference(), characters)) {
         return;
     }
     const CColor color = options.IsSelected()                                        ? options.GetThirdColor()

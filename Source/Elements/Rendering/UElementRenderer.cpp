@@ -12,7 +12,7 @@ void CCompositeGeometry::Render(Platform::CDrawing& drawing, const CDrawingOptio
     const eTrackStyle style = UTrackStyles::StyleOf(options.GetTrackStyle());
     const tRenderContext context = {drawing, style, UTrackStyles::PaletteOf(style), pixel, pixel};
     CTrackRun run(context);
-    UElementRenderer::Draw(*this, options, context, run);
+    UElementRenderer::Draw(*this, options, context, run, 0);
     run.Draw();
 }
 
@@ -29,7 +29,7 @@ double UElementRenderer::GetReach(CCompositeGeometry& element, eTrackStyle style
 }
 
 void UElementRenderer::Draw(CCompositeGeometry& element, const CDrawingOptions& options, const tRenderContext& context,
-                            CTrackRun& run)
+                            CTrackRun& run, int economy)
 {
     const tPlacement place = {{element.GetPosition().x, element.GetPosition().y}, element.GetAngle()};
     bool isFirstTrack = true;
@@ -39,11 +39,11 @@ void UElementRenderer::Draw(CCompositeGeometry& element, const CDrawingOptions& 
             continue;
         }
         if (IsTrackType(component->GetType())) {
-            run.Add(element, *component, renderer->MakeCourse(*component, place), options, isFirstTrack);
+            run.Add(element, *component, renderer->MakeCourse(*component, place), options, isFirstTrack, economy);
             isFirstTrack = false;
         } else {
             run.Draw();
-            renderer->Draw(*component, place, options, context);
+            renderer->Draw(*component, place, options, context, economy);
             isFirstTrack = true;
         }
     }

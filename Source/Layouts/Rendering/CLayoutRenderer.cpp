@@ -2,6 +2,7 @@
 
 #include "BuildingBlocks/BasicGeometries/CBasicGeometry.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "Elements/Rendering/CMeasuredDrawing.h"
 #include "Elements/Rendering/UElementRenderer.h"
 #include "Elements/Utilities/UElementNameGenerator.h"
 #include "Elements/Utilities/UElementNameUtils.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <unordered_map>
 
 namespace {
@@ -40,6 +42,11 @@ constexpr double kFarthestPixel = 4e6;
 
 /// In pictures that can be enlarged, details are drawn down to this part of a pixel.
 constexpr double kFinerDetail = 0.3;
+
+/// What a picture may cost, in nanoseconds as CMeasuredDrawing estimates them.
+constexpr double kLeastWork = 1e9;
+constexpr double kWorkPerPixel = 200.0;
+constexpr double kWorkPerByte = 50.0; ///< of the document
 
 constexpr double kFinestGrid = 9.0; ///< pixels between two lines
 constexpr int kGridLinesToMajor = 5;
@@ -301,6 +308,7 @@ void CLayoutRenderer::Draw(CDrawing& drawing)
     if (mOptions.hasGrid) {
         DrawGrid(context);
     }
+    ChooseEconomy(context);
     DrawElements(context);
     if (mOptions.hasLabels) {
         DrawLabels(context);
@@ -365,22 +373,101 @@ void CLayoutRenderer::DrawGrid(const tRenderContext& context)
     }
 }
 
+void CLayoutRenderer::DrawElement(const tItem& item, const tRenderContext& context, CTrackRun& run) const
+{
+    const CPoint leftTop = ToPicture({item.box.left, item.box.top, 0.0});
+    const CPoint rightBottom = ToPicture({item.box.right, item.box.bottom, 0.0});
+    if (item.economy != kLeftOut && std::max({std::fabs(leftTop.x), std::fabs(leftTop.y), std::fabs(rightBottom.x),
+                                              std::fabs(rightBottom.y)}) <= kFarthestPixel) {
+        UElementRenderer::Draw(*item.element, CDrawingOptions(item.element, mTrackStyle), context, run, item.economy);
+    }
+}
+
+/// The share of the picture's budget that something takes.
+double CLayoutRenderer::GetShare(const CMeasuredDrawing& measured) const
+{
+    const auto size = static_cast<double>(mOptions.documentSize);
+    const double work = kLeastWork + kWorkPerPixel * mWidth * mHeight + kWorkPerByte * size;
+    // A picture of pixels is bounded by their number. Ground, grid and scale have a part of their own.
+    const double bytes = mOptions.isScalable ? 0.8 * static_cast<double>(GetMostBytes(mOptions.documentSize)) : 1e300;
+    return std::max(measured.GetBytes() / bytes, measured.GetWork() / work);
+}
+
+double CLayoutRenderer::MeasureElement(const tItem& item, const tRenderContext& context,
+                                       CMeasuredDrawing& measured) const
+{
+    const tRenderContext alone = {measured, context.style, context.palette, context.pixel, context.detail};
+    measured.Restart();
+    CTrackRun run(alone);
+    DrawElement(item, alone, run);
+    run.Draw();
+    return GetShare(measured);
+}
+
+/// What each may cost at the most so that all do not cost more than 1 together. Those that cost less leave the others
+/// more.
+static double LargestShare(const std::vector<double>& costs)
+{
+    std::vector<double> sorted = costs;
+    std::sort(sorted.begin(), sorted.end());
+    double rest = 1.0;
+    for (size_t i = 0; i < sorted.size(); ++i) {
+        const double share = rest / static_cast<double>(sorted.size() - i);
+        if (sorted[i] > share) {
+            return share;
+        }
+        rest -= sorted[i];
+    }
+    return std::numeric_limits<double>::infinity();
+}
+
+/// Fits the elements into the picture's budget: those that would take most are drawn ever more sparingly. What even
+/// then takes too much is drawn while something is left.
+void CLayoutRenderer::ChooseEconomy(const tRenderContext& context)
+{
+    CMeasuredDrawing measured(mScale, mOptions.isScalable);
+    std::vector<double> costs;
+    for (const tItem& item : mElements) {
+        costs.push_back(MeasureElement(item, context, measured));
+    }
+    const double most = LargestShare(costs);
+    double rest = 1.0;
+    for (size_t i = 0; i < costs.size(); ++i) {
+        tItem& item = mElements[i];
+        for (double before = costs[i]; costs[i] > most; before = costs[i]) {
+            ++item.economy;
+            costs[i] = MeasureElement(item, context, measured);
+            if (item.economy > kOneLine && costs[i] >= before) {
+                break; // nothing is left to save
+            }
+        }
+        rest -= costs[i] <= most ? costs[i] : 0.0;
+    }
+    for (size_t i = 0; i < costs.size(); ++i) {
+        tItem& item = mElements[i];
+        if (costs[i] > most) {
+            if (costs[i] > rest) {
+                item.economy = kLeftOut;
+            } else {
+                rest -= costs[i];
+            }
+        }
+        mNumberOfLeftOut += item.economy == kLeftOut ? 1 : 0;
+        mNumberOfSimplified += item.economy > 0 && item.economy != kLeftOut ? 1 : 0;
+    }
+    mRest = std::max(rest, 0.0);
+}
+
 void CLayoutRenderer::DrawElements(const tRenderContext& context)
 {
     CTrackRun run(context);
     int layer = -1;
     for (const tItem& item : mElements) {
-        const CPoint leftTop = ToPicture({item.box.left, item.box.top, 0.0});
-        const CPoint rightBottom = ToPicture({item.box.right, item.box.bottom, 0.0});
-        if (std::max({std::fabs(leftTop.x), std::fabs(leftTop.y), std::fabs(rightBottom.x), std::fabs(rightBottom.y)}) >
-            kFarthestPixel) {
-            continue;
-        }
         if (item.layer != layer) {
             run.Draw();
             layer = item.layer;
         }
-        UElementRenderer::Draw(*item.element, CDrawingOptions(item.element, mTrackStyle), context, run);
+        DrawElement(item, context, run);
     }
     run.Draw();
 }
@@ -391,6 +478,7 @@ void CLayoutRenderer::DrawLabels(const tRenderContext& context)
     const double pixels = std::clamp(std::max(mWidth, mHeight) / 130.0, kSmallestLabel, kLargestLabel);
     const tTextLook look = {"", pixels * context.pixel, PaintOf(context.palette.label), 1.4 * context.pixel,
                             PaintOf(context.palette.seam)};
+    CMeasuredDrawing measured(mScale, mOptions.isScalable);
     std::string label;
     for (const tItem& item : mElements) {
         if (std::strcmp(item.element->GetName(), "-") == 0 || item.element->GetName()[0] == '\0') {
@@ -405,10 +493,14 @@ void CLayoutRenderer::DrawLabels(const tRenderContext& context)
         CPoint corner = ToPicture(place);
         corner.x = std::max(std::min(corner.x, mWidth - width * mScale), 0.0); // inside the picture
         corner.y = std::max(std::min(corner.y, mHeight - height * mScale), 0.0);
-        if (!room.Take(corner.x, corner.y, width * mScale, height * mScale)) {
+        measured.Restart();
+        measured.DrawText(text, place.x, place.y, look);
+        const double cost = GetShare(measured);
+        if (cost > mRest || !room.Take(corner.x, corner.y, width * mScale, height * mScale)) {
             ++mNumberOfLeftOutLabels;
             continue;
         }
+        mRest -= cost;
         context.drawing.DrawText(text, (corner.x - mOriginX) / mScale, (corner.y - mOriginY) / mScale, look);
     }
 }

@@ -12,6 +12,8 @@
 class CCompositeGeometry;
 class CLayer;
 class CLayout;
+class CMeasuredDrawing;
+class CTrackRun;
 struct tRenderContext;
 
 /// What a picture is to be.
@@ -24,7 +26,8 @@ struct tPictureOptions {
     bool isScalable = false;    ///< it can be enlarged, so finer parts are worth drawing
     bool hasLabels = false;     ///< names of the elements
     bool hasGrid = false;
-    int trackStyle = 0; ///< a track style code; 0 for the layout's own
+    int trackStyle = 0;      ///< a track style code; 0 for the layout's own
+    size_t documentSize = 0; ///< bytes of the layout's file, by which the picture's budget goes
     /// Only elements on these layers, visible or not; all visible ones and those without a layer if not set.
     bool hasLayers = false;
     std::unordered_set<const CLayer*> layers;
@@ -45,6 +48,12 @@ public:
     int GetHeight() const { return mHeight; }
     /// Elements that lie so far away from all others, or are so large, that the picture does not go by them.
     size_t GetNumberOfStrays() const { return mNumberOfStrays; }
+    /// Bytes of SVG or PDF that a picture of a document may have: 20 for each of its own, and a million.
+    static size_t GetMostBytes(size_t documentSize) { return 20 * documentSize + 1000000; }
+    /// Elements that would cost more than the picture's budget has for them, drawn with fewer parts and points, and
+    /// those not drawn at all; known after Draw.
+    size_t GetNumberOfSimplified() const { return mNumberOfSimplified; }
+    size_t GetNumberOfLeftOut() const { return mNumberOfLeftOut; }
     /// Labels that found no room; known after Draw.
     size_t GetNumberOfLeftOutLabels() const { return mNumberOfLeftOutLabels; }
     /// Elements that are drawn.
@@ -60,9 +69,10 @@ public:
 private:
     struct tItem {
         CCompositeGeometry* element;
-        DRect box;    ///< in the layout
-        double reach; ///< by how much what is drawn may stick out of it
-        int layer;    ///< index in the list of layers, -1 for none
+        DRect box;       ///< in the layout
+        double reach;    ///< by how much what is drawn may stick out of it
+        int layer;       ///< index in the list of layers, -1 for none
+        int economy = 0; ///< how sparingly it is drawn
     };
 
     void ChooseElements();
@@ -73,7 +83,11 @@ private:
     bool ShowsWorkspace(const DRect& content) const;
     void DrawGround(const tRenderContext& context);
     void DrawGrid(const tRenderContext& context);
+    double MeasureElement(const tItem& item, const tRenderContext& context, CMeasuredDrawing& measured) const;
+    double GetShare(const CMeasuredDrawing& measured) const;
+    void ChooseEconomy(const tRenderContext& context);
     void DrawElements(const tRenderContext& context);
+    void DrawElement(const tItem& item, const tRenderContext& context, CTrackRun& run) const;
     void DrawLabels(const tRenderContext& context);
     void DrawScaleBar(CDrawing& drawing, const tPalette& palette) const;
 
@@ -83,7 +97,10 @@ private:
     std::vector<tItem> mElements;
     size_t mNumberOfStrays = 0;
     size_t mNumberOfLeftOutLabels = 0;
-    DRect mFrame = {}; ///< the part of the layout that is shown
+    size_t mNumberOfSimplified = 0;
+    size_t mNumberOfLeftOut = 0;
+    double mRest = 1.0; ///< of the budget
+    DRect mFrame = {};  ///< the part of the layout that is shown
     int mWidth = 1;
     int mHeight = 1;
     double mScale = 1.0;   ///< pixels per mm

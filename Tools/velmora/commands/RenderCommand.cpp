@@ -125,6 +125,10 @@ void PrintLeftOut(const std::string& path, const std::string& text)
     };
     print(report.GetNumber("strays"), "element lies too far from the others to be shown",
           "elements lie too far from the others to be shown");
+    print(report.GetNumber("simplified"), "element takes too much to be drawn in full, and lacks parts or points",
+          "elements take too much to be drawn in full, and lack parts or points");
+    print(report.GetNumber("left_out"), "element takes too much to be drawn at all",
+          "elements take too much to be drawn at all");
     print(report.GetNumber("labels_left_out"), "label has no room; a larger --size may show it",
           "labels have no room; a larger --size shows more of them");
 }
