@@ -211,12 +211,16 @@ struct tLibraryKind {
     }
 };
 
+/// What a check finds.
+/// @param oddities  also what is well-formed: two layers whose names fill their field may bear the same
 template <typename tKind>
-std::string Describe(std::string_view bytes)
+std::string Describe(std::string_view bytes, bool oddities)
 {
     std::string text;
     for (const tFinding& finding : tKind::Check({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()})) {
-        text += std::to_string(finding.offset) + ": " + finding.text + "\n";
+        if (oddities || finding.kind == tFinding::eKind::kDamage) {
+            text += std::to_string(finding.offset) + ": " + finding.text + "\n";
+        }
     }
     return text;
 }
@@ -237,7 +241,7 @@ std::optional<tOutcome> Take(std::string_view bytes)
 template <typename tKind>
 std::string Document(std::string_view bytes)
 {
-    const std::string findings = Describe<tKind>(bytes);
+    const std::string findings = Describe<tKind>(bytes, true);
     const std::optional<tOutcome> loaded = Take<tKind>(bytes);
     std::optional<tOutcome> slowly;
     {
@@ -262,7 +266,7 @@ std::string Document(std::string_view bytes)
     if (findings.empty() && (loaded->code != 0 || !loaded->messages.empty())) {
         return "whole, but the load says " + std::to_string(loaded->code) + "\n" + loaded->messages;
     }
-    const std::string ownFindings = Describe<tKind>(loaded->saved);
+    const std::string ownFindings = Describe<tKind>(loaded->saved, false);
     if (!ownFindings.empty()) {
         return "saved, but not whole:\n" + ownFindings;
     }

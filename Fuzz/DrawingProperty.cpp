@@ -34,7 +34,7 @@ std::string Properties::Drawing(std::string_view bytes)
     CRecordedDrawing drawing;
     renderer.Draw(drawing);
     if (!drawing.IsSound()) {
-        return "style " + std::to_string(style) + " draws with numbers that are no good";
+        return "style " + std::to_string(style) + " is not drawn well, " + drawing.GetWrong();
     }
     if (renderer.GetWidth() < 1 || renderer.GetHeight() < 1 || renderer.GetWidth() > options.width ||
         renderer.GetHeight() > options.height) {

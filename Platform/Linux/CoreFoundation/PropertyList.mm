@@ -20,14 +20,14 @@ static bool ReadFile(const std::string& path, std::string& bytes)
     return ferror(file.get()) == 0;
 }
 
-// Foundation would also try its binary and its old text form, logs text that is not UTF-8, and for some cut documents
-// asks for all memory there is; none of that gets as far.
+// Foundation would also try its binary and its old text form, logs text that is not UTF-8, for some cut documents asks
+// for all memory there is, and takes a text with zeros that it then writes as another; none of that gets as far.
 static bool LooksWhole(const std::string& bytes)
 {
     static constexpr std::string_view kEnd = "</plist>";
     const size_t last = bytes.find_last_not_of(" \t\r\n");
-    return last != std::string::npos && last >= kEnd.size() && bytes[0] == '<' &&
-           std::string_view(bytes).substr(0, last + 1).ends_with(kEnd) && Platform::IsUtf8(bytes);
+    return last != std::string::npos && bytes.find('\0') == std::string::npos && last >= kEnd.size() &&
+           bytes[0] == '<' && std::string_view(bytes).substr(0, last + 1).ends_with(kEnd) && Platform::IsUtf8(bytes);
 }
 
 Platform::eListState Platform::ReadPropertyList(const std::string& path, NSMutableDictionary*& result)

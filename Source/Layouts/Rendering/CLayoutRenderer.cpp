@@ -336,13 +336,23 @@ static DRect PictureBox(double originX, double originY, double scale, int width,
 
 void CLayoutRenderer::DrawGround(const tRenderContext& context)
 {
+    const DRect picture = PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight);
     if (!mOptions.isPrinted) {
-        AddRectangle(context.drawing, PictureBox(mOriginX, mOriginY, mScale, mWidth, mHeight));
+        AddRectangle(context.drawing, picture);
         context.drawing.Fill(PaintOf(context.palette.paper), false);
     }
-    const DRect& workspace = mLayout.GetWorkspaceBounds();
+    DRect workspace = mLayout.GetWorkspaceBounds();
     if (!IsDrawable(workspace) || workspace.right - workspace.left < kSmallestFrame ||
         workspace.bottom - workspace.top < kSmallestFrame) {
+        return;
+    }
+    // What is far from it may have a corner that the drawing cannot count with: only as much as shows, and where its
+    // edge is outside, an edge outside.
+    const double outside = 2.0 * context.pixel;
+    workspace = {std::max(workspace.top, picture.top - outside), std::max(workspace.left, picture.left - outside),
+                 std::min(workspace.bottom, picture.bottom + outside),
+                 std::min(workspace.right, picture.right + outside)};
+    if (workspace.right <= workspace.left || workspace.bottom <= workspace.top) {
         return;
     }
     AddRectangle(context.drawing, workspace);

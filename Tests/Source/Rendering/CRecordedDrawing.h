@@ -15,7 +15,9 @@ public:
 
     /// Whether every number so far was finite, every point within reach, every width above 0, and every Save had its
     /// Restore.
-    bool IsSound() const { return mIsSound && mKept.empty(); }
+    bool IsSound() const { return mWrong.empty() && mKept.empty(); }
+    /// The numbers of the first call that was not sound.
+    const std::string& GetWrong() const { return mWrong; }
 
     void MoveTo(double x, double y) override { CheckPoint(x, y); }
     void LineTo(double x, double y) override { CheckPoint(x, y); }
@@ -101,17 +103,25 @@ private:
 
     void CheckPoint(double x, double y)
     {
-        Check({x, y}, std::fabs(mTransform.X(x, y)) <= kFarthest && std::fabs(mTransform.Y(x, y)) <= kFarthest);
+        const double atX = mTransform.X(x, y);
+        const double atY = mTransform.Y(x, y);
+        Check({x, y, atX, atY}, std::fabs(atX) <= kFarthest && std::fabs(atY) <= kFarthest);
     }
     void Check(std::initializer_list<double> numbers, bool isSound = true)
     {
-        mIsSound = mIsSound && isSound;
         for (const double number : numbers) {
-            mIsSound = mIsSound && std::isfinite(number);
+            isSound = isSound && std::isfinite(number);
+        }
+        if (isSound || !mWrong.empty()) {
+            return;
+        }
+        mWrong = "numbers:";
+        for (const double number : numbers) {
+            mWrong += " " + std::to_string(number);
         }
     }
 
-    bool mIsSound = true;
+    std::string mWrong;
     tTransform mTransform;
     std::vector<tTransform> mKept;
 };
