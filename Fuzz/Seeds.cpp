@@ -174,6 +174,41 @@ private:
     std::set<std::string> mLines;
 };
 
+void MakeHostDictionaries()
+{
+    CDictionary json;
+    for (const char* word : {"\"findings\":[",
+                             "\"reader\":{",
+                             "\"articles\":[",
+                             "\"parts\":[",
+                             "\"scales\":[",
+                             "\"number\":\"",
+                             "\"library\":\"",
+                             "\"count\":9223372036854775807",
+                             "\"price\":-9",
+                             "\"id\":",
+                             "\"path\":\"",
+                             "\"path_base64\":\"",
+                             "\"track_length\":",
+                             "1e308",
+                             "18446744073709551615",
+                             "\\u001b[31m",
+                             "\\ud83d\\ude82",
+                             "\\u0000",
+                             "},{",
+                             "{\"path\":\"a\"}\n"}) {
+        json.Add(word);
+    }
+    json.Write("report");
+    json.Write("serve");
+    CDictionary query;
+    for (const char* word : {" OR ", " AND ", "NOT ", "author:", "layers:(", "\"*", "* ", "\n", "\u00E4", "\u00DF",
+                             "\uFB01", "\u0308", "\u00C4", "NEAR("}) {
+        query.Add(word);
+    }
+    query.Write("query");
+}
+
 void MakeDictionaries()
 {
     CDictionary elements;
@@ -257,6 +292,7 @@ void MakeDictionaries()
     }
     xml.Write("stock");
     xml.Write("preferences");
+    MakeHostDictionaries();
 }
 } // namespace
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <iterator>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 using eAccess = CIndexDatabase::eAccess;
@@ -179,6 +180,63 @@ TEST(IndexFile, LeavesWhatIsNotItsOwn)
     }
     EXPECT_THROW(CIndexDatabase(folder + "/none.db", eAccess::kRead), CIndexMissing);
     EXPECT_FALSE(std::filesystem::exists(folder + "/none.db"));
+}
+
+TEST(IndexFile, DoesNothingForWhoeverMadeIt)
+{
+    const std::string folder = MakeFolder("smuggled");
+    const std::string path = folder + "/index.db";
+    const std::string victim = folder + "/victim";
+    const auto isRefused = [&](const char* why) {
+        for (const eAccess access : {eAccess::kRead, eAccess::kWrite}) {
+            try {
+                const CIndexDatabase index(path, access);
+                ADD_FAILURE() << why << ": taken";
+            } catch (const CIndexError& error) {
+                EXPECT_NE(std::string(error.what()).find(why), std::string::npos) << error.what();
+            }
+        }
+    };
+    for (const std::string statement :
+         {"CREATE TRIGGER t AFTER INSERT ON document BEGIN DELETE FROM root; END", "CREATE VIEW v AS SELECT 1",
+          "ALTER TABLE document ADD COLUMN c AS (length(text))", "CREATE INDEX i ON document (upper(name))",
+          "DROP TRIGGER document_deleted", "DROP INDEX document_failed", "PRAGMA user_version = 1"}) {
+        std::filesystem::remove(path);
+        CIndexDatabase(path, eAccess::kWrite).Commit();
+        SQLite::Database raw(path, SQLite::OPEN_READWRITE);
+        ASSERT_TRUE(Tokenizer::Register(raw.getHandle()));
+        raw.exec(statement);
+        isRefused("not those that velmora makes");
+    }
+    // A structure of the full-text index that claims 100 million segments.
+    std::filesystem::remove(path);
+    CIndexDatabase(path, eAccess::kWrite).Commit();
+    SQLite::Database(path, SQLite::OPEN_READWRITE)
+        .exec("UPDATE words_data SET block = x'00000001010100' || x'00B0808000' WHERE id = 10");
+    sqlite3_memory_highwater(1);
+    EXPECT_ANY_THROW(CIndexDatabase(path, eAccess::kRead).Count("\"gleis\"", {}));
+    EXPECT_LE(sqlite3_memory_highwater(0), 1 << 30);
+    // SQLite would take a change back that another program did not finish, and remove the file that the journal names.
+    std::filesystem::remove(path);
+    CIndexDatabase(path, eAccess::kWrite).Commit();
+    WriteFile(victim, "precious");
+    std::string journal(12 + victim.size(), '\0');
+    journal.replace(0, 4, "VLIX")
+        .replace(4, victim.size(), victim)
+        .replace(journal.size() - 5, 1, 1, static_cast<char>(victim.size()));
+    uint32_t sum = 0;
+    for (const char character : victim) {
+        sum += static_cast<unsigned char>(character);
+    }
+    for (const uint32_t part : {sum >> 24, sum >> 16, sum >> 8, sum}) {
+        journal += static_cast<char>(part);
+    }
+    WriteFile(path + "-journal", journal + "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7");
+    isRefused("a journal that is not its own");
+    EXPECT_TRUE(std::filesystem::exists(victim));
+    std::filesystem::remove(path);
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    isRefused("is no file");
 }
 
 /// What a run over the only document of a folder does that no worker takes part in.

@@ -1,5 +1,6 @@
 // velmora check: what is wrong with documents, and where.
 #include "commands/Inquiry.h"
+#include "commands/Reports.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
@@ -38,7 +39,7 @@ static std::string Place(const CReport& finding)
     return place;
 }
 
-static std::string DescribeText(const std::string& path, const CReport& report)
+std::string Reports::CheckAsText(const std::string& path, const CReport& report)
 {
     const std::string name = Escapes::ForTerminal(path);
     const CReport reader = report.GetObject("reader");
@@ -59,7 +60,7 @@ static std::string DescribeText(const std::string& path, const CReport& report)
     return text + (report.GetCount("findings") == 0 ? ", whole\n" : "\n");
 }
 
-static std::string DescribeJSON(const std::string& path, const CReport& report)
+std::string Reports::CheckInJSON(const std::string& path, const CReport& report)
 {
     const CReport reader = report.GetObject("reader");
     CJSONObject object;
@@ -101,7 +102,7 @@ static int RunCheck(const tCheckOptions& options)
         [&](const std::string& path, const CReport& report) {
             report.ForEach("findings",
                            [&damaged](const CReport& finding) { damaged = damaged || finding.GetFlag("damage"); });
-            text += json ? DescribeJSON(path, report) : DescribeText(path, report);
+            text += json ? Reports::CheckInJSON(path, report) : Reports::CheckAsText(path, report);
         },
         useFailure);
     if (result == CInquiry::eResult::kDone && damaged) {

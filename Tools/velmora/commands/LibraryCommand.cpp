@@ -1,6 +1,6 @@
 // velmora library and velmora stock: what a track library or a stock file holds.
 #include "commands/Inquiry.h"
-#include "output/CTable.h"
+#include "commands/Reports.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
@@ -57,7 +57,7 @@ static std::string Dimension(const CReport& article)
     return article.Has("length") ? Millimetres(article.GetReal("length")) + " mm" : "";
 }
 
-static CTable ArticleTable(const std::string& library, const CReport& report)
+CTable Reports::ArticleTable(const std::string& library, const CReport& report)
 {
     CTable table(
         {{"Library"}, {"Number"}, {"Description"}, {"Kind"}, {"Dimensions"}, {"Price", true}, {"Currency", true}});
@@ -69,7 +69,7 @@ static CTable ArticleTable(const std::string& library, const CReport& report)
     return table;
 }
 
-static std::string LibraryJSON(const std::string& path, const CReport& report)
+std::string Reports::LibraryInJSON(const std::string& path, const CReport& report)
 {
     CJSONObject object;
     JSON::PutPath(object, "path", path);
@@ -97,7 +97,7 @@ static std::string LibraryJSON(const std::string& path, const CReport& report)
     return object.Take() + "\n";
 }
 
-static std::string LibraryHeading(const std::string& path, const CReport& report)
+std::string Reports::LibraryHeading(const std::string& path, const CReport& report)
 {
     return Escapes::ForTerminal(NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " +
                                 report.GetText("scale") + ", " + report.GetText("content") + ", " +
@@ -112,12 +112,14 @@ static int RunLibrary(const tListOptions& options)
     const CInquiry::eResult result =
         inquiry.Ask(eVerb::kLibrary, options.paths, [&](const std::string& path, const CReport& report) {
             if (options.format == "json") {
-                text += LibraryJSON(path, report);
+                text += Reports::LibraryInJSON(path, report);
             } else if (options.format == "csv") {
-                const std::string table = ArticleTable(NameOfFile(path), report).ToCSV(isatty(STDOUT_FILENO) != 0);
+                const std::string table =
+                    Reports::ArticleTable(NameOfFile(path), report).ToCSV(isatty(STDOUT_FILENO) != 0);
                 text += text.empty() ? table : table.substr(table.find('\n') + 1); // one line of titles
             } else {
-                text += LibraryHeading(path, report) + ArticleTable(NameOfFile(path), report).ToText();
+                text +=
+                    Reports::LibraryHeading(path, report) + Reports::ArticleTable(NameOfFile(path), report).ToText();
             }
         });
     return FinishCommand(text, result);

@@ -1,6 +1,7 @@
 // velmora parts: the list of parts of one or more layouts, and what of it must still be bought.
 #include "Places.h"
 #include "commands/Inquiry.h"
+#include "commands/Parts.h"
 #include "input/LibraryFiles.h"
 #include "output/COutput.h"
 #include "output/CTable.h"
@@ -8,8 +9,7 @@
 #include "output/JSON.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
+#include <limits>
 #include <unistd.h>
 
 namespace {
@@ -19,34 +19,6 @@ struct tPartsOptions : tWorkerOptions {
     std::string stock;                  ///< a stock file; empty for the user's
     bool noStock = false;               ///< not even the user's
     std::vector<std::string> libraries; ///< track library files, and folders of them
-};
-
-/// An article is known by its library and its number; an empty library stands for none.
-using tArticleKey = std::pair<std::string, std::string>;
-
-struct tPart {
-    std::string description;
-    std::string manufacturer;
-    std::string kind;
-    long long count = 0;
-    long long price = 0;
-    long long currency = 0;
-    long long inStock = 0;
-    bool shared = false;  ///< another library has the same number
-    bool unknown = false; ///< its library was given and does not know it
-
-    long long GetSum() const { return count * price; }
-    long long GetToBuy() const { return std::max(count - inStock, 0LL); }
-};
-
-/// What all layouts together need.
-struct tPartsList {
-    std::map<tArticleKey, tPart> parts;
-    double trackLength = 0.0; ///< mm
-    std::map<std::string, long long> kinds;
-    std::map<std::string, long long> scales;
-    bool hasStock = false;
-    size_t layouts = 0;
 };
 
 /// What is added up to a total.
@@ -84,15 +56,45 @@ static std::string CheckParts(const tPartsOptions& options)
     return options.paths.empty() ? "name the layouts whose parts are wanted" : "";
 }
 
-static void AddLayout(tPartsList& list, const CReport& report)
+using tLimits = std::numeric_limits<long long>;
+
+/// Adds to a sum, which stops at the largest number.
+static void Add(long long& sum, long long number)
+{
+    if (__builtin_add_overflow(sum, number, &sum)) {
+        sum = number < 0 ? tLimits::min() : tLimits::max();
+    }
+}
+
+static long long Times(long long one, long long other)
+{
+    long long product = 0;
+    return !__builtin_mul_overflow(one, other, &product) ? product
+           : (one < 0) != (other < 0)                    ? tLimits::min()
+                                                         : tLimits::max();
+}
+
+long long tPart::GetSum() const
+{
+    return Times(count, price);
+}
+
+long long tPart::GetToBuy() const
+{
+    long long left = 0;
+    return count <= inStock ? 0 : __builtin_sub_overflow(count, inStock, &left) ? tLimits::max() : left;
+}
+
+void Parts::AddLayout(tPartsList& list, const CReport& report)
 {
     ++list.layouts;
     list.trackLength += report.GetReal("track_length");
     for (const char* kind : {"tracks", "accessories", "flexible_tracks", "graphics", "texts"}) {
-        list.kinds[kind] += report.GetNumber(kind);
+        Add(list.kinds[kind], report.GetNumber(kind));
     }
-    report.ForEach("scales",
-                   [&list](const CReport& scale) { list.scales[scale.GetText("scale")] += scale.GetNumber("count"); });
+    report.ForEach("scales", [&list](const CReport& scale) {
+        Add(list.scales[scale.GetText("scale")], scale.GetNumber("count"));
+    });
     report.ForEach("parts", [&list](const CReport& article) {
         tPart& part = list.parts[{article.GetText("library"), article.GetText("number")}];
         if (part.count == 0) { // the first layout's prices count
@@ -102,12 +104,11 @@ static void AddLayout(tPartsList& list, const CReport& report)
             part.price = article.GetNumber("price");
             part.currency = article.GetNumber("currency");
         }
-        part.count += article.GetNumber("count");
+        Add(part.count, article.GetNumber("count"));
     });
 }
 
-/// Marks the parts by what the libraries given on the command line say, and by each other.
-static void MarkParts(tPartsList& list, const std::map<std::string, std::set<std::string>>& articlesOf)
+void Parts::Mark(tPartsList& list, const std::map<std::string, std::set<std::string>>& articlesOf)
 {
     std::map<std::string, std::set<std::string>> librariesOf; // of each number
     for (const auto& [key, part] : list.parts) {
@@ -132,7 +133,7 @@ static tTotals GetTotals(const tPartsList& list, tAmount amount)
         if (part.price == 0) {
             ++totals.withoutPrice;
         } else {
-            totals.byCurrency[part.currency] += amount(part) * part.price;
+            Add(totals.byCurrency[part.currency], Times(amount(part), part.price));
         }
     }
     return totals;
@@ -157,7 +158,7 @@ static std::string Remarks(const tPart& part)
     return remarks;
 }
 
-static CTable MakeTable(const tPartsList& list)
+CTable Parts::MakeTable(const tPartsList& list)
 {
     std::vector<CTable::tColumn> columns = {{"Library"},     {"Number"},      {"Description"}, {"Manufacturer"},
                                             {"Count", true}, {"Price", true}, {"Sum", true},   {"Currency", true}};
@@ -186,8 +187,7 @@ static CTable MakeTable(const tPartsList& list)
     return table;
 }
 
-/// What stands under the table, a line each.
-static std::vector<std::string> Summary(const tPartsList& list)
+std::vector<std::string> Parts::Summarize(const tPartsList& list)
 {
     std::vector<std::string> lines;
     const auto addTotals = [&](const char* label, const tTotals& totals) {
@@ -219,7 +219,7 @@ static std::vector<std::string> Summary(const tPartsList& list)
     return lines;
 }
 
-static std::string FormatJSON(const tPartsList& list)
+std::string Parts::FormatJSON(const tPartsList& list)
 {
     CJSONObject object;
     object.Put("layouts", list.layouts);
@@ -262,7 +262,7 @@ static std::string FormatJSON(const tPartsList& list)
     return object.Take() + "\n";
 }
 
-static std::string FormatHTML(const tPartsList& list, const std::vector<std::string>& paths)
+std::string Parts::FormatHTML(const tPartsList& list, const std::vector<std::string>& paths)
 {
     std::string page =
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>Parts list</title>\n"
@@ -283,7 +283,7 @@ static std::string FormatHTML(const tPartsList& list, const std::vector<std::str
         page += "<p>" + Escapes::ForXML(Escapes::ForTerminal(NameOfFile(path))) + "</p>\n";
     }
     page += MakeTable(list).ToHTML();
-    for (const std::string& line : Summary(list)) {
+    for (const std::string& line : Summarize(list)) {
         page += "<p>" + Escapes::ForXML(line) + "</p>\n";
     }
     return page + "</body>\n</html>\n";
@@ -292,16 +292,16 @@ static std::string FormatHTML(const tPartsList& list, const std::vector<std::str
 static std::string Format(const tPartsList& list, const tPartsOptions& options)
 {
     if (options.format == "json") {
-        return FormatJSON(list);
+        return Parts::FormatJSON(list);
     }
     if (options.format == "csv") {
-        return MakeTable(list).ToCSV(isatty(STDOUT_FILENO) != 0);
+        return Parts::MakeTable(list).ToCSV(isatty(STDOUT_FILENO) != 0);
     }
     if (options.format == "html") {
-        return FormatHTML(list, options.paths);
+        return Parts::FormatHTML(list, options.paths);
     }
-    std::string text = MakeTable(list).ToText() + "\n";
-    for (const std::string& line : Summary(list)) {
+    std::string text = Parts::MakeTable(list).ToText() + "\n";
+    for (const std::string& line : Parts::Summarize(list)) {
         text += Escapes::ForTerminal(line) + "\n";
     }
     return text;
@@ -332,7 +332,8 @@ static int RunParts(const tPartsOptions& options)
             worst = result == CInquiry::eResult::kDone ? worst : result;
         }
     };
-    ask(eVerb::kParts, options.paths, [&list](const std::string&, const CReport& report) { AddLayout(list, report); });
+    ask(eVerb::kParts, options.paths,
+        [&list](const std::string&, const CReport& report) { Parts::AddLayout(list, report); });
     std::map<std::string, std::set<std::string>> articlesOf;
     ask(eVerb::kLibrary, LibraryFiles::Find(options.libraries),
         [&articlesOf](const std::string&, const CReport& report) {
@@ -351,12 +352,12 @@ static int RunParts(const tPartsOptions& options)
             report.ForEach("items", [&list](const CReport& item) {
                 const auto part = list.parts.find({item.GetText("library"), item.GetText("number")});
                 if (part != list.parts.end()) {
-                    part->second.inStock += item.GetNumber("count");
+                    Add(part->second.inStock, item.GetNumber("count"));
                 }
             });
         });
     }
-    MarkParts(list, articlesOf);
+    Parts::Mark(list, articlesOf);
     return FinishCommand(list.layouts > 0 ? Format(list, options) : std::string(), worst);
 }
 

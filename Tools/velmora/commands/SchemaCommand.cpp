@@ -2,6 +2,7 @@
 #include "ExitCodes.h"
 #include "Places.h"
 #include "commands/CommandLine.h"
+#include "commands/Reports.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
@@ -38,7 +39,7 @@ static std::string Line(const std::string& label, const std::string& value)
     return value.empty() ? value : line + value + "\n";
 }
 
-static std::string FormatText(const tSchema& schema)
+std::string Reports::SchemaAsText(const tSchema& schema)
 {
     std::string text = "Attributes\n";
     for (const tSchemaAttribute& attribute : schema.attributes) {
@@ -55,7 +56,7 @@ static std::string FormatText(const tSchema& schema)
     return text;
 }
 
-static std::string FormatJSON(const tSchema& schema)
+std::string Reports::SchemaInJSON(const tSchema& schema)
 {
     JSON::tRecord record;
     record["attributes"] = JSON::tRecord::array();
@@ -93,7 +94,8 @@ static int RunSchema(const tSchemaOptions& options)
         return kExitFailed;
     }
     COutput output(STDOUT_FILENO);
-    output.Write(options.format == "json" ? FormatJSON(answer.schema) : FormatText(answer.schema));
+    output.Write(options.format == "json" ? Reports::SchemaInJSON(answer.schema)
+                                          : Reports::SchemaAsText(answer.schema));
     return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
 }
 

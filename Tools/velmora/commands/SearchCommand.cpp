@@ -172,6 +172,9 @@ static int RunSearch(const tSearchOptions& options)
     } catch (const CIndexError& error) {
         COutput::PrintMessage(error.what());
     } catch (const std::exception& error) {
+        if (Interrupt::IsRequested()) {
+            return kExitInterrupted;
+        }
         COutput::PrintMessage(CIndexDatabase::Explain(path, error));
     }
     return kExitFailed;

@@ -4,18 +4,17 @@
 #include "Importer/Names.h"
 #include "Interrupt.h"
 #include "commands/CommandLine.h"
+#include "commands/ServeRequest.h"
 #include "input/CDocumentSource.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 #include "pool/CWorkerPool.h"
-#include "protocol/UTF8.h"
 
 #include <algorithm>
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace {
@@ -32,9 +31,7 @@ static void AddServeOptions(CParser& parser, tServeOptions& options)
 
 namespace {
 /// A request that was understood so far.
-struct tServed {
-    JSON::tRecord id; ///< a string or a number; null for none
-    std::string path;
+struct tServed : tServeRequest {
     std::optional<std::string> record; ///< the answer, while it waits for its turn
 };
 
@@ -101,33 +98,13 @@ private:
 
     void Begin(const std::string& line)
     {
-        const nlohmann::json request = nlohmann::json::parse(line, nullptr, false);
-        if (!request.is_object()) {
-            Refuse({}, "the line is no JSON object");
-            return;
+        tServeRequest request;
+        const char* const problem = ParseServeRequest(line, request);
+        if (problem != nullptr) {
+            Refuse(request.id, problem);
+        } else {
+            Submit({std::move(request), {}});
         }
-        tServed served;
-        if (request.contains("id")) {
-            if (!request["id"].is_string() && !request["id"].is_number()) {
-                Refuse({}, "\"id\" must be a string or a number");
-                return;
-            }
-            served.id = request["id"];
-        }
-        const bool encoded = request.contains("path_base64");
-        const char* member = encoded ? "path_base64" : "path";
-        if (!request.contains(member) || !request[member].is_string()) {
-            Refuse(served.id, "there is no \"path\", or it is no string");
-            return;
-        }
-        served.path = request[member].get<std::string>();
-        std::string bytes;
-        if (encoded && !Escapes::FromBase64(served.path, bytes)) {
-            Refuse(served.id, "\"path_base64\" is not in base 64");
-            return;
-        }
-        served.path = encoded ? bytes : served.path;
-        Submit(std::move(served));
     }
 
     void Submit(tServed served)
@@ -173,7 +150,7 @@ private:
     /// Answers a line that is no request.
     void Refuse(const JSON::tRecord& id, const char* message)
     {
-        const auto pending = mPending.emplace(mNextTicket++, tServed{id, {}, {}}).first;
+        const auto pending = mPending.emplace(mNextTicket++, tServed{{id, {}}, {}}).first;
         JSON::tRecord record;
         if (!id.is_null()) {
             record["id"] = id;

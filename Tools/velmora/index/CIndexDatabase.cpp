@@ -1,6 +1,7 @@
 #include "index/CIndexDatabase.h"
 
 #include "Bounds.h"
+#include "Interrupt.h"
 #include "index/Schema.h"
 #include "index/Tokenizer.h"
 #include "output/CReplacedFile.h"
@@ -24,6 +25,9 @@ namespace {
 constexpr const char* kRank = "bm25(6.0, 4.0, 5.0, 1.0, 3.0, 2.0, 2.0, 1.0)";
 
 constexpr int kPassageWords = 14;
+
+/// Of SQLite's machine, between two looks for an interrupt: about a millisecond.
+constexpr int kStepsBetweenLooks = 50000;
 
 std::string Quote(const std::string& path)
 {
@@ -56,6 +60,29 @@ std::string FixedName(const std::string& path)
                                                                                         : std::string(escaped);
     }
     return name + "?immutable=1";
+}
+
+/// No row holds more: it is an answer of a worker (256 MB at most) with a path. SQLite would take a chain of pages in a
+/// circle for a text of 1 GB.
+constexpr int kLongestRow = 260 << 20;
+
+/// What SQLite may have of memory. Its full-text index would take what a file claims, time and again; a document with a
+/// text as long as an answer can be takes nearly seven times that when it is replaced.
+constexpr int64_t kMemoryForReading = int64_t{1} << 30;
+constexpr int64_t kMemoryForWriting = int64_t{2} << 30;
+
+/// Whether the journal beside an index names a file. SQLite would undo what the journal says, and then remove that
+/// file; it makes such journals when several databases change at once, and an index is one.
+bool JournalNamesAFile(sqlite3* connection)
+{
+    static constexpr unsigned char kMagic[] = {0xD9, 0xD5, 0x05, 0xF9, 0x20, 0xA1, 0x63, 0xD7}; // behind the name
+    const char* const name = sqlite3_filename_journal(sqlite3_db_filename(connection, "main"));
+    const CDescriptor journal(open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    struct stat status = {};
+    unsigned char end[sizeof kMagic] = {};
+    return journal.IsOpen() && fstat(journal.Get(), &status) == 0 &&
+           pread(journal.Get(), end, sizeof end, status.st_size - static_cast<off_t>(sizeof end)) == sizeof end &&
+           memcmp(end, kMagic, sizeof end) == 0;
 }
 
 void BindBytes(SQLite::Statement& statement, int index, const std::string& bytes)
@@ -107,20 +134,29 @@ public:
         if (access == eAccess::kWrite) {
             TakeLock(path);
             MakeFile(path);
-        } else {
-            struct stat status = {};
-            if (stat(path.c_str(), &status) != 0 && errno == ENOENT) {
-                throw CIndexMissing("there is no index " + Quote(path) + " yet: 'velmora index FOLDER' makes it");
-            }
+        }
+        struct stat status = {};
+        const bool isThere = stat(path.c_str(), &status) == 0;
+        if (!isThere && errno == ENOENT) {
+            throw CIndexMissing("there is no index " + Quote(path) + " yet: 'velmora index FOLDER' makes it");
+        }
+        if (isThere && !S_ISREG(status.st_mode)) { // opening a pipe would wait for its other end
+            throw CIndexError("the index " + Quote(path) + " is no file");
         }
         Open(path, access == eAccess::kWrite ? SQLite::OPEN_READWRITE : SQLite::OPEN_READONLY);
-        const int version = GetVersion(path);
-        if (version < static_cast<int>(Schema::GetSteps().size())) {
+        if (GetVersion(path) < static_cast<int>(Schema::GetSteps().size())) {
             if (access == eAccess::kRead) {
                 Open(path, SQLite::OPEN_READWRITE);
             }
             Migrate(path);
         }
+        if (access == eAccess::kRead) { // a writer ends at the next document, with all that it has
+            sqlite3_progress_handler(
+                mDatabase->getHandle(), kStepsBetweenLooks, [](void*) { return Interrupt::IsRequested() ? 1 : 0; },
+                nullptr);
+        }
+        // Who writes needs the triggers, which may use the full-text index in a trusted schema only.
+        sqlite3_db_config(mDatabase->getHandle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, access == eAccess::kWrite, nullptr);
         if (access == eAccess::kWrite) {
             // Temporary: who was seen in this run, and where nobody could look. On disk when it gets large.
             mDatabase->exec("CREATE TEMP TABLE seen (id INTEGER PRIMARY KEY);"
@@ -150,7 +186,7 @@ private:
     void TakeLock(const std::string& path)
     {
         const std::string name = path + "-lock";
-        mLock.Reset(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600));
+        mLock.Reset(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW, 0600));
         if (!mLock.IsOpen()) {
             throw CIndexError("the index " + Quote(path) + " cannot be written: " + strerror(errno));
         }
@@ -168,6 +204,7 @@ private:
         }
     }
 
+    /// Opens the file, of which nothing is believed until GetVersion has looked at it.
     void Open(const std::string& path, int flags)
     {
         const bool isFixed = flags == SQLite::OPEN_READONLY && IsFixed(path);
@@ -177,15 +214,41 @@ private:
         if (!Tokenizer::Register(mDatabase->getHandle())) {
             throw CIndexError("SQLite has no full-text search here");
         }
-        // A file is anybody's until shown otherwise: what it holds may be damaged, or made to do harm. Who writes needs
-        // the triggers, which may use the full-text index in a trusted schema only.
-        sqlite3_db_config(mDatabase->getHandle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-        sqlite3_db_config(mDatabase->getHandle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, flags == SQLite::OPEN_READWRITE,
-                          nullptr);
+        sqlite3* const connection = mDatabase->getHandle();
+        if (JournalNamesAFile(connection)) {
+            throw CIndexError("beside the index " + Quote(path) + " lies a journal that is not its own: remove both");
+        }
+        sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+        sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, kLongestRow);
+        sqlite3_hard_heap_limit64(flags == SQLite::OPEN_READWRITE ? kMemoryForWriting : kMemoryForReading);
         mDatabase->exec("PRAGMA cache_size = -32768; PRAGMA secure_delete = OFF; PRAGMA cell_size_check = ON");
     }
 
-    /// The schema's version; 0 for a file without tables.
+    /// An index of that version in memory.
+    static SQLite::Database MakeEmpty(int version)
+    {
+        SQLite::Database database(":memory:", SQLite::OPEN_READWRITE);
+        Tokenizer::Register(database.getHandle());
+        for (int step = 0; step < version; ++step) {
+            database.exec(Schema::GetSteps()[static_cast<size_t>(step)]);
+        }
+        return database;
+    }
+
+    /// All that a file says of its tables, in one text.
+    static std::string DescribeTables(const SQLite::Database& database)
+    {
+        std::string text;
+        SQLite::Statement row(database, "SELECT quote(type) || quote(name) || quote(tbl_name) || quote(sql)"
+                                        " FROM sqlite_master ORDER BY type, name, sql");
+        while (row.executeStep()) {
+            text += row.getColumn(0).getString() + "\n";
+        }
+        return text;
+    }
+
+    /// The schema's version, which fits the tables; 0 for a file without tables.
     int GetVersion(const std::string& path)
     {
         const int application = mDatabase->execAndGet("PRAGMA application_id").getInt();
@@ -199,6 +262,10 @@ private:
         }
         if (version > static_cast<int>(Schema::GetSteps().size())) {
             throw CIndexError("the index " + Quote(path) + " was made by a newer velmora");
+        }
+        // Triggers, views and computed columns of a file would do what its maker wants, in the name of our statements.
+        if (DescribeTables(*mDatabase) != DescribeTables(MakeEmpty(version))) {
+            throw CIndexError("the tables of the index " + Quote(path) + " are not those that velmora makes");
         }
         return version;
     }
@@ -244,7 +311,10 @@ CIndexDatabase::CIndexDatabase(const std::string& path, eAccess access) : mPath(
     try {
         mImpl = std::make_unique<CImpl>(path, access);
     } catch (const SQLite::Exception& error) {
-        throw CIndexError(Explain(path, error));
+        // What is no database may be somebody's: nobody is told to remove it.
+        throw CIndexError(error.getErrorCode() == SQLITE_NOTADB
+                              ? "the index " + Quote(path) + " cannot be used: " + error.what()
+                              : Explain(path, error));
     }
 }
 

@@ -145,7 +145,7 @@ bool CIndexRun::Wants(const std::string& path, const tFileStatus& status)
         return true;
     }
     mDatabase.MarkSeen(known->id);
-    if (mSettings.verify || known->stamp != StampOf(status) || !IsSettled(*known)) {
+    if (mSettings.verify || status.modified == 0 || known->stamp != StampOf(status) || !IsSettled(*known)) {
         return true;
     }
     CountAsBefore(*known);

@@ -68,6 +68,9 @@ static tFailure NoRegularFile(mode_t mode)
     return MakeFailure(eFailure::kPath, what).failure;
 }
 
+/// Times are believed from 1834 to 2106; any number can be set, and far ones fit into no 64 bits of nanoseconds.
+static constexpr int64_t kFarthestTime = int64_t{1} << 32;
+
 static tFileStatus MakeStatus(const struct stat& status)
 {
 #if defined(__APPLE__)
@@ -75,7 +78,9 @@ static tFileStatus MakeStatus(const struct stat& status)
 #else
     const timespec& modified = status.st_mtim;
 #endif
-    return {static_cast<uint64_t>(status.st_size), int64_t{modified.tv_sec} * 1000000000 + modified.tv_nsec,
+    const bool isBelieved = modified.tv_sec >= -kFarthestTime && modified.tv_sec <= kFarthestTime;
+    return {static_cast<uint64_t>(status.st_size),
+            isBelieved ? int64_t{modified.tv_sec} * 1000000000 + modified.tv_nsec : 0,
             static_cast<uint64_t>(status.st_ino), static_cast<uint64_t>(status.st_dev)};
 }
 

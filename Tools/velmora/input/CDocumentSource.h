@@ -17,7 +17,7 @@
 /// What tells that a file has not changed.
 struct tFileStatus {
     uint64_t size = 0;    ///< bytes
-    int64_t modified = 0; ///< nanoseconds since 1970
+    int64_t modified = 0; ///< nanoseconds since 1970; 0 for a time that cannot be
     uint64_t inode = 0;
     uint64_t device = 0;
 };

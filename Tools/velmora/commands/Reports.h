@@ -1,0 +1,21 @@
+// What is printed of the answers of a worker, who is not trusted. Texts escape control characters, JSON is one object a
+// line. Each is defined with its command.
+#pragma once
+
+#include "commands/Inquiry.h"
+#include "output/CTable.h"
+
+#include <string>
+
+namespace Reports {
+std::string CheckAsText(const std::string& path, const CReport& report);
+std::string CheckInJSON(const std::string& path, const CReport& report);
+
+CTable ArticleTable(const std::string& library, const CReport& report);
+/// A line above the table.
+std::string LibraryHeading(const std::string& path, const CReport& report);
+std::string LibraryInJSON(const std::string& path, const CReport& report);
+
+std::string SchemaAsText(const tSchema& schema);
+std::string SchemaInJSON(const tSchema& schema);
+} // namespace Reports
