@@ -8,7 +8,6 @@
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
-#include <algorithm>
 #include <limits>
 #include <unistd.h>
 
