@@ -4,8 +4,10 @@
 #include "Portable/Utf8.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
 static bool ReadFile(const std::string& path, std::string& bytes)
 {
@@ -20,14 +22,32 @@ static bool ReadFile(const std::string& path, std::string& bytes)
     return ferror(file.get()) == 0;
 }
 
+// Whether a zero is in the text or any reference to a character is to none: Foundation takes it for a zero.
+static bool HasZero(std::string_view text)
+{
+    static constexpr std::string_view kReference = "&#";
+    static constexpr unsigned long kLastCharacter = 0x10FFFF;
+    for (size_t at = text.find(kReference); at != text.npos; at = text.find(kReference, at)) {
+        at += kReference.size();
+        const bool isHex = text.substr(at).starts_with('x');
+        const char* const digits = text.data() + at + (isHex ? 1 : 0);
+        unsigned long character = 0;
+        const auto [end, error] = std::from_chars(digits, text.data() + text.size(), character, isHex ? 16 : 10);
+        if (error != std::errc() || character == 0 || character > kLastCharacter) {
+            return true;
+        }
+    }
+    return text.find('\0') != text.npos;
+}
+
 // Foundation would also try its binary and its old text form, logs text that is not UTF-8, for some cut documents asks
 // for all memory there is, and takes a text with zeros that it then writes as another; none of that gets as far.
 static bool LooksWhole(const std::string& bytes)
 {
     static constexpr std::string_view kEnd = "</plist>";
     const size_t last = bytes.find_last_not_of(" \t\r\n");
-    return last != std::string::npos && bytes.find('\0') == std::string::npos && last >= kEnd.size() &&
-           bytes[0] == '<' && std::string_view(bytes).substr(0, last + 1).ends_with(kEnd) && Platform::IsUtf8(bytes);
+    return last != std::string::npos && !HasZero(bytes) && last >= kEnd.size() && bytes[0] == '<' &&
+           std::string_view(bytes).substr(0, last + 1).ends_with(kEnd) && Platform::IsUtf8(bytes);
 }
 
 Platform::eListState Platform::ReadPropertyList(const std::string& path, NSMutableDictionary*& result)
