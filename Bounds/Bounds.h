@@ -60,7 +60,7 @@ inline constexpr size_t kMostAnswerBytes = size_t{256} << 20;
 // its records. So it grows with the document, several times as fast at most.
 /// Bytes of an answer about a document of no size, and for each byte of a document.
 inline constexpr uint64_t kBaseAnswerBytes = 4 << 20;
-inline constexpr uint64_t kAnswerBytesPerByte = 64;
+inline constexpr uint64_t kAnswerBytesPerByte = 32;
 /// Values in an answer: so many for a document of no size, one for each byte, so many more at the most.
 inline constexpr uint64_t kBaseValues = 64 << 10;
 inline constexpr uint64_t kMostValues = 16 << 20;
