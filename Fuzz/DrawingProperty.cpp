@@ -1,5 +1,6 @@
 #include "Properties.h"
 
+#include "Bounds.h"
 #include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Source/Rendering/CRecordedDrawing.h"
@@ -11,7 +12,7 @@ namespace {
 constexpr int kStyles = 5;
 constexpr int kWrittenStyle = 4; ///< whose picture is not too large to be written
 /// Sides of a small picture and of a large one, pixels.
-constexpr int kSides[] = {1, 300, Platform::kMostPictureSide};
+constexpr int kSides[] = {1, 300, Bounds::kMostPictureSide};
 /// Longest document whose pictures are also written; the others are only drawn.
 constexpr size_t kWritten = 6000;
 } // namespace

@@ -20,6 +20,7 @@ endif()
 find_package(Boost 1.74 REQUIRED)
 
 add_library(velmora_settings INTERFACE)
+target_include_directories(velmora_settings INTERFACE ${CMAKE_SOURCE_DIR}/Bounds) # the one header that all share
 target_compile_options(velmora_settings INTERFACE
   -Wall -Wextra -Wshadow -Wconversion
   $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-Wnon-virtual-dtor -Woverloaded-virtual>

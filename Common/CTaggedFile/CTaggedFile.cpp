@@ -1,13 +1,10 @@
 #include "CTaggedFile/CTaggedFile.h"
 
+#include "Bounds.h"
 #include "CheckError/CErr.h"
 
 #include <algorithm>
 #include <cstring>
-
-namespace {
-constexpr size_t kLargestText = 2047; ///< characters of a std::string in a record
-}
 
 bool CTaggedFile::ReadNextMatchingTag(CTag& tag, unsigned short key)
 {
@@ -58,7 +55,7 @@ bool CTaggedFile::Read(unsigned short key, std::string& text)
         return false;
     }
     const char* characters = reinterpret_cast<const char*>(record.data);
-    text.assign(characters, strnlen(characters, std::min<size_t>(record.size, kLargestText)));
+    text.assign(characters, strnlen(characters, std::min<size_t>(record.size, Bounds::kMostRecordText)));
     return true;
 }
 
@@ -92,6 +89,6 @@ void CTaggedFile::Write(unsigned short key, const char* text)
 
 void CTaggedFile::Write(unsigned short key, const std::string& text)
 {
-    const std::string carried(text, 0, std::min(strnlen(text.data(), text.size()), kLargestText));
+    const std::string carried(text, 0, std::min(strnlen(text.data(), text.size()), Bounds::kMostRecordText));
     Write(key, carried.c_str(), carried.size() + 1);
 }

@@ -1,5 +1,6 @@
 #include "CXMLDocument/UXML.h"
 
+#include "Bounds.h"
 #include "CXMLDocument/CXMLDocument.h"
 #include "CXMLDocument/CXMLLeafNodes.h"
 #include "CXMLDocument/CXMLTreeNode.h"
@@ -10,9 +11,6 @@
 #include <string_view>
 
 namespace {
-/// Bytes of a name or a text that becomes a node.
-constexpr size_t kMostBytes = 1023;
-
 const CXMLElementNode* ElementBelow(const CXMLTreeNode* node, const char* key)
 {
     return dynamic_cast<const CXMLElementNode*>(UXML::GetChildNodeWithKey(node, key));
@@ -28,7 +26,7 @@ CXMLNode* UXML::CreateCXMLNodeFromCFXMLNode(const pugi::xml_node& node)
     // A parsed file may hold malformed text after all: a reference can name half a surrogate pair.
     std::string text;
     if (!CXMLNode::ConvertText(isElement ? node.name() : node.value(), kCFStringEncodingUTF8, text) ||
-        text.size() > kMostBytes) {
+        text.size() > Bounds::kMostXMLText) {
         return nullptr;
     }
     if (isElement) {

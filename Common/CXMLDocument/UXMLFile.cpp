@@ -1,5 +1,6 @@
 #include "CXMLDocument/UXMLFile.h"
 
+#include "Bounds.h"
 #include "CheckError/ULog.h"
 #include "KVUStr/KVUStr.h"
 #include "Platform/Streams.h"
@@ -20,15 +21,15 @@ constexpr std::string_view kBlanks = " \t\r\n";
 
 bool Refuse(const char* function)
 {
-    ULog::Warn("%s: XML files may have %zu bytes, %zu tags or nodes and %d levels", function, UXMLFile::kMostBytes,
-               UXMLFile::kMostMarks, UXMLFile::kDeepest);
+    ULog::Warn("%s: XML files may have %zu bytes, %zu tags or nodes and %d levels", function, Bounds::kMostXMLBytes,
+               Bounds::kMostXMLMarks, Bounds::kDeepestXML);
     return false;
 }
 
 bool IsWithinLimits(const std::string& bytes)
 {
-    return bytes.size() <= UXMLFile::kMostBytes &&
-           static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '<')) <= UXMLFile::kMostMarks;
+    return bytes.size() <= Bounds::kMostXMLBytes &&
+           static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '<')) <= Bounds::kMostXMLMarks;
 }
 
 /// What the parser lets pass: bytes that are not the encoding's.
@@ -55,7 +56,10 @@ bool HasOneRoot(const pugi::xml_document& document)
 
 class CTreeGuard : public pugi::xml_tree_walker {
 public:
-    bool for_each(pugi::xml_node&) override { return depth() < UXMLFile::kDeepest && ++mNodes <= UXMLFile::kMostMarks; }
+    bool for_each(pugi::xml_node&) override
+    {
+        return depth() < Bounds::kDeepestXML && ++mNodes <= Bounds::kMostXMLMarks;
+    }
 
 private:
     size_t mNodes = 0;
@@ -124,8 +128,9 @@ bool UXMLFile::ReadBytes(const std::string& path, std::string& bytes)
     }
     bytes.clear();
     char block[16384];
-    while (bytes.size() <= kMostBytes) {
-        const size_t count = fread(block, 1, std::min(sizeof block, kMostBytes + 1 - bytes.size()), file.Get());
+    while (bytes.size() <= Bounds::kMostXMLBytes) {
+        const size_t count =
+            fread(block, 1, std::min(sizeof block, Bounds::kMostXMLBytes + 1 - bytes.size()), file.Get());
         if (count == 0) {
             break;
         }

@@ -17,17 +17,6 @@ class UXMLFile {
 public:
     UXMLFile() = delete;
 
-    // Far above any stock (four levels, eight marks, seven nodes and some 150 bytes an article), yet low enough that
-    // the nodes of the worst file need no more than some 500 MB. What Write would write beyond them it refuses, since
-    // nobody could read it.
-
-    /// Bytes of a file.
-    static constexpr size_t kMostBytes = size_t{32} << 20;
-    /// Characters "<", as well as elements and texts together.
-    static constexpr size_t kMostMarks = 900000;
-    /// Elements within each other.
-    static constexpr int kDeepest = 64;
-
     /// Reads a file, up to one byte more than Parse takes. @return false when it cannot be opened or read
     static bool ReadBytes(const std::string& path, std::string& bytes);
 

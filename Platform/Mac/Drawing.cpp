@@ -1,6 +1,7 @@
 // Pictures drawn with Core Graphics. There is no SVG: the system cannot write it.
 #include "Platform/Drawing.h"
 
+#include "Bounds.h"
 #include "Platform/Fonts.h"
 #include "Platform/Released.h"
 #include "TextPieces.h"
@@ -185,8 +186,8 @@ private:
 
 std::unique_ptr<CPicture> BeginPicture(ePictureFormat format, int width, int height)
 {
-    if (width < 1 || height < 1 || width > kMostPictureSide || height > kMostPictureSide ||
-        int64_t{width} * height > kMostPicturePixels) {
+    if (width < 1 || height < 1 || width > Bounds::kMostPictureSide || height > Bounds::kMostPictureSide ||
+        int64_t{width} * height > Bounds::kMostPicturePixels) {
         return nullptr;
     }
     auto picture = std::make_unique<CCorePicture>(format, width, height);

@@ -1,5 +1,6 @@
 #include "BuildingBlocks/CCompositeGeometry.h"
 
+#include "Bounds.h"
 #include "CheckError/CErr.h"
 #include "CheckError/ULog.h"
 #include "KVUStr/KVUStr.h"
@@ -69,7 +70,7 @@ void CCompositeGeometry::Adopt(CBasicGeometry* big)
 void CCompositeGeometry::AppendBIG(CBasicGeometry* big)
 {
     CErr::CheckNull(big, "void CCompositeGeometry::AppendBIG(CBasicGeometry *)", "No CBasicGeometry object specified");
-    if (mComponents.size() >= kMostComponents) {
+    if (mComponents.size() >= Bounds::kMostComponents) {
         return;
     }
     if (!mComponents.empty()) {
@@ -80,7 +81,7 @@ void CCompositeGeometry::AppendBIG(CBasicGeometry* big)
 
 void CCompositeGeometry::AppendOrDrop(std::unique_ptr<CBasicGeometry> big)
 {
-    if (mComponents.size() < kMostComponents) {
+    if (mComponents.size() < Bounds::kMostComponents) {
         AppendBIG(big.release());
     }
 }

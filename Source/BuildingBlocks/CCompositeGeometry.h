@@ -62,8 +62,6 @@ public:
     /// Most elements have one component, which then needs no block of its own.
     using tComponents = boost::container::small_vector<CBasicGeometry*, 1>;
 
-    /// Components that AppendBIG takes. (A file may hold more.)
-    static constexpr size_t kMostComponents = 500;
     /// Bytes of the raw record in front of the grade.
     static constexpr int kRawSizeBeforeGrade = 422;
 
@@ -158,7 +156,7 @@ public:
     void Scale(double factor);
     /// Joins open polylines of the same thickness, colour and width whose ends meet (CPolyBIG::kSamePlace) into one
     /// each, in the place of the first; those that run back into themselves are closed. Quadratic in the components;
-    /// an element of more than kMostComponents stays as it is.
+    /// an element of more than Bounds::kMostComponents stays as it is.
     /// @return how many components are gone
     int SimplifyJoinPolylines();
     /// Turns the element as a rigid whole, about the middle of the placed box that it has unturned, or about a point of

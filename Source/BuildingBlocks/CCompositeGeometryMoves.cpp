@@ -1,4 +1,5 @@
 // How an element as a whole is placed, turned, aligned and scaled.
+#include "Bounds.h"
 #include "BuildingBlocks/BasicGeometries/CPolyBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
 #include "Utilities/Geometry/CCalcBoundingBox.h"
@@ -122,7 +123,7 @@ void CCompositeGeometry::Scale(double factor)
 
 int CCompositeGeometry::SimplifyJoinPolylines()
 {
-    if (mComponents.size() > kMostComponents) {
+    if (mComponents.size() > Bounds::kMostComponents) {
         return 0;
     }
     struct tLine {

@@ -1,5 +1,6 @@
 #include "Checks/CRecordChecker.h"
 
+#include "Bounds.h"
 #include "CTaggedFile/BigEndian.h"
 
 #include <algorithm>
@@ -57,7 +58,7 @@ void CRecordChecker::SeekWord(uint32_t word)
 
 void CRecordChecker::Report(size_t offset, int key, const std::string& text, tFinding::eKind kind)
 {
-    if (mFindings.size() < kMostFindings) {
+    if (mFindings.size() < Bounds::kMostFindings) {
         mFindings.push_back({kind, offset, key, mElement, mComponent, text});
     } else {
         mLost = true;

@@ -15,9 +15,6 @@
 /// key or size is found at its record or at the next.
 class CRecordChecker {
 public:
-    /// Findings that are collected at the most; a damaged file soon has nothing new to say.
-    static constexpr size_t kMostFindings = 200;
-
     /// @param bytes  the whole file; not owned
     CRecordChecker(std::span<const unsigned char> bytes, std::vector<tFinding>& findings);
 

@@ -1,3 +1,4 @@
+#include "Bounds.h"
 #include "CXMLDocument/CXMLDocument.h"
 #include "CXMLDocument/CXMLLeafNodes.h"
 #include "CXMLDocument/UXML.h"
@@ -121,8 +122,8 @@ TEST(CXMLDocument, WhatCouldNotBeReadIsNotWritten)
         auto* const child = new CXMLElementNode("a", kRoman);
         ASSERT_TRUE(deep.AddNode(parent, child));
         parent = child;
-        if (i == UXMLFile::kDeepest - 1 || i == UXMLFile::kDeepest) {
-            ASSERT_EQ(deep.Write(target.c_str()), i < UXMLFile::kDeepest);
+        if (i == Bounds::kDeepestXML - 1 || i == Bounds::kDeepestXML) {
+            ASSERT_EQ(deep.Write(target.c_str()), i < Bounds::kDeepestXML);
         }
     }
     const std::string old = ReadFile(target);
@@ -130,7 +131,7 @@ TEST(CXMLDocument, WhatCouldNotBeReadIsNotWritten)
     EXPECT_FALSE(deep.Write(target.c_str()));
     EXPECT_EQ(ReadFile(target), old);
     const tXMLNode nodes[] = {{eXMLNodeType::kElement, "a"},
-                              {eXMLNodeType::kText, std::string(UXMLFile::kMostBytes, '=')}};
+                              {eXMLNodeType::kText, std::string(Bounds::kMostXMLBytes, '=')}};
     const tXMLTree large[] = {{&nodes[0], {&large[1]}}, {&nodes[1], {}}};
     std::string bytes;
     EXPECT_FALSE(UXMLFile::Format(large[0], bytes));
@@ -163,10 +164,10 @@ TEST(CXMLDocument, ReadingTakesElementsAndTextsInOrder)
 
 TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
 {
-    const std::string deep = Repeated("<a>", UXMLFile::kDeepest);
-    const std::string deepEnd = Repeated("</a>", UXMLFile::kDeepest);
+    const std::string deep = Repeated("<a>", Bounds::kDeepestXML);
+    const std::string deepEnd = Repeated("</a>", Bounds::kDeepestXML);
     EXPECT_NE(OutlineOf(deep + deepEnd), "'xml'") << "the limit itself";
-    EXPECT_NE(UXMLFile::Parse("<a>" + Repeated("<b/>", UXMLFile::kMostMarks - 2) + "</a>"), nullptr);
+    EXPECT_NE(UXMLFile::Parse("<a>" + Repeated("<b/>", Bounds::kMostXMLMarks - 2) + "</a>"), nullptr);
     const std::pair<const char*, std::string> cases[] = {
         {"empty", ""},
         {"no XML", std::string("RSet\0\0\0\2", 8)},
@@ -179,9 +180,9 @@ TEST(CXMLDocument, WhatIsNoDocumentIsRefusedWhole)
         {"a zero byte", std::string("<a>x\0</a>", 9) + "<a/>"},
         {"one level too deep", "<a>" + deep + deepEnd + "</a>"},
         {"deep", Repeated("<a>", 150000) + Repeated("</a>", 150000)},
-        {"many elements", "<a>" + Repeated("<b/>", UXMLFile::kMostMarks) + "</a>"},
-        {"many nodes", "<a>" + Repeated("<b/>x", UXMLFile::kMostMarks / 2) + "</a>"},
-        {"large", "<a><!--" + std::string(UXMLFile::kMostBytes, ' ') + "--></a>"},
+        {"many elements", "<a>" + Repeated("<b/>", Bounds::kMostXMLMarks) + "</a>"},
+        {"many nodes", "<a>" + Repeated("<b/>x", Bounds::kMostXMLMarks / 2) + "</a>"},
+        {"large", "<a><!--" + std::string(Bounds::kMostXMLBytes, ' ') + "--></a>"},
     };
     for (const auto& [what, bytes] : cases) {
         SCOPED_TRACE(what);

@@ -1,3 +1,4 @@
+#include "Bounds.h"
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 #include "protocol/UTF8.h"
@@ -83,8 +84,8 @@ TEST(Messages, CannotClaimMoreEntriesThanAllowed)
 {
     tAnswer sample;
     sample.ok = true;
-    sample.attributes = {{"a", true, std::vector<std::string>(kMaxListEntries / 2)},
-                         {"b", true, std::vector<std::string>(kMaxListEntries / 2 - 2)}};
+    sample.attributes = {{"a", true, std::vector<std::string>(Bounds::kMostListEntries / 2)},
+                         {"b", true, std::vector<std::string>(Bounds::kMostListEntries / 2 - 2)}};
     tAnswer answer;
     EXPECT_TRUE(Decode(Encode(sample), answer));
     sample.attributes[1].texts.emplace_back();

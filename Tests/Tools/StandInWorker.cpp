@@ -1,5 +1,6 @@
 // Stands in for the worker in tests of the supervisor: the document says what to do. What is no command of the table
 // below comes back as the document's description.
+#include "Bounds.h"
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 
@@ -94,7 +95,7 @@ static const std::map<std::string, std::function<void(const tFrame&, uint32_t)>>
      }},
     {"request", [](auto&, auto number) { Send(eFrameKind::kRequest, number, Encode(tRequest{})); }},
     {"wrong sequence", [](auto&, auto number) { Send(eFrameKind::kAnswer, number + 1, sGood); }},
-    {"too long", [](auto&, auto number) { SendHeader(kFrameMagic, 3, number, kMaxAnswerSize + 1); }},
+    {"too long", [](auto&, auto number) { SendHeader(kFrameMagic, 3, number, Bounds::kMostAnswerBytes + 1); }},
     {"cut", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, sGood.substr(0, sGood.size() - 1)); }},
     {"longer", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, sGood + "x"); }},
     {"bad UTF-8", [](auto&, auto number) { Send(eFrameKind::kAnswer, number, Encode(MakeAnswer("\xC3("))); }},
@@ -110,7 +111,7 @@ static const std::map<std::string, std::function<void(const tFrame&, uint32_t)>>
      }},
     {"flood bytes",
      [](auto&, auto number) {
-         SendHeader(kFrameMagic, 3, number, kMaxAnswerSize);
+         SendHeader(kFrameMagic, 3, number, Bounds::kMostAnswerBytes);
          for (const std::string bytes(1 << 20, 'x'); write(sSocket, bytes.data(), bytes.size()) > 0;) {
          }
      }},
@@ -150,7 +151,7 @@ int main(int argc, char** argv)
         return 1;
     }
     SendFrame(sSocket, eFrameKind::kHello, 0, Encode(tHello{true, {}}));
-    CFrameReader reader(sSocket, kMaxRequestSize);
+    CFrameReader reader(sSocket, Bounds::kMostRequestBytes);
     for (;;) {
         tFrame frame;
         const CFrameReader::eResult result = reader.Read(frame);

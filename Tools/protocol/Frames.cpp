@@ -1,5 +1,7 @@
 #include "protocol/Frames.h"
 
+#include "Bounds.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -42,7 +44,7 @@ void EncodeHeader(eFrameKind kind, uint32_t sequence, size_t payloadSize, unsign
 
 bool SendFrame(int socket, eFrameKind kind, uint32_t sequence, std::string_view payload, int descriptor)
 {
-    if (payload.size() > kMaxAnswerSize) {
+    if (payload.size() > Bounds::kMostAnswerBytes) {
         errno = EMSGSIZE;
         return false;
     }

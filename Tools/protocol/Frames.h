@@ -26,13 +26,6 @@ enum class eFrameKind : uint32_t {
 inline constexpr uint32_t kFrameMagic = 0x504D4C56;
 inline constexpr size_t kFrameHeaderSize = 16;
 
-/// Limits on what a frame may claim. An answer holds a document's texts, so it grows with the document.
-inline constexpr size_t kMaxAnswerSize = 256 << 20;
-/// A fatal report is a line.
-inline constexpr size_t kMaxReportSize = 4096;
-/// Requests name a verb and a type.
-inline constexpr size_t kMaxRequestSize = 64 << 10;
-
 /// The descriptor number at which a started worker finds its end of the socket pair.
 inline constexpr int kWorkerSocket = 3;
 

@@ -1,5 +1,6 @@
 #include "protocol/Messages.h"
 
+#include "Bounds.h"
 #include "protocol/Frames.h"
 #include "protocol/UTF8.h"
 
@@ -131,30 +132,23 @@ private:
     }
 
     std::string_view mRest;
-    uint32_t mEntriesLeft = kMaxListEntries;
+    uint32_t mEntriesLeft = Bounds::kMostListEntries;
     bool mGood = true;
 };
 } // namespace
 
-// An honest answer repeats texts of its document, each character in at most six bytes, and adds a few words for each of
-// its records. So it grows with the document, several times as fast at most.
-static constexpr uint64_t kAnswerBase = 4 << 20;
-static constexpr uint64_t kAnswerPerByte = 64;
-static constexpr uint64_t kValuesBase = 64 << 10;
-static constexpr uint64_t kMaxValues = 16 << 20;
-/// An object with a list of objects that have lists, and as much again for later.
-static constexpr size_t kMaxReportDepth = 8;
-
 size_t MaxAnswerSize(eVerb verb, uint64_t documentSize)
 {
     // A picture has as many pixels as were asked for. The comparison is made so that nothing overflows.
-    const bool grows = verb != eVerb::kRender && documentSize < (kMaxAnswerSize - kAnswerBase) / kAnswerPerByte;
-    return grows ? static_cast<size_t>(kAnswerBase + kAnswerPerByte * documentSize) : kMaxAnswerSize;
+    const bool grows = verb != eVerb::kRender && documentSize < (Bounds::kMostAnswerBytes - Bounds::kBaseAnswerBytes) /
+                                                                    Bounds::kAnswerBytesPerByte;
+    return grows ? static_cast<size_t>(Bounds::kBaseAnswerBytes + Bounds::kAnswerBytesPerByte * documentSize)
+                 : Bounds::kMostAnswerBytes;
 }
 
 bool IsAffordable(const tAnswer& answer, uint64_t documentSize)
 {
-    const uint64_t most = std::min(kMaxValues, documentSize) + kValuesBase;
+    const uint64_t most = std::min(Bounds::kMostValues, documentSize) + Bounds::kBaseValues;
     uint64_t count = answer.attributes.size() + answer.libraries.size() + answer.articles.size();
     for (const tAttribute& attribute : answer.attributes) {
         count += attribute.texts.size();
@@ -162,7 +156,7 @@ bool IsAffordable(const tAnswer& answer, uint64_t documentSize)
     size_t depth = 0;
     bool inText = false;
     const std::string& report = answer.report;
-    for (size_t at = 0; at < report.size() && count <= most && depth <= kMaxReportDepth; ++at) {
+    for (size_t at = 0; at < report.size() && count <= most && depth <= Bounds::kDeepestReport; ++at) {
         const char character = report[at];
         if (inText) {
             at += character == '\\' ? 1 : 0;
@@ -174,7 +168,7 @@ bool IsAffordable(const tAnswer& answer, uint64_t documentSize)
         depth -= depth > 0 && (character == ']' || character == '}') ? 1 : 0;
         count += character == ',' || character == '[' || character == '{' ? 1 : 0;
     }
-    return count <= most && depth <= kMaxReportDepth;
+    return count <= most && depth <= Bounds::kDeepestReport;
 }
 
 tAnswer MakeFailure(eFailure kind, std::string message)

@@ -9,9 +9,6 @@
 #include <string_view>
 #include <vector>
 
-/// What the lists of a message may count together. An entry costs the receiver more than its 4 bytes in the message.
-inline constexpr uint32_t kMaxListEntries = 4000000;
-
 /// One thing that a worker has given up, or could not.
 struct tSandboxLayer {
     std::string name; ///< a word: "seccomp"

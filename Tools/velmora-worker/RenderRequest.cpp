@@ -1,4 +1,5 @@
 // The request for a layout's picture.
+#include "Bounds.h"
 #include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Requests.h"
@@ -101,9 +102,9 @@ void PrepareDrawing()
 
 tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& wish)
 {
-    if (wish.width > static_cast<uint32_t>(Platform::kMostPictureSide) ||
-        wish.height > static_cast<uint32_t>(Platform::kMostPictureSide) ||
-        uint64_t{wish.width} * wish.height > uint64_t{Platform::kMostPicturePixels}) {
+    if (wish.width > static_cast<uint32_t>(Bounds::kMostPictureSide) ||
+        wish.height > static_cast<uint32_t>(Bounds::kMostPictureSide) ||
+        uint64_t{wish.width} * wish.height > uint64_t{Bounds::kMostPicturePixels}) {
         return MakeFailure(eFailure::kMemory, "the picture is too large");
     }
     CBoundLayout layout;

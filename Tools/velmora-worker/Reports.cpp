@@ -1,5 +1,6 @@
 #include "Reports.h"
 
+#include "Bounds.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Report.h"
 #include "protocol/Frames.h"
@@ -9,7 +10,7 @@
 /// How the loader's warnings begin that say why it gives up, behind the function's name.
 static constexpr std::string_view kFailurePrefixes[] = {": Failed to load layout, ", ": Failed to load layers, "};
 /// A report in bytes of Mac OS Roman, of which each takes at most 3 in UTF-8.
-static constexpr size_t kMaxReportLength = kMaxReportSize / 3;
+static constexpr size_t kMaxReportLength = Bounds::kMostFatalReport / 3;
 
 static int sSocket = -1;
 static uint32_t sSequence = 0;

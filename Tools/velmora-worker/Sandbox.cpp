@@ -1,5 +1,6 @@
 #include "Sandbox.h"
 
+#include "Bounds.h"
 #include "Platform/Fonts.h"
 #include "Sanitizer.h"
 
@@ -7,8 +8,6 @@
 
 /// The layers without which a sandbox is none. The kernel may have been built without either.
 static constexpr unsigned kEssential = Jail::kFileRules | Jail::kCallFilter;
-/// Threads that libraries have started end within a millisecond.
-static constexpr int kThreadMilliseconds = 2000;
 
 static unsigned ParseLayers(std::string_view names)
 {
@@ -66,7 +65,7 @@ void Sandbox::Close(const tMode& mode, Jail::eProfile profile, size_t memoryMega
         order.readableFolders = Platform::FontFolders();
     }
     if ((order.layers & kEssential) != 0) {
-        Jail::WaitForOneThread(kThreadMilliseconds); // or else landlock says why it is not on
+        Jail::WaitForOneThread(Bounds::kThreadMilliseconds); // or else landlock says why it is not on
     }
     unsigned closed = 0;
     std::string missing = mode.note;

@@ -1,5 +1,6 @@
 // The worker process: holds the plug-in and the core,
 // and answers one request at a time until the host closes the socket.
+#include "Bounds.h"
 #include "CPlugIn.h"
 #include "Limits.h"
 #include "Reports.h"
@@ -146,7 +147,7 @@ static bool AnswerRequest(int socket, const CPlugIn& plugIn, const tFrame& frame
 
 static int Serve(int socket, const CPlugIn& plugIn)
 {
-    CFrameReader reader(socket, kMaxRequestSize);
+    CFrameReader reader(socket, Bounds::kMostRequestBytes);
     for (;;) {
         tFrame frame;
         switch (reader.Read(frame)) {

@@ -1,5 +1,6 @@
 #include "Platform/Jail.h"
 
+#include "Bounds.h"
 #include "Calls.h"
 #include "FileRules.h"
 #include "Threads.h"
@@ -19,9 +20,6 @@
 #include <time.h>
 #include <unistd.h>
 
-/// At rest a worker has 4 open and a request brings 2. Drawing opens fonts, of which the drawing library keeps ten.
-static constexpr rlim_t kDescriptors = 32;
-static constexpr rlim_t kDescriptorsForDrawing = 64;
 /// How long to wait between two looks at the threads: 200 microseconds.
 static constexpr long kPauseNanoseconds = 200000;
 
@@ -79,7 +77,8 @@ static tOutcome LimitMemory(size_t megabytes)
 
 static tOutcome LimitResources(Jail::eProfile profile)
 {
-    const rlim_t descriptors = profile == Jail::eProfile::kDraw ? kDescriptorsForDrawing : kDescriptors;
+    const rlim_t descriptors =
+        profile == Jail::eProfile::kDraw ? Bounds::kDrawingDescriptors : Bounds::kWorkerDescriptors;
     if (!Limit(RLIMIT_FSIZE, 0) || !Limit(RLIMIT_CORE, 0) || !Limit(RLIMIT_NOFILE, descriptors)) {
         return Refused();
     }

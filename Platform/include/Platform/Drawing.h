@@ -93,10 +93,6 @@ public:
     virtual bool Finish(std::string& bytes) = 0;
 };
 
-/// Longest side of a picture, and its pixels altogether.
-inline constexpr int kMostPictureSide = 16384;
-inline constexpr int64_t kMostPicturePixels = 50000000;
-
 /// Begins a picture of so many pixels; in SVG and PDF one pixel is one unit.
 /// @return null for a size that is not positive or beyond the limits, and where the drawing library cannot be had
 PLATFORM_EXPORT std::unique_ptr<CPicture> BeginPicture(ePictureFormat format, int width, int height);

@@ -1,3 +1,4 @@
+#include "Bounds.h"
 #include "BuildingBlocks/CCountedCIG.h"
 #include "Elements/Utilities/UCountedElementVectorOperations.h"
 #include "Elements/Utilities/UElementStatistics.h"
@@ -221,7 +222,7 @@ TEST(Statistics, EntriesAnswerAsCopiesOfTheirElements)
     COwnedList copies;
     std::vector<tElement> elements;
     elements.push_back(NewElement(kStraightType, "overfull", "Alpha"));
-    while (elements[0]->GetNumberOfComponents() <= CCompositeGeometry::kMostComponents) {
+    while (elements[0]->GetNumberOfComponents() <= Bounds::kMostComponents) {
         elements[0]->GetComponents().push_back(NewComponent(kCurveType)); // as a document may have it
     }
     for (const int type : kAllTypes) {

@@ -1,4 +1,5 @@
 // Blocks of elements from elsewhere: what is too short or unknown is refused as a whole.
+#include "Bounds.h"
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/BasicGeometries/COvalBIG.h"
@@ -70,7 +71,7 @@ TEST(Clipboard, BoundedReaderTakesWholeBlocksAndRefusesEverythingElse)
 TEST(Clipboard, WhatAFullElementDropsDoesNotShiftTheNext)
 {
     tElements elements = {new CCompositeGeometry, new CCompositeGeometry};
-    while (elements[0]->GetNumberOfComponents() < CCompositeGeometry::kMostComponents + 100) {
+    while (elements[0]->GetNumberOfComponents() < Bounds::kMostComponents + 100) {
         elements[0]->GetComponents().push_back(new CStraightBIG); // as a document may have it
     }
     elements[1]->AppendBIG(new CCurveBIG);
@@ -82,7 +83,7 @@ TEST(Clipboard, WhatAFullElementDropsDoesNotShiftTheNext)
         ASSERT_TRUE(bounded ? UElementVectorOperations::ElementVectorFromRawMem(back, block.get(), size)
                             : UElementVectorOperations::ElementVectorFromRawMem(back, block.get()));
         ASSERT_EQ(back.size(), 2u);
-        EXPECT_EQ(back[0]->GetNumberOfComponents(), CCompositeGeometry::kMostComponents);
+        EXPECT_EQ(back[0]->GetNumberOfComponents(), Bounds::kMostComponents);
         EXPECT_STREQ(back[1]->GetName(), "P 100");
         EXPECT_EQ(back[1]->GetComponents().front()->GetType(), kCurveType);
         UElementVectorOperations::DeleteItemVector(back);

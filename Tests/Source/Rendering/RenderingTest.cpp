@@ -1,3 +1,4 @@
+#include "Bounds.h"
 #include "Pictures.h"
 
 #include "BuildingBlocks/BasicGeometries/CCurveBIG.h"
@@ -314,7 +315,7 @@ TEST(Pictures, AreRefusedBeyondTheirLimits)
     for (const auto format : {ePictureFormat::kPNG, ePictureFormat::kSVG, ePictureFormat::kPDF}) {
         EXPECT_EQ(BeginPicture(format, 0, 10), nullptr);
         EXPECT_EQ(BeginPicture(format, 16000, 16000), nullptr);
-        EXPECT_NE(BeginPicture(format, Platform::kMostPictureSide, 1), nullptr);
+        EXPECT_NE(BeginPicture(format, Bounds::kMostPictureSide, 1), nullptr);
     }
     // Nothing at all is a picture, too.
     CBoundLayout layout;

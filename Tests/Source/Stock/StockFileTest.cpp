@@ -1,3 +1,4 @@
+#include "Bounds.h"
 #include "CXMLDocument/UXMLFile.h"
 #include "Common/Reports.h"
 #include "TestStock.h"
@@ -152,8 +153,8 @@ TEST_F(CStockFile, AHundredThousandArticlesFitAndOneWithoutNumberIsLeftOut)
                                      std::string(9, '=') + "', which lacks a name")));
     const std::string bytes = ReadFile(path);
     const auto marks = static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '<'));
-    EXPECT_LE(marks * (100000 / kArticles), UXMLFile::kMostMarks);
-    EXPECT_LE(bytes.size() * (100000 / kArticles), UXMLFile::kMostBytes);
+    EXPECT_LE(marks * (100000 / kArticles), Bounds::kMostXMLMarks);
+    EXPECT_LE(bytes.size() * (100000 / kArticles), Bounds::kMostXMLBytes);
 }
 
 TEST_F(CStockFile, CutOrChangedFilesNeitherCrashNorMakeThingsUp)

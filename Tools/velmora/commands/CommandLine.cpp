@@ -158,13 +158,14 @@ void AddWorkerOptions(CLI::App& app, tWorkerOptions& options)
         ->check(CLI::Validator(
             [](const std::string& text) {
                 double seconds = 0;
-                const bool good = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= 86400;
+                const bool good =
+                    CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= Bounds::kMostDocumentSeconds;
                 return good ? std::string() : std::string("must be a number of seconds above 0, at most 86400");
             },
             ""))
         ->type_name("SECONDS");
     app.add_option("--memory", options.memoryMegabytes, "Memory for a worker process, in megabytes (default 1024)")
-        ->check(CLI::Range(1U, 1U << 20))
+        ->check(CLI::Range(1U, Bounds::kMostWorkerMegabytes))
         ->type_name("MB");
     app.add_option("--sandbox", options.sandbox,
                    "How workers are confined: auto (as far as the system can), require (or not at all), off")

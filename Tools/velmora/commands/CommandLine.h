@@ -1,6 +1,7 @@
 // The command table and what reads it.
 #pragma once
 
+#include "Bounds.h"
 #include "pool/CWorker.h"
 
 #include <cstddef>
@@ -15,12 +16,12 @@ class App;
 
 /// What every command takes that starts workers.
 struct tWorkerOptions {
-    std::string plugIn;              ///< empty for the one that belongs to the executable
-    std::string sandbox = "auto";    ///< auto, require or off
-    std::string sandboxUser;         ///< whom workers become; empty for nobody else
-    bool freshWorkers = false;       ///< a worker for each document
-    double timeoutSeconds = 5;       ///< for one document
-    unsigned memoryMegabytes = 1024; ///< what a worker may use beyond what it needs at rest
+    std::string plugIn;                                  ///< empty for the one that belongs to the executable
+    std::string sandbox = "auto";                        ///< auto, require or off
+    std::string sandboxUser;                             ///< whom workers become; empty for nobody else
+    bool freshWorkers = false;                           ///< a worker for each document
+    double timeoutSeconds = Bounds::kDocumentSeconds;    ///< for one document
+    unsigned memoryMegabytes = Bounds::kWorkerMegabytes; ///< what a worker may use beyond what it needs at rest
 };
 
 /// A command that was called: owns the options of that command.

@@ -1,4 +1,5 @@
 // velmora render and velmora thumbnail: the picture of a layout.
+#include "Bounds.h"
 #include "ExitCodes.h"
 #include "commands/Inquiry.h"
 #include "input/CDocumentSource.h"
@@ -15,11 +16,6 @@
 #include <unistd.h>
 
 namespace {
-/// Longest side of a picture, and its pixels altogether: what a worker draws.
-constexpr uint32_t kMostSide = 16384;
-constexpr uint64_t kMostPixels = 50000000;
-constexpr uint32_t kMostThumbnail = 2048;
-
 constexpr const char* kStyles[] = {"line", "filled", "plan", "bed", "sleepers"};
 
 const char* const kNoSize = "--size is WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
@@ -51,8 +47,9 @@ bool ParseSize(const std::string& size, uint32_t& width, uint32_t& height)
 {
     const std::string_view text = size;
     const size_t cross = text.find_first_of("xX");
-    return cross != std::string_view::npos && ParseNumber(text.substr(0, cross), kMostSide, width) &&
-           ParseNumber(text.substr(cross + 1), kMostSide, height) && uint64_t{width} * height <= kMostPixels;
+    return cross != std::string_view::npos && ParseNumber(text.substr(0, cross), Bounds::kMostPictureSide, width) &&
+           ParseNumber(text.substr(cross + 1), Bounds::kMostPictureSide, height) &&
+           uint64_t{width} * height <= uint64_t{Bounds::kMostPicturePixels};
 }
 
 bool EndsWith(const std::string& path, std::string_view suffix)
@@ -230,13 +227,14 @@ std::string CheckThumbnail(const tThumbnailOptions& options)
     if (options.paths.size() != 2) {
         return "name the layout and the file to write";
     }
-    return ParseNumber(options.size, kMostThumbnail, side) ? "" : "--size is a number of pixels, at most 2048";
+    return ParseNumber(options.size, Bounds::kMostThumbnailSide, side) ? ""
+                                                                       : "--size is a number of pixels, at most 2048";
 }
 
 int RunThumbnail(const tThumbnailOptions& options)
 {
     tPictureWish wish;
-    ParseNumber(options.size, kMostThumbnail, wish.width);
+    ParseNumber(options.size, Bounds::kMostThumbnailSide, wish.width);
     wish.height = wish.width;
     wish.isThumbnail = true;
     tAnswer answer;

@@ -1,4 +1,5 @@
 // velmora serve: attributes of one document after the other, for a caller that keeps the process.
+#include "Bounds.h"
 #include "ExitCodes.h"
 #include "Importer/Names.h"
 #include "Interrupt.h"
@@ -74,10 +75,7 @@ public:
     }
 
 private:
-    /// Requests that may wait for an answer, or for the answer of one before them.
-    static constexpr size_t kMaxPending = 1024;
-
-    bool HasRoom() const { return mPool.HasRoom() && mPending.size() < kMaxPending; }
+    bool HasRoom() const { return mPool.HasRoom() && mPending.size() < Bounds::kMostServed; }
 
     /// @param wait  set when there are no lines at the moment @return false at the end of the input
     bool ReadRequests(bool& wait)

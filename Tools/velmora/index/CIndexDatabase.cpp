@@ -1,5 +1,6 @@
 #include "index/CIndexDatabase.h"
 
+#include "Bounds.h"
 #include "index/Schema.h"
 #include "index/Tokenizer.h"
 #include "output/CReplacedFile.h"
@@ -18,9 +19,6 @@
 #include <unistd.h>
 
 namespace {
-/// Readers wait at most for a checkpoint, and the making of the tables.
-constexpr int kBusyMilliseconds = 10000;
-
 /// How much a match weighs, in the order of the columns of `words`: name, author, description, revision, layer,
 /// library, article, text.
 constexpr const char* kRank = "bm25(6.0, 4.0, 5.0, 1.0, 3.0, 2.0, 2.0, 1.0)";
@@ -175,7 +173,7 @@ private:
         const bool isFixed = flags == SQLite::OPEN_READONLY && IsFixed(path);
         mDatabase.emplace(isFixed ? FixedName(path) : PlainName(path),
                           flags | SQLite::OPEN_NOMUTEX /* one thread */ | (isFixed ? SQLite::OPEN_URI : 0),
-                          kBusyMilliseconds);
+                          Bounds::kIndexMilliseconds);
         if (!Tokenizer::Register(mDatabase->getHandle())) {
             throw CIndexError("SQLite has no full-text search here");
         }

@@ -1,5 +1,6 @@
 #include "index/CQuery.h"
 
+#include "Bounds.h"
 #include "protocol/UTF8.h"
 
 #include <algorithm>
@@ -7,12 +8,6 @@
 #include <vector>
 
 namespace {
-/// FTS5's parser has a stack of 100 and a tree of at most 256 levels; nobody types half of that.
-constexpr int kMostNested = 20;
-constexpr size_t kMostTerms = 200;
-/// More characters than this are not a query but a file that got into the command line.
-constexpr size_t kMostBytes = 16384;
-
 /// Fields as people name them, and the columns they are.
 constexpr struct {
     std::string_view field;
@@ -273,8 +268,8 @@ private:
     /// @return empty for a text that has no words
     std::string MakeTerm(const std::optional<std::string_view>& field, std::string_view text, bool prefix, size_t at)
     {
-        if (++mTerms > kMostTerms) {
-            throw tMistake{at, "these are more than " + std::to_string(kMostTerms) + " words"};
+        if (++mTerms > Bounds::kMostQueryTerms) {
+            throw tMistake{at, "these are more than " + std::to_string(Bounds::kMostQueryTerms) + " words"};
         }
         std::string phrase(text);
         std::replace(phrase.begin(), phrase.end(), '\0', ' '); // SQLite takes an expression as a C string
@@ -290,7 +285,7 @@ private:
     public:
         CNesting(CParser& parser, size_t at) : mParser(parser)
         {
-            if (mParser.mNested >= kMostNested) {
+            if (mParser.mNested >= Bounds::kDeepestQuery) {
                 throw tMistake{at, "this is nested too deeply"};
             }
             ++mParser.mNested;
@@ -322,8 +317,8 @@ CQuery::CQuery(std::string_view text, const tHasWords& hasWords)
 {
     const std::string valid = UTF8::MakeValid(text);
     try {
-        if (valid.size() > kMostBytes) {
-            throw tMistake{kMostBytes, "the query is too long"};
+        if (valid.size() > Bounds::kMostQueryBytes) {
+            throw tMistake{Bounds::kMostQueryBytes, "the query is too long"};
         }
         mExpression = CParser(valid, hasWords).Parse();
     } catch (const tMistake& mistake) {

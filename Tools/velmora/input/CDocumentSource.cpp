@@ -1,5 +1,6 @@
 #include "input/CDocumentSource.h"
 
+#include "Bounds.h"
 #include "Interrupt.h"
 #include "input/DocumentNames.h"
 #include "protocol/NamelessFile.h"
@@ -14,11 +15,6 @@
 #include <sys/stat.h>
 
 static constexpr std::string_view kMagic = "WkSt";
-/// Most that is taken from a standard input that is no file; it is held in memory.
-static constexpr size_t kMaxPipedSize = size_t{1} << 30;
-
-/// Of a deep walk, the folders that are kept open.
-static constexpr size_t kMaxOpenFolders = 32;
 
 /// A folder being walked. The entries are opened relative to it, so no path gets too long.
 struct CDocumentSource::tFolder {
@@ -147,7 +143,7 @@ static bool OpenStandardInput(tInput& input)
         }
         total += static_cast<size_t>(count);
         input.status.size = total;
-        if (total > kMaxPipedSize) {
+        if (total > Bounds::kMostPipedBytes) {
             return Fail(input, MakeFailure(eFailure::kMemory, "standard input is longer than 1 GB").failure);
         }
     }
@@ -284,8 +280,8 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
     folder.inode = MakeStatus(status).inode;
     folder.device = MakeStatus(status).device;
     folder.descriptor = std::move(descriptor);
-    if (mFolders.size() >= kMaxOpenFolders) {
-        mFolders[mFolders.size() - kMaxOpenFolders].descriptor.Reset();
+    if (mFolders.size() >= Bounds::kMostOpenFolders) {
+        mFolders[mFolders.size() - Bounds::kMostOpenFolders].descriptor.Reset();
     }
     errno = 0;
     while (const dirent* entry = readdir(entries)) {

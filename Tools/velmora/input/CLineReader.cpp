@@ -1,13 +1,12 @@
 #include "input/CLineReader.h"
 
+#include "Bounds.h"
 #include "Interrupt.h"
 
 #include <cerrno>
 #include <poll.h>
 
 static constexpr size_t kBlockSize = size_t{64} << 10;
-/// Longer than any path that a system takes, and than any sensible request.
-static constexpr size_t kMaxLineSize = size_t{1} << 20;
 
 /// Reads a block. @return false when there is nothing to read now, or never again
 bool CLineReader::Fill()
@@ -38,10 +37,10 @@ CLineReader::eResult CLineReader::Next(std::string& line)
         const bool found = end != std::string::npos;
         mSearched = found ? end : mBuffer.size();
         const size_t length = mSearched - mStart;
-        if (mSkipping || length > kMaxLineSize) {
+        if (mSkipping || length > Bounds::kMostLineBytes) {
             const bool cut = !mSkipping;
             if (cut) {
-                line.assign(mBuffer, mStart, kMaxLineSize);
+                line.assign(mBuffer, mStart, Bounds::kMostLineBytes);
             }
             mSkipping = !found;
             mSearched += found ? 1 : 0;

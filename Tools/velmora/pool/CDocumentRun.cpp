@@ -1,5 +1,6 @@
 #include "pool/CDocumentRun.h"
 
+#include "Bounds.h"
 #include "Interrupt.h"
 #include "output/CRecordWriter.h"
 
@@ -76,7 +77,8 @@ CDocumentRun::eResult CDocumentRun::Run(tRunHandlers handlers)
 
 bool CDocumentRun::HasRoom() const
 {
-    return mPool.HasRoom() && mRecords.size() < kMaxWaiting && mWaitingBytes < kMaxWaitingBytes;
+    return mPool.HasRoom() && mRecords.size() < Bounds::kMostWaitingAnswers &&
+           mWaitingBytes < Bounds::kMostWaitingBytes;
 }
 
 /// Begins documents while there is room for them, and not too many in one turn.

@@ -46,8 +46,6 @@ public:
         kInterrupted, ///< by the user: what could be finished was handed out
         kStopped      ///< by `take`
     };
-    static constexpr size_t kMaxWaiting = 16384;
-    static constexpr size_t kMaxWaitingBytes = size_t{32} << 20;
 
     /// @param request  what is asked about each document
     CDocumentRun(CDocumentSource& source, CWorkerPool& pool, tRequest request)

@@ -1,5 +1,6 @@
 #include "pool/CWorker.h"
 
+#include "Bounds.h"
 #include "protocol/UTF8.h"
 
 #include <algorithm>
@@ -19,9 +20,6 @@
 #include <vector>
 
 extern char** environ;
-
-/// How long a process that has closed its socket may take to end, before it is ended.
-static constexpr int kEndMilliseconds = 500;
 
 /// What the worker's libraries ask the environment for: places, language, time zone; and what tells the tools that
 /// programs are tested with how to work. Anything else may be a secret.
@@ -129,7 +127,7 @@ bool CWorker::Start(const tWorkerSettings& settings)
         mSocket.Reset();
         return false;
     }
-    mReader.emplace(mSocket.Get(), kMaxAnswerSize);
+    mReader.emplace(mSocket.Get(), Bounds::kMostAnswerBytes);
     mSequence = 0;
     mAnswered = 0;
     mAsked.clear();
@@ -169,7 +167,7 @@ void CWorker::GrantProcessorTime()
     mGrantedRequests = mAsked.size();
     // Two more, because seconds are counted whole, here and by the system.
     const rlim_t seconds = static_cast<rlim_t>(used.tv_sec) + rlim_t{mGrantedRequests} * mProcessorSeconds + 2;
-    const rlim_t most = rlim_t{mProcessorLife} + rlim_t{kMaxRequestsAhead} * mProcessorSeconds + 2;
+    const rlim_t most = rlim_t{mProcessorLife} + rlim_t{Bounds::kMostRequestsAhead} * mProcessorSeconds + 2;
     rlimit limit = {};
     if (prlimit(mProcess, RLIMIT_CPU, nullptr, &limit) == 0) {
         limit.rlim_max = std::min(limit.rlim_max, most);
@@ -244,7 +242,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             }
             if (!mGreeting.ready) {
                 answer = MakeFailure(mGreeting.reason, mGreeting.message);
-                Dismiss(std::chrono::milliseconds(kEndMilliseconds));
+                Dismiss(std::chrono::milliseconds(Bounds::kEndMilliseconds));
                 return eEvent::kRefused;
             }
             mState = eState::kReady;
@@ -257,7 +255,7 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
             ++mAnswered;
             return eEvent::kAnswer;
         case eFrameKind::kFatalReport:
-            if (!mFatalReport.empty() || frame.payload.empty() || frame.payload.size() > kMaxReportSize ||
+            if (!mFatalReport.empty() || frame.payload.empty() || frame.payload.size() > Bounds::kMostFatalReport ||
                 !UTF8::IsValid(frame.payload)) {
                 break;
             }
@@ -298,7 +296,7 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     } else if (mOutOfMemory) {
         answer = MakeFailure(eFailure::kMemory, "the memory granted to the worker process did not suffice");
     } else {
-        const std::optional<int> status = WaitForEnd(kEndMilliseconds);
+        const std::optional<int> status = WaitForEnd(Bounds::kEndMilliseconds);
         const std::string end = DescribeEnd(status);
         mWasKilled = status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL;
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
@@ -339,7 +337,7 @@ void CWorker::Kill()
     if (mProcess > 0) {
         kill(mProcess, SIGKILL);
         // One that hangs in the kernel (a dead network disk) is left to whoever ends the host.
-        WaitForEnd(kEndMilliseconds);
+        WaitForEnd(Bounds::kEndMilliseconds);
         mProcess = 0;
     }
 }

@@ -1,6 +1,7 @@
 // One supervised worker process.
 #pragma once
 
+#include "Bounds.h"
 #include "protocol/CFrameReader.h"
 #include "protocol/Messages.h"
 
@@ -12,24 +13,21 @@
 
 /// What a worker is started with.
 struct tWorkerSettings {
-    std::string program;             ///< path of the worker's executable
-    std::string plugIn;              ///< path of the plug-in bundle
-    unsigned memoryMegabytes = 1024; ///< what it may map beyond what it maps at rest
-    std::string sandbox = "auto";    ///< "auto", "require" or "off"; or names of layers with plus signs between them
-    unsigned processorSeconds = 0;   ///< processor time for one request; 0 for no limit but the owner's clock
-    unsigned user = 0;               ///< whom it becomes, for root; 0 for nobody else
-    unsigned group = 0;              ///< and of which group
-    bool isFresh = false;            ///< a process for each request
-    unsigned processorLife = 60;     ///< seconds that a process may use before it is to be renewed
-    bool draws = false;              ///< it may start threads and read fonts
-    bool tellsStockFile = false;     ///< its greeting says what the user's preferences call the stock file
+    std::string program;                                 ///< path of the worker's executable
+    std::string plugIn;                                  ///< path of the plug-in bundle
+    unsigned memoryMegabytes = Bounds::kWorkerMegabytes; ///< what it may map beyond what it maps at rest
+    std::string sandbox = "auto";  ///< "auto", "require" or "off"; or names of layers with plus signs between them
+    unsigned processorSeconds = 0; ///< processor time for one request; 0 for no limit but the owner's clock
+    unsigned user = 0;             ///< whom it becomes, for root; 0 for nobody else
+    unsigned group = 0;            ///< and of which group
+    bool isFresh = false;          ///< a process for each request
+    unsigned processorLife = Bounds::kWorkerSeconds; ///< seconds that a process may use before it is to be renewed
+    bool draws = false;                              ///< it may start threads and read fonts
+    bool tellsStockFile = false; ///< its greeting says what the user's preferences call the stock file
 };
 
 /// That this process has not the memory to handle an answer.
 tAnswer MakeNoRoom();
-
-/// Requests that a worker may be sent at once, the one in work among them.
-inline constexpr size_t kMaxRequestsAhead = 8;
 
 /// A worker process and the conversation with it. Nothing that comes from it is trusted: whatever does not fit ends it.
 /// The owner watches the socket and the clock.

@@ -1,5 +1,6 @@
 #include "pool/CWorkerPool.h"
 
+#include "Bounds.h"
 #include "Interrupt.h"
 
 #include <algorithm>
@@ -7,18 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <sys/resource.h>
-
-/// From start to greeting; a cold disk takes tenths of a second.
-static constexpr std::chrono::seconds kStartTime(20);
-/// So often a worker may be lost while it starts, before none is expected to succeed.
-static constexpr int kStartAttempts = 3;
-/// How long idle processes may take to leave by themselves.
-static constexpr std::chrono::seconds kLeaveTime(2);
-/// After an interrupt, what is in flight has this long to finish.
-static constexpr std::chrono::seconds kGrace(1);
-
-/// So often a request is tried whose processes are killed by somebody else, who may be the system, short of memory.
-static constexpr int kMaxLosses = 5;
 
 /// Requests are sent ahead for about this time, so that a worker does not run dry while the host is busy; what takes
 /// longer is sent one by one, since what waits behind it could be done by another worker.
@@ -28,13 +17,7 @@ static constexpr double kSecondsAhead = 0.004;
 static constexpr size_t kWaitingForStart = 4;
 static constexpr int kMillisecondsForStart = 3;
 
-/// Enough for a thousand workers and what they have to do.
-static constexpr size_t kDescriptors = 16384;
-
-/// A process is renewed after so many requests, whatever it has kept of them, or when it has grown by this much.
-static constexpr uint64_t kRequestsEach = 10000;
-static constexpr size_t kMaxGrowth = size_t{128} << 20;
-/// How often its memory is looked at.
+/// How often a worker's memory is looked at.
 static constexpr uint64_t kRequestsBetweenLooks = 128;
 
 /// How many descriptors this process may have open, after it has asked for as many as it can have.
@@ -42,14 +25,14 @@ static size_t CountDescriptors()
 {
     rlimit limit = {};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
-        return kDescriptors;
+        return Bounds::kHostDescriptors;
     }
-    if (limit.rlim_cur < kDescriptors && limit.rlim_cur < limit.rlim_max) {
-        limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, kDescriptors);
+    if (limit.rlim_cur < Bounds::kHostDescriptors && limit.rlim_cur < limit.rlim_max) {
+        limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, Bounds::kHostDescriptors);
         setrlimit(RLIMIT_NOFILE, &limit);
         getrlimit(RLIMIT_NOFILE, &limit);
     }
-    return static_cast<size_t>(std::min<rlim_t>(limit.rlim_cur, kDescriptors));
+    return static_cast<size_t>(std::min<rlim_t>(limit.rlim_cur, Bounds::kHostDescriptors));
 }
 
 CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t workers)
@@ -61,7 +44,7 @@ CWorkerPool::CWorkerPool(tWorkerSettings settings, double timeoutSeconds, size_t
     const size_t descriptors = CountDescriptors() / 2;
     const size_t slots = std::clamp<size_t>(workers, 1, std::max<size_t>(descriptors / 4, 1));
     mMaxDepth = mSettings.isFresh ? 1
-                                  : std::clamp<size_t>(descriptors / slots, 3, kMaxRequestsAhead + 2) -
+                                  : std::clamp<size_t>(descriptors / slots, 3, Bounds::kMostRequestsAhead + 2) -
                                         2; // each has a socket, and one waits
     for (size_t i = 0; i < slots; ++i) {
         mSlots.push_back(std::make_unique<tSlot>());
@@ -74,7 +57,7 @@ CWorkerPool::~CWorkerPool()
         slot->worker->SayGoodbye();
     }
     // Those that do not leave are waited for together.
-    const tClock::time_point end = tClock::now() + kLeaveTime;
+    const tClock::time_point end = tClock::now() + std::chrono::seconds(Bounds::kLeaveSeconds);
     for (const auto& slot : mSlots) {
         for (CWorker* worker : {slot->worker.get(), slot->leaving.get()}) {
             if (worker != nullptr) {
@@ -138,7 +121,7 @@ CWorkerPool::eResult CWorkerPool::Collect(uint64_t& ticket, tAnswer& answer)
 
 bool CWorkerPool::CanStart(const tSlot& slot)
 {
-    return slot.worker->GetState() == CWorker::eState::kNone && slot.failedStarts < kStartAttempts;
+    return slot.worker->GetState() == CWorker::eState::kNone && slot.failedStarts < Bounds::kStartAttempts;
 }
 
 bool CWorkerPool::HasReadyWorker() const
@@ -154,7 +137,7 @@ CWorkerPool::tSlot* CWorkerPool::ChooseSlot()
     bool all = true;
     for (const auto& slot : mSlots) {
         const bool ready = slot->worker->GetState() == CWorker::eState::kReady;
-        all = all && (ready || slot->failedStarts >= kStartAttempts);
+        all = all && (ready || slot->failedStarts >= Bounds::kStartAttempts);
         if (ready && !slot->alone && !slot->leavesNext &&
             (chosen == nullptr || slot->jobs.size() < chosen->jobs.size())) {
             chosen = slot.get();
@@ -211,19 +194,19 @@ bool CWorkerPool::StartFurtherWorker()
 
 void CWorkerPool::StartWorker(tSlot& slot)
 {
-    while (!mCannotServe && slot.failedStarts < kStartAttempts && !slot.worker->Start(mSettings)) {
+    while (!mCannotServe && slot.failedStarts < Bounds::kStartAttempts && !slot.worker->Start(mSettings)) {
         const std::string message = std::string("the worker process cannot be started: ") + strerror(errno);
         HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
     }
     slot.leavesNext = false;
-    slot.deadline = tClock::now() + kStartTime;
+    slot.deadline = tClock::now() + std::chrono::seconds(Bounds::kStartSeconds);
 }
 
 /// @param final  no other attempt can end differently
 void CWorkerPool::HandleFailedStart(tSlot& slot, const tFailure& failure, bool final)
 {
-    slot.failedStarts = final ? kStartAttempts : slot.failedStarts + 1;
-    if (slot.failedStarts < kStartAttempts) {
+    slot.failedStarts = final ? Bounds::kStartAttempts : slot.failedStarts + 1;
+    if (slot.failedStarts < Bounds::kStartAttempts) {
         return;
     }
     if (HasReadyWorker()) { // the others have to suffice
@@ -338,10 +321,10 @@ void CWorkerPool::HandleAnswer(tSlot& slot, tAnswer answer)
     slot.jobs.pop_front();
     slot.alone = false;
     const uint64_t answered = slot.worker->CountAnswered();
-    slot.leavesNext =
-        slot.leavesNext || mSettings.isFresh || slot.worker->IsWornOut() ||
-        answered + kMaxRequestsAhead >= kRequestsEach ||
-        (answered % kRequestsBetweenLooks == 0 && slot.worker->GetResidentMemory() > slot.firstResident + kMaxGrowth);
+    slot.leavesNext = slot.leavesNext || mSettings.isFresh || slot.worker->IsWornOut() ||
+                      answered + Bounds::kMostRequestsAhead >= Bounds::kWorkerRequests ||
+                      (answered % kRequestsBetweenLooks == 0 &&
+                       slot.worker->GetResidentMemory() > slot.firstResident + Bounds::kWorkerGrowth);
 }
 
 /// What was sent behind the request in work goes to whoever is free.
@@ -373,7 +356,7 @@ void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer
     tJob job = std::move(slot.jobs.front());
     slot.jobs.pop_front();
     ++job.losses;
-    const bool somebodyElse = slot.worker->WasKilled() && job.losses < kMaxLosses;
+    const bool somebodyElse = slot.worker->WasKilled() && job.losses < Bounds::kMostLosses;
     const bool certain = (slot.alone && !somebodyElse) || slot.worker->IsFaultCertain();
     GiveBack(slot);
     if (certain) {
@@ -472,7 +455,7 @@ CWorkerPool::eResult CWorkerPool::Wait(int milliseconds, int descriptor)
         StartFurtherWorker();
     }
     if (!mGraceEnd && Interrupt::IsRequested()) {
-        mGraceEnd = tClock::now() + kGrace;
+        mGraceEnd = tClock::now() + std::chrono::seconds(Bounds::kInterruptSeconds);
     }
     for (size_t i = 0; i < mSlots.size(); ++i) {
         tSlot& slot = *mSlots[i];
