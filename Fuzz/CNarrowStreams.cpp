@@ -1,11 +1,13 @@
 #include "CNarrowStreams.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <dlfcn.h>
 
 namespace {
 bool sNarrow = false;
 size_t sCount = 0;
+size_t sWindow = 0;
 } // namespace
 
 /// Stands in front of the C library's, also for the shared library that opens documents.
@@ -18,11 +20,12 @@ extern "C" __attribute__((visibility("default"))) int setvbuf(FILE* stream, char
         return sOwn(stream, buffer, mode, size);
     }
     ++sCount;
-    return sOwn(stream, nullptr, _IONBF, 0);
+    return sWindow == 0 ? sOwn(stream, nullptr, _IONBF, 0) : sOwn(stream, buffer, mode, std::min(sWindow, size));
 }
 
-CNarrowStreams::CNarrowStreams()
+CNarrowStreams::CNarrowStreams(size_t window)
 {
+    sWindow = window;
     sNarrow = true;
     sCount = 0;
 }

@@ -26,6 +26,8 @@
 namespace {
 /// Keys of where elements lie, x and y, and components in them.
 constexpr int kPlaces[] = {200, 201, 301, 302};
+/// The narrow windows that an input's length decides among are smaller than this, bytes; 0 is none.
+constexpr size_t kNarrowWindows = 100;
 /// Cutting a place to seven decimals, twice, mm; and what far ones lose to the numbers of the machine.
 constexpr double kPlaceTolerance = 1e-6;
 constexpr double kRelativeTolerance = 1e-15;
@@ -245,21 +247,22 @@ std::string Document(std::string_view bytes)
     const std::optional<tOutcome> loaded = Take<tKind>(bytes);
     std::optional<tOutcome> slowly;
     {
-        const CNarrowStreams narrow;
+        const CNarrowStreams narrow(bytes.size() % kNarrowWindows);
         slowly = Take<tKind>(bytes);
         if (narrow.GetCount() == 0) {
-            return "no stream without a window";
+            return "no stream with a narrow window";
         }
     }
     if (!loaded || !slowly) {
         return "not saved";
     }
     if (loaded->code != slowly->code || loaded->elements != slowly->elements || loaded->messages != slowly->messages) {
-        return "with a window code " + std::to_string(loaded->code) + ", without " + std::to_string(slowly->code) +
-               "\n" + loaded->messages + "--\n" + slowly->messages;
+        return "with a wide window code " + std::to_string(loaded->code) + "; with a narrow one " +
+               std::to_string(slowly->code) + "\n" + loaded->messages + "--\n" + slowly->messages;
     }
-    std::string difference = Difference("saved with and without a window", Without(loaded->saved, {tKind::kTimes}),
-                                        Without(slowly->saved, {tKind::kTimes}));
+    std::string difference =
+        Difference("saved with a wide and a narrow window", Without(loaded->saved, {tKind::kTimes}),
+                   Without(slowly->saved, {tKind::kTimes}));
     if (!difference.empty()) {
         return difference;
     }

@@ -1,9 +1,9 @@
+#include "CRecordedDrawing.h"
 #include "Properties.h"
 
 #include "Bounds.h"
 #include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
-#include "Source/Rendering/CRecordedDrawing.h"
 #include "support/ScratchFile.h"
 
 #include <algorithm>

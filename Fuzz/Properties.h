@@ -8,8 +8,9 @@
 /// Each takes one input as it would lie in a file and says what does not hold, in words; empty when everything does.
 /// That nothing crashes, hangs or reads what it should not is for sanitizers to see.
 namespace Properties {
-/// Loading gives the same through the stream's window and without it. What a check finds whole loads, and nothing is
-/// passed over. What was loaded can be counted and saved; the save is whole, loads, and is saved the same again.
+/// Loading gives the same through the stream's window and a narrow one, or none. What a check finds whole loads, and
+/// nothing is passed over. What was loaded can be counted and saved; the save is whole, loads, and is saved the same
+/// again.
 std::string Layout(std::string_view bytes);
 /// The same for a track library.
 std::string Library(std::string_view bytes);

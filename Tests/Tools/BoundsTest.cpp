@@ -15,13 +15,9 @@
 #include <unistd.h>
 
 namespace {
-std::string Repeat(const std::string& text, size_t count)
+std::string Repeat(const char* text, size_t count)
 {
-    std::string repeated;
-    while (count-- > 0) {
-        repeated += text;
-    }
-    return repeated;
+    return Repeat(count, [text](size_t) { return text; });
 }
 
 bool IsQuery(const std::string& text)

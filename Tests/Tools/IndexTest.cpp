@@ -4,12 +4,10 @@
 #include "index/CIndexRun.h"
 #include "index/CQuery.h"
 #include "index/Tokenizer.h"
-#include "support/Random.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <algorithm>
 #include <fcntl.h>
-#include <iterator>
 #include <sqlite3.h>
 #include <sys/stat.h>
 
@@ -89,47 +87,6 @@ author: x = 1 without a blank; author:(a text:b) = 11 within another field; gl*s
         const std::string expected = line.substr(equals + 2);
         EXPECT_EQ(said.find(expected.substr(0, expected.find(' ') + 1)), 0U) << line << ": " << said;
         EXPECT_NE(said.find(expected.substr(expected.find(' ') + 1)), std::string::npos) << line << ": " << said;
-    }
-}
-
-TEST(Query, IsRefusedOrTakenWhateverItSays)
-{
-    CIndexDatabase index(MakeFolder("hostile") + "/index.db", eAccess::kWrite);
-    const auto hasWords = [&](std::string_view word) { return index.HasWords(word); };
-    // Besides these, blanks and a zero byte.
-    std::istringstream list(
-        "a gleis ß \" \"\" ' ( ) * - ^ : author: { } NEAR( OR || && AND NOT + , \xFF \xC3 ; -- words "
-        "rowid 0 \\ /* % text: \xF0\x9F\x9A\x82 \x02 *)");
-    std::vector<std::string> pieces = {" ", " ", " ", "\n", std::string(1, '\0')};
-    pieces.insert(pieces.end(), std::istream_iterator<std::string>(list), {});
-    CRandom random(5);
-    int good = 0;
-    int bad = 0;
-    const auto tryQuery = [&](const std::string& text) {
-        const CQuery query(text, hasWords);
-        ++(query.IsGood() ? good : bad);
-        if (query.IsGood()) {
-            EXPECT_NO_THROW(index.Count(query.GetExpression(), {})) << text << " -> " << query.GetExpression();
-        }
-    };
-    for (int i = 0; i < 20000; ++i) {
-        std::string text;
-        for (size_t n = random() % 12; n > 0; --n) {
-            text += pieces[random() % pieces.size()];
-        }
-        tryQuery(text);
-    }
-    EXPECT_GT(good, 1000);
-    EXPECT_GT(bad, 1000);
-    for (const char* piece : {"a ", "a OR ", "(a ", "-", "NOT a ", "a -b ", "author:(a OR (", "\"a b\"* "}) {
-        std::string text;
-        for (size_t times = 1; times <= 20000; ++times) {
-            text += piece;
-            if (times == 15 || times == 150 || times == 2000 || times == 20000) {
-                tryQuery(text + "a" + std::string(times, ')'));
-                tryQuery(text + "a");
-            }
-        }
     }
 }
 

@@ -15,37 +15,16 @@ std::string Name(size_t number)
     return name;
 }
 
-std::string Repeat(size_t times, const std::function<std::string(size_t)>& piece)
-{
-    std::string bytes;
-    for (size_t i = 0; i < times; ++i) {
-        bytes += piece(i);
-    }
-    return bytes;
-}
-
-/// Records of size 0, which leave what they are asked for as it is.
-std::string Empty(size_t records)
-{
-    return Repeat(records, [](size_t) { return CRecords().Record(1, "").Bytes(); });
-}
-
-std::string Part(const std::string& name, const std::string& library)
-{
-    return "RCig" + Bytes32(3) + CRecords().Record(207, name).Bytes() + Empty(2) +
-           CRecords().Record(210, library).Bytes() + Empty(13);
-}
-
 std::string Parts(size_t count, bool oneLibrary)
 {
-    return LayoutHeader(3).Bytes() + Empty(23) + CRecords().Int(423, static_cast<int64_t>(count)).Bytes() +
-           Repeat(count, [&](size_t i) { return Part(Name(i), oneLibrary ? "li" : Name(i)); });
+    return LayoutHeader(3).Bytes() + EmptyRecords(23) + CRecords().Int(423, static_cast<int64_t>(count)).Bytes() +
+           Repeat(count, [&](size_t i) { return SmallElement(Name(i), oneLibrary ? "li" : Name(i)); });
 }
 
 std::string Articles(size_t count)
 {
-    return "RSet" + Bytes32(2) + CRecords().Int(100, static_cast<int64_t>(count)).Bytes() + Empty(15) +
-           Repeat(count, [](size_t i) { return Part(Name(i), "-"); });
+    return "RSet" + Bytes32(2) + CRecords().Int(100, static_cast<int64_t>(count)).Bytes() + EmptyRecords(15) +
+           Repeat(count, [](size_t i) { return SmallElement(Name(i), "-"); });
 }
 
 std::string Stock(size_t count)

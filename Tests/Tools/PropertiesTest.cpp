@@ -31,6 +31,19 @@ std::string MakeStream(CRandom& random)
     return stream;
 }
 
+/// A query of what means something, or nothing, to the language or to the index, and a text.
+std::string MakeQuery(CRandom& random)
+{
+    static constexpr const char* kPieces[] = {
+        "a",   "gleis", "ß",     " ",  " ",  "\"", "\"\"", "'",    "(",    ")", "*",  "-",  "NOT ",  "author:", "{",
+        "AND", "OR",    "NEAR(", "||", "&&", "+",  ",",    "\xFF", "\xC3", ";", "--", "/*", "rowid", "%",       "\x02"};
+    std::string query;
+    for (size_t n = random() % 12; n > 0; --n) {
+        query += kPieces[random() % std::size(kPieces)];
+    }
+    return query + "\n" + RandomBytes(random, 30);
+}
+
 const struct {
     const char* name; ///< of its folder in Tests/data/found
     std::string (*property)(std::string_view);
@@ -48,7 +61,7 @@ const struct {
                    return path + "\n" + path.substr(random() % path.size()) + "\n" + RandomBytes(random, 20) + path;
                },
                300},
-              {"query", &Properties::Query, [](CRandom& random) { return "a\n" + RandomBytes(random, 30); }, 300},
+              {"query", &Properties::Query, MakeQuery, 3000},
               {"index", &Properties::Index,
                [](CRandom& random) {
                    static const std::string sIndex = Properties::MakeIndex();

@@ -99,14 +99,6 @@ CRecords& CRecords::Remove(int key, size_t nth)
     return *this;
 }
 
-CRecords& CRecords::InsertBefore(int key, const CRecords& other, size_t nth)
-{
-    const size_t index = IndexOf(key, nth);
-    mPieces.at(index);
-    mPieces.insert(mPieces.begin() + static_cast<std::ptrdiff_t>(index), other.mPieces.begin(), other.mPieces.end());
-    return *this;
-}
-
 size_t CRecords::CountOf(int key) const
 {
     return static_cast<size_t>(
@@ -438,4 +430,24 @@ tLayout RandomLayout(uint64_t seed, int elements, bool turnedTexts)
         layout.groups = {3, 1, 2, 0, 2, 0, -1, 1, 1, 2, 0, 2, 1, 1, 3, 0};
     }
     return layout;
+}
+
+std::string Repeat(size_t times, const std::function<std::string(size_t)>& piece)
+{
+    std::string bytes;
+    for (size_t i = 0; i < times; ++i) {
+        bytes += piece(i);
+    }
+    return bytes;
+}
+
+std::string EmptyRecords(size_t count)
+{
+    return Repeat(count, [](size_t) { return CRecords().Record(1, "").Bytes(); });
+}
+
+std::string SmallElement(const std::string& name, const std::string& library)
+{
+    return "RCig" + Bytes32(3) + CRecords().Record(207, name).Bytes() + EmptyRecords(2) +
+           CRecords().Record(210, library).Bytes() + EmptyRecords(13);
 }

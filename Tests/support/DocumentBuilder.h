@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,8 +46,6 @@ public:
     /// Changes the nth record of that key.
     CRecords& Replace(int key, std::string data, size_t nth = 0);
     CRecords& Remove(int key, size_t nth = 0);
-    /// Puts other records in front of the nth one of that key.
-    CRecords& InsertBefore(int key, const CRecords& other, size_t nth = 0);
 
     const std::vector<tPiece>& Pieces() const { return mPieces; }
     size_t CountOf(int key) const;
@@ -177,3 +176,10 @@ CRecords Layout(const tLayout& layout);
 /// text but the layer names is arbitrary.
 /// @param turnedTexts  texts may stand in turned elements
 tLayout RandomLayout(uint64_t seed, int elements, bool turnedTexts);
+
+/// Pieces for the numbers from 0, one behind the other.
+std::string Repeat(size_t times, const std::function<std::string(size_t)>& piece);
+/// Records of size 0, which leave what they are asked for as it is.
+std::string EmptyRecords(size_t count);
+/// An element of as few bytes as one of a library can have, of version 3 and without components.
+std::string SmallElement(const std::string& name, const std::string& library);

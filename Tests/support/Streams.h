@@ -10,14 +10,10 @@ struct tCloseStream {
 };
 using tStream = std::unique_ptr<FILE, tCloseStream>;
 
-/// A stream over the bytes, at its beginning. @param buffer  size of its buffer; 0 leaves it the C library's own
-inline tStream StreamOf(const std::string& bytes, size_t buffer = 0)
+/// A stream over the bytes, at its beginning.
+inline tStream StreamOf(const std::string& bytes)
 {
     tStream file(tmpfile());
-    if (buffer > 0) {
-        static char sBuffer[4096];
-        setvbuf(file.get(), sBuffer, _IOFBF, buffer);
-    }
     fwrite(bytes.data(), 1, bytes.size(), file.get());
     rewind(file.get());
     return file;

@@ -63,20 +63,6 @@ size_t PeakOf(const std::string& bytes)
     return sPeak - before;
 }
 
-std::string Repeat(size_t times, const std::function<std::string(size_t)>& piece)
-{
-    std::string bytes;
-    for (size_t i = 0; i < times; ++i) {
-        bytes += piece(i);
-    }
-    return bytes;
-}
-
-std::string Empty(size_t records)
-{
-    return Repeat(records, [](size_t) { return CRecords().Record(1, "").Bytes(); });
-}
-
 /// A name of few bytes, none of them zero, that differs for every number.
 std::string Name(size_t number)
 {
@@ -91,7 +77,7 @@ std::string Name(size_t number)
 /// Settings of size 0 and no layers, ready for key 423; version 3 has the fewest records.
 std::string Begin()
 {
-    return LayoutHeader(3).Bytes() + Empty(23);
+    return LayoutHeader(3).Bytes() + EmptyRecords(23);
 }
 
 std::string Count(int key, int64_t count)
@@ -107,18 +93,12 @@ std::string ElementHeader()
 /// An element of empty records; its count of components is given, or stays 0.
 std::string BareElement(const std::string& count)
 {
-    return ElementHeader() + Empty(16) + (count.empty() ? Empty(1) : count);
-}
-
-std::string NamedElement(const std::string& name, const std::string& library)
-{
-    return ElementHeader() + CRecords().Record(207, name).Bytes() + Empty(2) + CRecords().Record(210, library).Bytes() +
-           Empty(13);
+    return ElementHeader() + EmptyRecords(16) + (count.empty() ? EmptyRecords(1) : count);
 }
 
 std::string Components(int type, size_t emptyRecords, size_t count)
 {
-    const std::string component = Count(300, type) + Empty(emptyRecords);
+    const std::string component = Count(300, type) + EmptyRecords(emptyRecords);
     return Begin() + Count(423, 1) + BareElement(Count(206, INT_MAX)) +
            Repeat(count, [&component](size_t) { return component; });
 }
@@ -126,7 +106,8 @@ std::string Components(int type, size_t emptyRecords, size_t count)
 std::string Points(int type, size_t count)
 {
     return Begin() + Count(423, 1) + BareElement(Count(206, 1)) + Count(300, type) +
-           (type == 6 ? Count(300, 3) : std::string()) + Empty(10) + Count(318, INT_MAX) + Empty(2 * count);
+           (type == 6 ? Count(300, 3) : std::string()) + EmptyRecords(10) + Count(318, INT_MAX) +
+           EmptyRecords(2 * count);
 }
 } // namespace
 
@@ -138,20 +119,20 @@ TEST(Memory, HostileDocumentsStayWithinTheirBound)
         return Repeat(list.size(), [&list](size_t i) { return Count(425, list[i]); });
     };
     const auto groups = [&integers](const std::function<std::vector<int64_t>(size_t)>& entry) {
-        return Begin() + Empty(1) + Count(424, INT_MAX) + Count(425, kMany) +
+        return Begin() + EmptyRecords(1) + Count(424, INT_MAX) + Count(425, kMany) +
                Repeat(kMany, [&](size_t i) { return integers(entry(i)); });
     };
     const auto longText = [](size_t) {
-        return Count(300, 4) + Empty(13) + CRecords().Record(327, std::string(2047, 't')).Bytes();
+        return Count(300, 4) + EmptyRecords(13) + CRecords().Record(327, std::string(2047, 't')).Bytes();
     };
     const auto bare = [](size_t) { return BareElement({}); };
     const auto flexible = [](size_t i) {
-        return ElementHeader() + CRecords().Record(207, Name(i)).Bytes() + Empty(15) + Count(206, 1) + Count(300, 6) +
-               Empty(16);
+        return ElementHeader() + CRecords().Record(207, Name(i)).Bytes() + EmptyRecords(15) + Count(206, 1) +
+               Count(300, 6) + EmptyRecords(16);
     };
     const auto layers = [](bool distinct) {
-        return LayoutHeader(4).Bytes() + Empty(25) + Count(500, INT_MAX) + Repeat(kMany, [distinct](size_t i) {
-                   return CRecords().Record(501, distinct ? Name(i) : "n").Bytes() + Empty(2);
+        return LayoutHeader(4).Bytes() + EmptyRecords(25) + Count(500, INT_MAX) + Repeat(kMany, [distinct](size_t i) {
+                   return CRecords().Record(501, distinct ? Name(i) : "n").Bytes() + EmptyRecords(2);
                });
     };
     const struct {
@@ -160,7 +141,7 @@ TEST(Memory, HostileDocumentsStayWithinTheirBound)
     } cases[] = {
         {"elements of empty records", Begin() + Count(423, INT_MAX) + Repeat(kMany, bare)},
         {"library elements of distinct names",
-         Begin() + Count(423, INT_MAX) + Repeat(kMany, [](size_t i) { return NamedElement(Name(i), "li"); })},
+         Begin() + Count(423, INT_MAX) + Repeat(kMany, [](size_t i) { return SmallElement(Name(i), "li"); })},
         {"straights", Components(1, 11, kMany)},
         {"polygons", Components(3, 14, kMany)},
         {"long texts", Begin() + Count(423, 1) + BareElement(Count(206, INT_MAX)) + Repeat(kMany / 64, longText)},
@@ -172,7 +153,7 @@ TEST(Memory, HostileDocumentsStayWithinTheirBound)
         {"layers of short names", layers(true)},
         {"layers of one name", layers(false)},
         {"group entries",
-         Begin() + Empty(1) + Count(424, INT_MAX) + Repeat(kMany * 4, [](size_t) { return Count(425, -1); })},
+         Begin() + EmptyRecords(1) + Count(424, INT_MAX) + Repeat(kMany * 4, [](size_t) { return Count(425, -1); })},
         {"groups", groups([](size_t) {
              return std::vector<int64_t>{-1, 0, 0};
          })},

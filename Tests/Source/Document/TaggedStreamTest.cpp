@@ -155,39 +155,6 @@ TEST(TaggedStream, ReadsNoMoreThanTheFieldHolds)
     EXPECT_EQ(length, 3U);
 }
 
-TEST(TaggedStream, OthersMayUseTheStreamInBetween)
-{
-    const std::string bytes =
-        CRecords().Int(1, 11).Raw("header--").Int(2, 22).Int(3, 33).Text(4, "tag").Int(5, 55).Bytes();
-    for (const size_t buffer : {size_t{0}, size_t{7}}) {
-        SCOPED_TRACE(buffer);
-        const auto file = StreamOf(bytes, buffer);
-        CTaggedFile records(file.get());
-        int value = 0;
-        EXPECT_TRUE(records.Read(1, value));
-        char header[9] = "";
-        EXPECT_EQ(fread(header, 8, 1, file.get()), 1U);
-        EXPECT_STREQ(header, "header--");
-        const long position = ftell(file.get());
-        EXPECT_TRUE(records.Read(3, value));
-        EXPECT_EQ(value, 33);
-        EXPECT_EQ(fseek(file.get(), position, SEEK_SET), 0);
-        EXPECT_TRUE(CTaggedFile(file.get()).Read(2, value));
-        EXPECT_EQ(value, 22);
-        CTag tag;
-        EXPECT_TRUE(tag.Read(file.get()));
-        EXPECT_EQ(tag.GetKey(), 3);
-        EXPECT_TRUE(records.ReadNextMatchingTag(tag, 4));
-        char text[8] = "";
-        EXPECT_TRUE(tag.GetData(text, sizeof text));
-        EXPECT_STREQ(text, "tag");
-        EXPECT_TRUE(records.Read(5, value));
-        EXPECT_EQ(value, 55);
-        EXPECT_FALSE(tag.Read(file.get()));
-        EXPECT_FALSE(tag.GetData(text, sizeof text));
-    }
-}
-
 TEST(TaggedStream, OneRecordInMemory)
 {
     const std::string whole = CRecords().Text(5, "abc").Bytes();

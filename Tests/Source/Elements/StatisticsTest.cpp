@@ -146,54 +146,6 @@ TEST(Statistics, RemainingStock)
     EXPECT_EQ(Names(stock.mList), (tCounts{{"C", 4}, {"B", 2}}));
 }
 
-TEST(Statistics, OfALayoutFollowEveryChange)
-{
-    CRandom random(42);
-    CLayout layout;
-    const std::vector<tElement> elements = RandomElements(random, 200);
-    for (int round = 0; round < 5; ++round) {
-        CLayoutStatistics statistics(&layout);
-        tCounts expected; // in the order in which names came
-        tList list;
-        for (int step = 0; step < 600; ++step) {
-            CCompositeGeometry* element = elements[static_cast<size_t>(random.Below(200))].get();
-            const auto found = std::find_if(expected.begin(), expected.end(),
-                                            [&](auto& entry) { return entry.first == element->GetName(); });
-            if (random.Below(5) < 3) {
-                statistics.ElementAdded(element);
-                const bool part = element->HasRailSetName() || element->GetBIGAtIndex(0)->GetType() == kFlexTrackType;
-                if (part && found == expected.end()) {
-                    expected.emplace_back(element->GetName(), 1);
-                } else if (part) {
-                    ++found->second;
-                }
-            } else {
-                statistics.ElementRemoved(element); // a part or not
-                if (found != expected.end() && --found->second == 0) {
-                    expected.erase(found);
-                }
-            }
-            for (const auto& [name, count] : expected) {
-                ASSERT_EQ(statistics.GetItemUsage("any library", name.c_str()), count);
-            }
-            if (random.Below(8) == 0) { // so that some entries come and go unasked for
-                statistics.GetLibraryElementUsageStatistics(list, false);
-                ASSERT_EQ(Names(list), expected) << "step " << step;
-            }
-        }
-        COwnedList copies;
-        copies.Add(elements[0].get(), 5); // replaced
-        statistics.GetLibraryElementUsageStatistics(copies.mList, true);
-        EXPECT_EQ(Names(copies.mList), expected);
-        COwnedList anew;
-        statistics.Refresh(Pointers(elements));
-        UElementStatistics::GetLibraryElementUsageStatistics(Pointers(elements), anew.mList);
-        EXPECT_EQ(statistics.GetItemUsage("", "B7"), statistics.FindUsage("B7")->GetCount());
-        statistics.GetLibraryElementUsageStatistics(list, false);
-        EXPECT_EQ(Names(list), Names(anew.mList));
-    }
-}
-
 namespace {
 /// What an element answers, but for its unique ID.
 auto Answers(CCompositeGeometry& element)

@@ -189,6 +189,7 @@ void ExpectSame(CLayout& layout, const CModel& model, bool connected)
     for (const CCountedCIG* entry : usage) {
         ASSERT_EQ(entry->GetCount(), counts[entry->GetName()]) << entry->GetName();
         ASSERT_EQ(layout.GetStatistics()->FindUsage(entry->GetName()), entry);
+        ASSERT_EQ(layout.GetStatistics()->GetItemUsage("any library", entry->GetName()), entry->GetCount());
     }
     ExpectSameGroups(layout, model);
     std::vector<CJoint*> joints;

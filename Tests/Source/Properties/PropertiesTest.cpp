@@ -2,6 +2,7 @@
 #include "Properties.h"
 
 #include "CRecordMutator.h"
+#include "support/DocumentBuilder.h"
 #include "support/Files.h"
 #include "support/Random.h"
 
@@ -28,7 +29,7 @@ const tForm kForms[] = {
     {"layout", &Properties::Layout, {TEST_DATA "/documents", SOURCE_FOLDER "/Samples"}, 2000},
     {"drawing", &Properties::Drawing, {TEST_DATA "/documents", SOURCE_FOLDER "/Samples/oval.velmora"}, 500},
     {"library", &Properties::Library, {SOURCE_FOLDER "/Samples/libraries"}, 500},
-    {"stock", &Properties::Stock, {SOURCE_FOLDER "/Samples/stock.xml"}, 0},
+    {"stock", &Properties::Stock, {SOURCE_FOLDER "/Samples/stock.xml"}, 500},
     {"clipboard", &Properties::Clipboard, {}, 0},
     {"preferences", &Properties::Preferences, {}, 0},
 };
@@ -76,8 +77,25 @@ TEST(Properties, HoldForDocumentsAndTheirChanges)
             if (i % 3 == 0) {
                 changed = mutator.CrossOver(changed, any());
             }
+            if (form.property == &Properties::Stock) { // which has no records
+                changed.resize(random.Below(8) > 0 ? changed.size() : random() % changed.size());
+                for (size_t at = i % 4; at > 0 && !changed.empty(); --at) {
+                    changed[random() % changed.size()] =
+                        random.Bool() ? static_cast<char>(random()) : "<>&;/!'"[random.Below(7)];
+                }
+            }
             EXPECT_EQ(form.property(changed), "");
         }
+    }
+}
+
+TEST(Properties, HoldForDocumentsOfEveryKind)
+{
+    for (uint64_t seed = 0; seed < 100 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        tLayout layout = RandomLayout(seed, static_cast<int>(seed % 23), seed % 3 == 0);
+        layout.version = 3 + static_cast<int>(seed % 3);
+        EXPECT_EQ(Properties::Layout(Layout(layout).Bytes()), "");
     }
 }
 
