@@ -78,7 +78,7 @@ TEST(Properties, HoldForDocumentsAndTheirChanges)
                 changed = mutator.CrossOver(changed, any());
             }
             if (form.property == &Properties::Stock) { // which has no records
-                changed.resize(random.Below(8) > 0 ? changed.size() : random() % changed.size());
+                changed.resize(random.Below(8) > 0 ? changed.size() : random() % (changed.size() + 1));
                 for (size_t at = i % 4; at > 0 && !changed.empty(); --at) {
                     changed[random() % changed.size()] =
                         random.Bool() ? static_cast<char>(random()) : "<>&;/!'"[random.Below(7)];
