@@ -17,7 +17,7 @@
 namespace {
 std::string Repeat(const char* text, size_t count)
 {
-    return Repeat(count, [text](size_t) { return text; });
+    return ::Repeat(count, [text](size_t) { return text; });
 }
 
 bool IsQuery(const std::string& text)
