@@ -74,8 +74,10 @@ TEST_F(ElementRecord, ComesBackByteForByte)
     const tElement source = FullElement();
     CRecords records = Element(source);
     CCompositeGeometry element;
-    // The code of the polygon in a flexible track is not looked at, and written again as it belongs.
-    EXPECT_TRUE(LoadElement(element, CRecords(records).Replace(300, Bytes32(99), 5)));
+    // Not looked at, and written again as they belong: the code of the polygon in a flexible track, the width of rails,
+    // and whether a circle has joints.
+    EXPECT_TRUE(LoadElement(
+        element, CRecords(records).Replace(300, Bytes32(99), 5).Replace(308, BytesOfDouble(7)).Replace(305, "\1", 3)));
     EXPECT_EQ(SavedElement(element).substr(0, 8), std::string("RCig\0\0\0\4", 8));
     EXPECT_EQ(element.GetLayer(), mLayers.GetLayerList()->GetLayerAtIndex(0));
     EXPECT_EQ(element.GetNumberOfTrackBIGs(), 3);
