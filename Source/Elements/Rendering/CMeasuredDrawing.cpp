@@ -24,7 +24,7 @@ constexpr double kCoarseEdgeWork = 30.0; ///< the same without smooth edges
 constexpr double kEasyEdges = 200.0;
 constexpr double kAreaWork = 0.7; ///< for each pixel
 constexpr double kLetterWork = 3000.0;
-constexpr double kByteWork = 25.0;
+constexpr double kByteWork = 10.0; ///< where they are written: bytes err upwards by more than the work does
 
 /// Dashes of a path are in memory at the same time, with some 150 bytes each. A picture has no room for more.
 constexpr double kMostDashes = 100000.0;
@@ -87,6 +87,12 @@ void CMeasuredDrawing::ClosePath()
     LineTo(mStart.x, mStart.y); // the library begins the next piece there
 }
 
+void CMeasuredDrawing::AddBytes(double bytes)
+{
+    mBytes += bytes;
+    mWork += mIsScalable ? bytes * kByteWork : 0.0;
+}
+
 void CMeasuredDrawing::AddEdges(double pixels, bool isCoarse)
 {
     mWork += mSegments * kSegmentWork;
@@ -99,8 +105,7 @@ void CMeasuredDrawing::AddEdges(double pixels, bool isCoarse)
 
 void CMeasuredDrawing::Fill(const tPaint&, bool keepPath)
 {
-    mBytes += kPathBytes + mPathBytes;
-    mWork += (kPathBytes + mPathBytes) * kByteWork;
+    AddBytes(kPathBytes + mPathBytes);
     AddEdges(mLength * mScale, false);
     if (!mIsScalable) {
         mWork += (mHigh.x - mLow.x) * (mHigh.y - mLow.y) * mScale * mScale * kAreaWork;
@@ -125,8 +130,7 @@ void CMeasuredDrawing::Stroke(const tPen& pen)
         mWork += dashes <= kMostDashes ? dashes * kDashWork : kDays;
         edges += dashes * 2.0 * width; // of dashes that no longer are one line
     }
-    mBytes += bytes;
-    mWork += bytes * kByteWork;
+    AddBytes(bytes);
     AddEdges(edges, pen.isCoarse);
     if (!mIsScalable) {
         mWork += mLength * mScale * width * kAreaWork;
@@ -153,8 +157,8 @@ void CMeasuredDrawing::DrawText(const std::string& text, double, double, const t
     const double outlines = (size > kTallestGlyphs ? letters : static_cast<double>(known.count() - knownBefore)) +
                             (look.halo > 0.0 ? letters : 0.0);
     const double bytes = kTextBytes + letters * kLetterBytes + outlines * kOutlineBytes;
-    mBytes += bytes;
-    mWork += letters * kLetterWork + bytes * kByteWork;
+    AddBytes(bytes);
+    mWork += letters * kLetterWork;
     if (!mIsScalable) {
         mWork += letters * size * (size * kAreaWork + 4.0 * kEdgeWork);
     }

@@ -42,6 +42,7 @@ public:
 
 private:
     void AddPoint(tVector2D point, double length);
+    void AddBytes(double bytes);
     void AddEdges(double pixels, bool isCoarse);
     void ForgetPath();
 

@@ -46,7 +46,7 @@ constexpr double kFinerDetail = 0.3;
 /// What a picture may cost, in nanoseconds as CMeasuredDrawing estimates them.
 constexpr double kLeastWork = 1e9;
 constexpr double kWorkPerPixel = 200.0;
-constexpr double kWorkPerByte = 50.0; ///< of the document
+constexpr double kWorkPerByte = 75.0; ///< of the document
 
 constexpr double kFinestGrid = 9.0; ///< pixels between two lines
 constexpr int kGridLinesToMajor = 5;
