@@ -1,3 +1,4 @@
+#include "CScratchFolder.h"
 #include "Properties.h"
 
 #include "Platform/Released.h"
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -23,23 +23,16 @@ class CListBundle {
 public:
     CListBundle()
     {
-        fs::create_directories(mFolder / "Contents");
-        fs::create_symlink(mFile.Path(), mFolder / "Contents/Info.plist");
+        fs::create_directories(mFolder.PathOf("Contents"));
+        fs::create_symlink(mFile.Path(), mFolder.PathOf("Contents/Info.plist"));
         // What is saved stays here: these are nobody's preferences.
-        setenv("XDG_CONFIG_HOME", mFolder.c_str(), 1);
+        setenv("XDG_CONFIG_HOME", mFolder.PathOf("").c_str(), 1);
     }
-    ~CListBundle()
-    {
-        std::error_code ignored;
-        fs::remove_all(mFolder, ignored);
-    }
-    CListBundle(const CListBundle&) = delete;
-    CListBundle& operator=(const CListBundle&) = delete;
 
     Platform::tReleased<CFBundleRef> Read(std::string_view bytes)
     {
         mFile.Set(bytes);
-        const std::string path = mFolder.string();
+        const std::string path = mFolder.PathOf("");
         const Platform::tReleased<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
             kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), true));
         return Platform::tReleased<CFBundleRef>(CFBundleCreate(kCFAllocatorDefault, url.get()));
@@ -48,19 +41,13 @@ public:
     /// The file of the preferences.
     std::string GetSaved() const
     {
-        std::ifstream file(mFolder / "velmora/com.velmora.Velmora.plist", std::ios::binary);
+        std::ifstream file(mFolder.PathOf("velmora/com.velmora.Velmora.plist"), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
 private:
-    static fs::path MakeFolder()
-    {
-        std::string folder = (fs::temp_directory_path() / "velmora-list-XXXXXX").string();
-        return mkdtemp(folder.data()) != nullptr ? folder : throw std::runtime_error("no folder");
-    }
-
     CScratchFile mFile;
-    fs::path mFolder = MakeFolder();
+    CScratchFolder mFolder;
 };
 
 bool Ends(const char* text, size_t capacity)
