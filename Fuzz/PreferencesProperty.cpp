@@ -25,8 +25,6 @@ public:
     {
         fs::create_directories(mFolder.PathOf("Contents"));
         fs::create_symlink(mFile.Path(), mFolder.PathOf("Contents/Info.plist"));
-        // What is saved stays here: these are nobody's preferences.
-        setenv("XDG_CONFIG_HOME", mFolder.PathOf("").c_str(), 1);
     }
 
     Platform::tReleased<CFBundleRef> Read(std::string_view bytes)
@@ -38,10 +36,11 @@ public:
         return Platform::tReleased<CFBundleRef>(CFBundleCreate(kCFAllocatorDefault, url.get()));
     }
 
-    /// The file of the preferences.
-    std::string GetSaved() const
+    /// The file of the preferences, which the program has put into a folder of its own.
+    static std::string GetSaved()
     {
-        std::ifstream file(mFolder.PathOf("velmora/com.velmora.Velmora.plist"), std::ios::binary);
+        std::ifstream file(getenv("XDG_CONFIG_HOME") + std::string("/velmora/com.velmora.Velmora.plist"),
+                           std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
@@ -80,7 +79,7 @@ std::string Properties::Preferences(std::string_view bytes)
     if (!CFPreferencesAppSynchronize(CVLPreferences::GetIdentifier())) {
         wrong = "not saved";
     } else if (count > 0) {
-        const Platform::tReleased<CFBundleRef> saved = sBundle.Read(sBundle.GetSaved());
+        const Platform::tReleased<CFBundleRef> saved = sBundle.Read(CListBundle::GetSaved());
         if (!saved || !CFEqual(CFBundleGetInfoDictionary(saved.get()), list)) {
             wrong = "saved, but not as it was";
         }
