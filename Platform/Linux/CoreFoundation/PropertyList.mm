@@ -1,5 +1,6 @@
 #import "Linux/CoreFoundation/PropertyList.h"
 #import "Linux/CoreFoundation/Pool.h"
+#import "Linux/CoreFoundation/PropertyListForm.h"
 #import "Linux/CoreFoundation/PropertyListGuard.h"
 #include "Portable/Utf8.h"
 
@@ -47,7 +48,8 @@ static bool LooksWhole(const std::string& bytes)
     static constexpr std::string_view kEnd = "</plist>";
     const size_t last = bytes.find_last_not_of(" \t\r\n");
     return last != std::string::npos && !HasZero(bytes) && last >= kEnd.size() && bytes[0] == '<' &&
-           std::string_view(bytes).substr(0, last + 1).ends_with(kEnd) && Platform::IsUtf8(bytes);
+           std::string_view(bytes).substr(0, last + 1).ends_with(kEnd) && Platform::IsUtf8(bytes) &&
+           Platform::HasPropertyListForm(bytes);
 }
 
 Platform::eListState Platform::ReadPropertyList(const std::string& path, NSMutableDictionary*& result)
