@@ -24,7 +24,7 @@ zzzzzz = there is no command 'zzzzzz'; --colour = there is no option '--colour';
 import --format csv x = --format; import --timeout 0 x = --timeout; import --timeout nan x = --timeout;
 import --memory -1 x = --memory; import --tiemout=3 x = --tiemout; import --null x = --files-from;
 import --files-from - - = standard input; import --files-from /nonexistent = No such file;
-import --raw x = --name; import -d4 x = --detail; schema operand = operand; parts = name the layouts;
+import --raw x = --name; import -d4 x = --detail; schema operand = operand; parts = nothing to add up;
 parts --no-stock --stock x x = --no-stock; index - = standard input; index --status x = only show;
 search = nothing to search for; search --cuont = --cuont)");
     for (std::string line; std::getline(wrong, line, ';');) {

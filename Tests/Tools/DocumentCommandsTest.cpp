@@ -166,6 +166,8 @@ TEST(Check, NamesPlacesAndFailsForDamageOnly)
     EXPECT_EQ(bad.status, 1);
     const auto records = ParseLines(bad.out);
     ASSERT_EQ(records.size(), 4u);
+    EXPECT_EQ(records[0]["ok"], false);
+    EXPECT_EQ(records[0]["error"]["code"], "damaged");
     EXPECT_LE(records[0]["findings"].back()["offset"], whole.size() / 2);
     EXPECT_GT(records[0]["findings"].back()["element"], 20);
     EXPECT_EQ(records[0]["reader"]["code"], 4);
@@ -174,6 +176,39 @@ TEST(Check, NamesPlacesAndFailsForDamageOnly)
     EXPECT_EQ(records[1]["findings"][0]["element"], 2);
     EXPECT_EQ(records[2]["error"]["code"], 1);
     EXPECT_EQ(records[3], records[1]);
+}
+
+TEST(DocumentCommands, GoOverListsAndAnswerEveryInputInItsOrder)
+{
+    const std::string layouts = kOval + "\r\n/nowhere\r\n\r\n" + kOval; // as an editor on Windows writes them
+    const std::string libraries = kLibrary + "\r\n/nowhere\r\n" + kLibrary;
+    const struct {
+        const char* command;
+        std::string list;
+        std::vector<const char*> ok; ///< of each record
+    } cases[] = {{"import", layouts, {"true", "false", "true"}},
+                 {"check", layouts, {"true", "false", "true"}},
+                 {"library", libraries, {"true", "false", "true"}},
+                 {"parts", layouts, {"false", "true"}}}; // the sum in the end
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        const std::vector<std::string> run = {c.command, "--format", "json", "--files-from", "-", "-j2"};
+        const tProgramResult result = RunVelmora(run, c.list);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find(", 1 failed (code 1: 1) in "), std::string::npos) << result.err;
+        const auto records = ParseLines(result.out);
+        ASSERT_EQ(records.size(), c.ok.size());
+        for (size_t i = 0; i < records.size(); ++i) {
+            EXPECT_EQ(records[i]["ok"].dump(), c.ok[i]);
+            EXPECT_EQ(records[i].begin().key() == "schema", i == 0);
+            EXPECT_EQ(records[i].value("path", "") == "/nowhere", records[i].contains("error"));
+        }
+        std::string zeros = c.list; // then a carriage return belongs to the name
+        std::replace(zeros.begin(), zeros.end(), '\n', '\0');
+        EXPECT_EQ(ParseLines(RunVelmora({c.command, "--format", "json", "--files-from", "-", "-0q"}, zeros).out)
+                      .front()["error"]["code"],
+                  1);
+    }
 }
 
 TEST(DocumentCommands, SayInOneLineWhatCannotBeListed)

@@ -283,7 +283,7 @@ static std::string MakeHostWithStandIn()
 TEST(HostWithStandIn, ReadsNoReportThatItsDocumentCannotExplain)
 {
     tProgramRun run;
-    run.arguments = {MakeHostWithStandIn(), "check"};
+    run.arguments = {MakeHostWithStandIn(), "check", "-q"};
     std::string expected;
     for (const char* command : {"nested report", "report of many values", "long report"}) {
         run.arguments.push_back(WriteTestFile(command, command));

@@ -45,7 +45,7 @@ struct tPictureWish {
 struct tRequest {
     eVerb verb = eVerb::kImport;
     /// For kImport and kIndex a uniform type identifier, for kExamine the act to be tried, or empty.
-    std::string contentType;
+    std::string contentType = {};
     tPictureWish picture = {}; ///< for kRender
     std::string fileName = {}; ///< for kLibrary: bytes of any kind
 };
@@ -65,7 +65,10 @@ enum class eFailure : uint8_t {
     kMemory = 3,  ///< the memory granted did not suffice
     kPath = 4,    ///< no file that could be a document
     kPlugIn = 5,  ///< no plug-in, or it refuses what the loader accepts
-    kSandbox = 6  ///< the sandbox that was required cannot be had
+    kSandbox = 6, ///< the sandbox that was required cannot be had
+    // What only the host finds, no message says:
+    kDamaged = 7, ///< a check has found damage
+    kOutput = 8   ///< what was made of the document cannot be written
 };
 
 /// The worker's first message.

@@ -48,7 +48,13 @@ std::string CheckBatchOptions(const tBatchOptions& options, const char* verb)
     return {};
 }
 
-std::optional<int> CBatch::Begin()
+int FinishOutput(COutput& output, int status)
+{
+    output.Flush();
+    return status == kExitOK && output.HasFailed() && !output.IsReaderGone() ? static_cast<int>(kExitFailed) : status;
+}
+
+std::optional<int> CBatch::Begin(const tAdapt& adapt)
 {
     CDescriptor list;
     if (!mOptions.filesFrom.empty()) {
@@ -62,7 +68,10 @@ std::optional<int> CBatch::Begin()
     mSource = std::make_unique<CDocumentSource>(mOptions.paths, std::move(list), mOptions.nullSeparated ? '\0' : '\n');
     mSource->SetExcludes(mOptions.excludes);
     std::optional<tFailure> cannotServe;
-    const tWorkerSettings settings = GetWorkerSettings(mOptions, cannotServe);
+    tWorkerSettings settings = GetWorkerSettings(mOptions, cannotServe);
+    if (adapt) {
+        adapt(settings);
+    }
     mPool = std::make_unique<CWorkerPool>(settings, mOptions.timeoutSeconds, CountWorkers(mOptions.jobs));
     if (cannotServe) {
         mPool->Refuse(*cannotServe);
@@ -150,4 +159,41 @@ int CBatch::Run(tRequest request, tRunHandlers handlers, COutput& output, const 
     }
     return CannotServe() || HasBrokenList() || counts.CountFailed() > 0 ? kExitFailed
                                                                         : kExitOK; // also without any input
+}
+
+/// What a run does with answers that hold reports. @param use  the caller's, as long as the run
+tRunHandlers CBatch::HandleReports(const tUseReport& use, COutput& output, CJSONLines* lines) const
+{
+    tRunHandlers handlers;
+    handlers.take = [this, &use, &output, lines](const tInput& input, tAnswer& answer) {
+        CReport report;
+        if (answer.ok && !CReport::Parse(std::move(answer.report), report)) {
+            answer = MakeFailure(eFailure::kCrash, "the worker's report is out of form");
+        }
+        if (answer.ok) {
+            use(input, answer, report);
+        } else if (lines != nullptr) {
+            lines->WriteFailure(input.path, answer.failure);
+        } else if (!CannotServe()) { // else it has been said once
+            output.Flush();          // so that on a terminal both stand in the order of the inputs
+            COutput::PrintMessage(Escapes::ForTerminal(input.path + ": " + answer.failure.message));
+        }
+        output.FlushIfDue(); // what is made of reports may be large, and does not wait for the end of a turn
+        return !output.HasFailed();
+    };
+    return handlers;
+}
+
+int CBatch::RunForReports(tRequest request, const tUseReport& use, COutput& output, CJSONLines* lines, const char* done)
+{
+    return Run(std::move(request), HandleReports(use, output, lines), output, done);
+}
+
+int CBatch::AskBesides(tRequest request, const std::vector<std::string>& paths, const tUseReport& use, COutput& output,
+                       CJSONLines* lines)
+{
+    CDocumentSource source(paths);
+    CDocumentRun run(source, *mPool, std::move(request));
+    run.Run(HandleReports(use, output, lines));
+    return Interrupt::IsRequested() ? kExitInterrupted : run.GetCounts().CountFailed() > 0 ? kExitFailed : kExitOK;
 }

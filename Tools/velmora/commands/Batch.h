@@ -1,7 +1,9 @@
 // What commands have in common that go over many documents.
 #pragma once
 
+#include "commands/CReport.h"
 #include "commands/CommandLine.h"
+#include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "pool/CDocumentRun.h"
 
@@ -27,14 +29,20 @@ void AddBatchOptions(CParser& parser, tBatchOptions& options, const std::string&
 /// @return empty, or what is wrong
 std::string CheckBatchOptions(const tBatchOptions& options, const char* verb);
 
+/// Writes what is left of a command's output. @return the status, or a failure where the output could not be written
+int FinishOutput(COutput& output, int status);
+
 /// A run as a command does it: with the options above, messages, progress and a summary on standard error.
 class CBatch {
 public:
     explicit CBatch(const tBatchOptions& options) : mOptions(options) {}
 
+    /// What a command wants of its workers besides its options.
+    using tAdapt = std::function<void(tWorkerSettings&)>;
+
     /// Opens the list, starts a first worker. Says what is wrong.
     /// @return the exit status when the run cannot be begun
-    std::optional<int> Begin();
+    std::optional<int> Begin(const tAdapt& adapt = {});
 
     /// Whether there is no usable plug-in, which has been said: every input will fail.
     bool CannotServe() const { return mPool->GetRefusal() != nullptr; }
@@ -49,10 +57,29 @@ public:
     /// @return an eExitCode
     int Run(tRequest request, tRunHandlers handlers, COutput& output, const char* done);
 
+    /// What is to be done with a good document's report. The answer may be made a failure, which then counts.
+    using tUseReport = std::function<void(const tInput& input, tAnswer& answer, const CReport& report)>;
+
+    /// Run, for what is answered with reports: says what fails, and ends early when nothing more can be written.
+    /// @param request  the verb, and what belongs to it
+    /// @param use      for each good document, in the order of the inputs
+    /// @param lines    where failures become records; null for messages to people
+    int RunForReports(tRequest request, const tUseReport& use, COutput& output, CJSONLines* lines, const char* done);
+
+    /// Asks the same workers about files besides those of the options, in their order and without a summary.
+    /// @return an eExitCode
+    int AskBesides(tRequest request, const std::vector<std::string>& paths, const tUseReport& use, COutput& output,
+                   CJSONLines* lines);
+
+    /// What the first worker said at its start.
+    const tHello& GetGreeting() const { return mPool->GetGreeting(); }
+
     /// Of the run; null before it.
     const tRunCounts* GetCounts() const { return mRun ? &mRun->GetCounts() : nullptr; }
 
 private:
+    tRunHandlers HandleReports(const tUseReport& use, COutput& output, CJSONLines* lines) const;
+
     const tBatchOptions& mOptions; ///< the caller's
     std::unique_ptr<CDocumentSource> mSource;
     std::unique_ptr<CWorkerPool> mPool;

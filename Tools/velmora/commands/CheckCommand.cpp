@@ -1,26 +1,26 @@
 // velmora check: what is wrong with documents, and where.
-#include "commands/Inquiry.h"
+#include "commands/Batch.h"
 #include "commands/Reports.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
+#include <unistd.h>
+
 namespace {
-struct tCheckOptions : tWorkerOptions {
-    std::vector<std::string> paths;
+struct tCheckOptions : tBatchOptions {
     std::string format = "text";
 };
 } // namespace
 
 static void AddCheckOptions(CParser& parser, tCheckOptions& options)
 {
-    parser.Add("PATH", options.paths, "Layouts, track libraries and stock files, and folders to search for layouts");
+    AddBatchOptions(parser, options, "Layouts, track libraries and stock files, and folders to search for layouts");
     AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
-    AddWorkerOptions(parser, options);
 }
 
 static std::string CheckCheck(const tCheckOptions& options)
 {
-    return options.paths.empty() ? "nothing to check: name documents or folders" : "";
+    return CheckBatchOptions(options, "check");
 }
 
 /// Where a finding lies, in words.
@@ -37,6 +37,21 @@ static std::string Place(const CReport& finding)
         place += ", record " + std::to_string(finding.GetNumber("key"));
     }
     return place;
+}
+
+std::string Reports::SummarizeDamage(const CReport& report)
+{
+    std::string first;
+    size_t count = 0;
+    report.ForEach("findings", [&](const CReport& finding) {
+        if (finding.GetFlag("damage") && ++count == 1) {
+            first = Place(finding) + ": " + finding.GetText("text");
+        }
+    });
+    if (const long long code = report.GetObject("reader").GetNumber("code"); count == 0 && code != 0) {
+        return "a reader answers code " + std::to_string(code);
+    }
+    return first + (count > 1 ? "; " + std::to_string(count - 1) + " more" : "");
 }
 
 std::string Reports::CheckAsText(const std::string& path, const CReport& report)
@@ -65,7 +80,11 @@ std::string Reports::CheckInJSON(const std::string& path, const CReport& report)
     const CReport reader = report.GetObject("reader");
     CJSONObject object;
     JSON::PutPath(object, "path", path);
-    object.Put("ok", true);
+    const std::string damage = SummarizeDamage(report);
+    object.Put("ok", damage.empty());
+    if (!damage.empty()) {
+        object.Put("error", DescribeFailure(MakeFailure(eFailure::kDamaged, damage).failure));
+    }
     object.Put("kind", report.GetText("kind"));
     object.BeginList("findings");
     report.ForEach("findings", [&object](const CReport& finding) {
@@ -85,30 +104,24 @@ std::string Reports::CheckInJSON(const std::string& path, const CReport& report)
 
 static int RunCheck(const tCheckOptions& options)
 {
+    CBatch batch(options);
+    if (const std::optional<int> status = batch.Begin()) {
+        return *status;
+    }
+    COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
     const bool json = options.format == "json";
-    std::string text;
-    bool damaged = false;
-    CInquiry inquiry(options);
-    CInquiry::tUseFailure useFailure;
-    if (json) {
-        useFailure = [&text](const std::string& path, const tFailure& failure) {
-            tAnswer answer;
-            answer.failure = failure;
-            AppendJSONRecord(text, path, answer, {});
-        };
-    }
-    CInquiry::eResult result = inquiry.Ask(
-        eVerb::kCheck, options.paths,
-        [&](const std::string& path, const CReport& report) {
-            report.ForEach("findings",
-                           [&damaged](const CReport& finding) { damaged = damaged || finding.GetFlag("damage"); });
-            text += json ? Reports::CheckInJSON(path, report) : Reports::CheckAsText(path, report);
-        },
-        useFailure);
-    if (result == CInquiry::eResult::kDone && damaged) {
-        result = CInquiry::eResult::kFailed;
-    }
-    return FinishCommand(text, result);
+    const auto use = [&](const tInput& input, tAnswer& answer, const CReport& report) {
+        if (json) {
+            lines.WriteLine(Reports::CheckInJSON(input.path, report));
+        } else {
+            output.Write(Reports::CheckAsText(input.path, report));
+        }
+        if (const std::string damage = Reports::SummarizeDamage(report); !damage.empty()) {
+            answer = MakeFailure(eFailure::kDamaged, damage);
+        }
+    };
+    return FinishOutput(output, batch.RunForReports({eVerb::kCheck}, use, output, json ? &lines : nullptr, "whole"));
 }
 
 const tCommand kCheckCommand = {"check", "Say what is wrong with documents, and where",

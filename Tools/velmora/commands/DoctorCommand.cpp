@@ -3,8 +3,10 @@
 #include "Importer/Names.h"
 #include "Interrupt.h"
 #include "Places.h"
+#include "commands/CommandLine.h"
 #include "commands/SandboxTrial.h"
 #include "index/CIndexDatabase.h"
+#include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
@@ -327,7 +329,11 @@ static int RunDoctor(const tDoctorOptions& options)
         return kExitInterrupted;
     }
     COutput output(STDOUT_FILENO);
-    output.Write(options.format == "json" ? JSON::ToLine(examination.GetFindings()) : examination.GetText());
+    if (options.format == "json") {
+        CJSONLines(output).Write(examination.GetFindings());
+    } else {
+        output.Write(examination.GetText());
+    }
     const bool written = output.Flush() || output.IsReaderGone();
     return written && examination.IsWell() ? kExitOK : kExitFailed;
 }

@@ -118,8 +118,7 @@ static int RunImport(const tImportOptions& options)
     };
     const int status = batch.Run({eVerb::kImport, Importer::kContentType}, std::move(handlers), output, "imported");
     writer->End();
-    output.Flush();
-    return status == kExitOK && output.HasFailed() && !output.IsReaderGone() ? kExitFailed : status;
+    return FinishOutput(output, status);
 }
 
 const tCommand kImportCommand = {"import", "Print the search attributes of layouts",

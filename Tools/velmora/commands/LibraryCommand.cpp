@@ -1,39 +1,67 @@
 // velmora library and velmora stock: what a track library or a stock file holds.
-#include "commands/Inquiry.h"
+#include "commands/Batch.h"
 #include "commands/Reports.h"
+#include "input/DocumentNames.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
 #include <unistd.h>
+#include <utility>
 
 namespace {
-struct tListOptions : tWorkerOptions {
-    std::vector<std::string> paths;
+struct tListOptions : tBatchOptions {
     std::string format = "text";
 };
 } // namespace
 
-static void AddListOptions(CParser& parser, tListOptions& options, const char* what)
+static void AddListOptions(CParser& parser, tListOptions& options)
 {
-    parser.Add("FILE", options.paths, what);
     AddFormatOption(parser, options.format, {"text", "json", "csv"},
                     "text (for people), json (an object a file) or csv");
-    AddWorkerOptions(parser, options);
 }
 
 static void AddLibraryOptions(CParser& parser, tListOptions& options)
 {
-    AddListOptions(parser, options, "Track library files");
+    AddBatchOptions(parser, options, "Track library files");
+    AddListOptions(parser, options);
 }
 
 static void AddStockOptions(CParser& parser, tListOptions& options)
 {
-    AddListOptions(parser, options, "A stock file");
+    parser.Add("FILE", options.paths, "A stock file");
+    AddListOptions(parser, options);
+    AddWorkerOptions(parser, options);
 }
 
-static std::string CheckFiles(const tListOptions& options)
+static std::string CheckLibrary(const tListOptions& options)
+{
+    return CheckBatchOptions(options, "list");
+}
+
+static std::string CheckStock(const tListOptions& options)
 {
     return options.paths.empty() ? "name the file to list" : "";
+}
+
+/// Prints what the files hold. @param format  makes a text of a good one's report
+static int ListFiles(const tListOptions& options, eVerb verb,
+                     const std::function<std::string(const std::string& path, const CReport& report)>& format)
+{
+    CBatch batch(options);
+    if (const std::optional<int> status = batch.Begin()) {
+        return *status;
+    }
+    COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
+    const bool json = options.format == "json";
+    const auto use = [&](const tInput& input, const tAnswer&, const CReport& report) {
+        if (json) {
+            lines.WriteLine(format(input.path, report));
+        } else {
+            output.Write(format(input.path, report));
+        }
+    };
+    return FinishOutput(output, batch.RunForReports({verb}, use, output, json ? &lines : nullptr, "listed"));
 }
 
 /// A measure with at most two decimals and no idle ones.
@@ -73,7 +101,8 @@ std::string Reports::LibraryInJSON(const std::string& path, const CReport& repor
 {
     CJSONObject object;
     JSON::PutPath(object, "path", path);
-    object.PutAll({{"name", NameOfFile(path)},
+    object.Put("ok", true);
+    object.PutAll({{"name", DocumentNames::NameOfFile(path)},
                    {"manufacturer", report.GetText("manufacturer")},
                    {"scale", report.GetText("scale")},
                    {"content", report.GetText("content")},
@@ -99,7 +128,7 @@ std::string Reports::LibraryInJSON(const std::string& path, const CReport& repor
 
 std::string Reports::LibraryHeading(const std::string& path, const CReport& report)
 {
-    return Escapes::ForTerminal(NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " +
+    return Escapes::ForTerminal(DocumentNames::NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " +
                                 report.GetText("scale") + ", " + report.GetText("content") + ", " +
                                 std::to_string(report.GetCount("articles")) + " articles") +
            "\n";
@@ -107,28 +136,26 @@ std::string Reports::LibraryHeading(const std::string& path, const CReport& repo
 
 static int RunLibrary(const tListOptions& options)
 {
-    std::string text;
-    CInquiry inquiry(options);
-    const CInquiry::eResult result =
-        inquiry.Ask(eVerb::kLibrary, options.paths, [&](const std::string& path, const CReport& report) {
-            if (options.format == "json") {
-                text += Reports::LibraryInJSON(path, report);
-            } else if (options.format == "csv") {
-                const std::string table =
-                    Reports::ArticleTable(NameOfFile(path), report).ToCSV(isatty(STDOUT_FILENO) != 0);
-                text += text.empty() ? table : table.substr(table.find('\n') + 1); // one line of titles
-            } else {
-                text +=
-                    Reports::LibraryHeading(path, report) + Reports::ArticleTable(NameOfFile(path), report).ToText();
-            }
-        });
-    return FinishCommand(text, result);
+    bool hasTitles = false;
+    return ListFiles(options, eVerb::kLibrary, [&](const std::string& path, const CReport& report) {
+        const std::string name = DocumentNames::NameOfFile(path);
+        if (options.format == "json") {
+            return Reports::LibraryInJSON(path, report);
+        }
+        const CTable table = Reports::ArticleTable(name, report);
+        if (options.format == "text") {
+            return Reports::LibraryHeading(path, report) + table.ToText();
+        }
+        const std::string lines = table.ToCSV(isatty(STDOUT_FILENO) != 0);
+        return std::exchange(hasTitles, true) ? lines.substr(lines.find('\n') + 1) : lines; // one line of titles
+    });
 }
 
 static std::string StockJSON(const std::string& path, const CReport& report)
 {
     CJSONObject object;
     JSON::PutPath(object, "path", path);
+    object.Put("ok", true);
     object.BeginList("items");
     report.ForEach("items", [&object](const CReport& item) {
         object.Add({{"library", item.GetText("library")},
@@ -141,28 +168,22 @@ static std::string StockJSON(const std::string& path, const CReport& report)
 
 static int RunStock(const tListOptions& options)
 {
-    std::string text;
-    CInquiry inquiry(options);
-    const CInquiry::eResult result =
-        inquiry.Ask(eVerb::kStock, options.paths, [&](const std::string& path, const CReport& report) {
-            if (options.format == "json") {
-                text += StockJSON(path, report);
-                return;
-            }
-            CTable table({{"Library"}, {"Number"}, {"Count", true}});
-            report.ForEach("items", [&table](const CReport& item) {
-                table.AddRow(
-                    {item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
-            });
-            text += options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0) : table.ToText();
+    return ListFiles(options, eVerb::kStock, [&](const std::string& path, const CReport& report) {
+        if (options.format == "json") {
+            return StockJSON(path, report);
+        }
+        CTable table({{"Library"}, {"Number"}, {"Count", true}});
+        report.ForEach("items", [&table](const CReport& item) {
+            table.AddRow({item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
         });
-    return FinishCommand(text, result);
+        return options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0) : table.ToText();
+    });
 }
 
 const tCommand kLibraryCommand = {
     "library", "List the articles of track libraries",
     "  velmora library 'Some Library'\n  velmora library --format csv *.velmora-library\n",
-    CallCommand<tListOptions, AddLibraryOptions, RunLibrary, CheckFiles>};
+    CallCommand<tListOptions, AddLibraryOptions, RunLibrary, CheckLibrary>};
 const tCommand kStockCommand = {"stock", "List what a stock file holds",
                                 "  velmora stock Stock.xml\n  velmora stock --format json Stock.xml\n",
-                                CallCommand<tListOptions, AddStockOptions, RunStock, CheckFiles>};
+                                CallCommand<tListOptions, AddStockOptions, RunStock, CheckStock>};

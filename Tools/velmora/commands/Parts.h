@@ -1,7 +1,7 @@
 // The list of parts, as it is made of the reports of workers, who are not trusted.
 #pragma once
 
-#include "commands/Inquiry.h"
+#include "commands/CReport.h"
 #include "output/CTable.h"
 
 #include <map>

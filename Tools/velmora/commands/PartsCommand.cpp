@@ -1,19 +1,20 @@
 // velmora parts: the list of parts of one or more layouts, and what of it must still be bought.
+#include "ExitCodes.h"
 #include "Places.h"
-#include "commands/Inquiry.h"
+#include "commands/Batch.h"
 #include "commands/Parts.h"
+#include "input/DocumentNames.h"
 #include "input/LibraryFiles.h"
-#include "output/COutput.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
 
+#include <algorithm>
 #include <limits>
 #include <unistd.h>
 
 namespace {
-struct tPartsOptions : tWorkerOptions {
-    std::vector<std::string> paths;
+struct tPartsOptions : tBatchOptions {
     std::string format = "text";
     std::string stock;                  ///< a stock file; empty for the user's
     bool noStock = false;               ///< not even the user's
@@ -31,7 +32,7 @@ struct tTotals {
 
 static void AddPartsOptions(CParser& parser, tPartsOptions& options)
 {
-    parser.Add("LAYOUT", options.paths, "Layouts, added up; folders are searched for layouts");
+    AddBatchOptions(parser, options, "Layouts, added up; folders are searched for layouts");
     const COption stock =
         parser
             .Add("--stock", options.stock,
@@ -47,12 +48,11 @@ static void AddPartsOptions(CParser& parser, tPartsOptions& options)
         .Named("PATH");
     AddFormatOption(parser, options.format, {"text", "csv", "json", "html"},
                     "text (for people), csv, json (one object) or html (a page to print)");
-    AddWorkerOptions(parser, options);
 }
 
 static std::string CheckParts(const tPartsOptions& options)
 {
-    return options.paths.empty() ? "name the layouts whose parts are wanted" : "";
+    return CheckBatchOptions(options, "add up");
 }
 
 using tLimits = std::numeric_limits<long long>;
@@ -221,6 +221,7 @@ std::vector<std::string> Parts::Summarize(const tPartsList& list)
 std::string Parts::FormatJSON(const tPartsList& list)
 {
     CJSONObject object;
+    object.Put("ok", true);
     object.Put("layouts", list.layouts);
     object.BeginList("parts");
     for (const auto& [key, part] : list.parts) {
@@ -279,7 +280,7 @@ std::string Parts::FormatHTML(const tPartsList& list, const std::vector<std::str
         "@media print { body { margin: 0; font-size: 8pt; } thead { display: table-header-group; } }\n"
         "</style>\n</head>\n<body>\n<h1>Parts list</h1>\n";
     for (const std::string& path : paths) {
-        page += "<p>" + Escapes::ForXML(Escapes::ForTerminal(NameOfFile(path))) + "</p>\n";
+        page += "<p>" + Escapes::ForXML(Escapes::ForTerminal(DocumentNames::NameOfFile(path))) + "</p>\n";
     }
     page += MakeTable(list).ToHTML();
     for (const std::string& line : Summarize(list)) {
@@ -290,9 +291,6 @@ std::string Parts::FormatHTML(const tPartsList& list, const std::vector<std::str
 
 static std::string Format(const tPartsList& list, const tPartsOptions& options)
 {
-    if (options.format == "json") {
-        return Parts::FormatJSON(list);
-    }
     if (options.format == "csv") {
         return Parts::MakeTable(list).ToCSV(isatty(STDOUT_FILENO) != 0);
     }
@@ -306,13 +304,13 @@ static std::string Format(const tPartsList& list, const tPartsOptions& options)
     return text;
 }
 
-/// The stock to compare with. @return empty for none
-static std::string FindStock(const tPartsOptions& options, const CInquiry& inquiry)
+/// The stock to compare with. @param usersFile  what the user's preferences call theirs @return empty for none
+static std::string FindStock(const tPartsOptions& options, const std::string& usersFile)
 {
     if (!options.stock.empty() || options.noStock) {
         return options.stock;
     }
-    std::string path = Places::FindStock(inquiry.GetStockFileName());
+    std::string path = Places::FindStock(usersFile);
     if (path.empty() || access(path.c_str(), F_OK) != 0) {
         return {};
     }
@@ -322,31 +320,42 @@ static std::string FindStock(const tPartsOptions& options, const CInquiry& inqui
 
 static int RunParts(const tPartsOptions& options)
 {
+    CBatch batch(options);
+    const bool wantsStock = options.stock.empty() && !options.noStock;
+    if (const std::optional<int> status =
+            batch.Begin([&](tWorkerSettings& settings) { settings.tellsStockFile = wantsStock; })) {
+        return *status;
+    }
     tPartsList list;
-    CInquiry inquiry(options, options.stock.empty() && !options.noStock);
-    CInquiry::eResult worst = CInquiry::eResult::kDone;
-    const auto ask = [&](eVerb verb, const std::vector<std::string>& paths, const CInquiry::tUse& use) {
-        if (worst != CInquiry::eResult::kInterrupted && !paths.empty()) {
-            const CInquiry::eResult result = inquiry.Ask(verb, paths, use);
-            worst = result == CInquiry::eResult::kDone ? worst : result;
+    COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
+    CJSONLines* const linesOrNone = options.format == "json" ? &lines : nullptr;
+    int worst = batch.RunForReports(
+        {eVerb::kParts},
+        [&list](const tInput&, const tAnswer&, const CReport& report) { Parts::AddLayout(list, report); }, output,
+        linesOrNone, "read");
+    const auto askBesides = [&](eVerb verb, const std::vector<std::string>& paths,
+                                const std::function<void(const CReport&)>& use) {
+        if (worst != kExitInterrupted && !paths.empty()) {
+            worst = std::max(worst, batch.AskBesides(
+                                        {verb}, paths,
+                                        [&use](const tInput&, const tAnswer&, const CReport& report) { use(report); },
+                                        output, linesOrNone));
         }
     };
-    ask(eVerb::kParts, options.paths,
-        [&list](const std::string&, const CReport& report) { Parts::AddLayout(list, report); });
     std::map<std::string, std::set<std::string>> articlesOf;
-    ask(eVerb::kLibrary, LibraryFiles::Find(options.libraries),
-        [&articlesOf](const std::string&, const CReport& report) {
-            // Names may also be the same once the core has turned them into what layouts hold: the first counts then.
-            const auto [library, isFirst] = articlesOf.try_emplace(report.GetText("name"));
-            if (isFirst) {
-                report.ForEach("articles", [&known = library->second](const CReport& article) {
-                    known.insert(article.GetText("number"));
-                });
-            }
-        });
-    const std::string stock = FindStock(options, inquiry);
+    askBesides(eVerb::kLibrary, LibraryFiles::Find(options.libraries), [&articlesOf](const CReport& report) {
+        // Names may also be the same once the core has turned them into what layouts hold: the first counts then.
+        const auto [library, isFirst] = articlesOf.try_emplace(report.GetText("name"));
+        if (isFirst) {
+            report.ForEach("articles", [&known = library->second](const CReport& article) {
+                known.insert(article.GetText("number"));
+            });
+        }
+    });
+    const std::string stock = FindStock(options, batch.GetGreeting().stockFile);
     if (!stock.empty()) {
-        ask(eVerb::kStock, {stock}, [&list](const std::string&, const CReport& report) {
+        askBesides(eVerb::kStock, {stock}, [&list](const CReport& report) {
             list.hasStock = true;
             report.ForEach("items", [&list](const CReport& item) {
                 const auto part = list.parts.find({item.GetText("library"), item.GetText("number")});
@@ -357,7 +366,14 @@ static int RunParts(const tPartsOptions& options)
         });
     }
     Parts::Mark(list, articlesOf);
-    return FinishCommand(list.layouts > 0 ? Format(list, options) : std::string(), worst);
+    if (worst != kExitInterrupted && list.layouts > 0) { // half a sum would be none
+        if (linesOrNone != nullptr) {
+            lines.WriteLine(Parts::FormatJSON(list));
+        } else {
+            output.Write(Format(list, options));
+        }
+    }
+    return FinishOutput(output, worst);
 }
 
 const tCommand kPartsCommand = {"parts", "List the parts of layouts, and what must be bought",

@@ -1,7 +1,8 @@
 // velmora render and velmora thumbnail: the picture of a layout.
 #include "Bounds.h"
 #include "ExitCodes.h"
-#include "commands/Inquiry.h"
+#include "commands/CReport.h"
+#include "commands/CommandLine.h"
 #include "input/CDocumentSource.h"
 #include "output/COutput.h"
 #include "output/CReplacedFile.h"

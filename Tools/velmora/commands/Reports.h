@@ -2,12 +2,15 @@
 // line. Each is defined with its command.
 #pragma once
 
-#include "commands/Inquiry.h"
+#include "commands/CReport.h"
 #include "output/CTable.h"
+#include "protocol/Messages.h"
 
 #include <string>
 
 namespace Reports {
+/// What makes a document a damaged one: the first finding of damage, and how many more there are. Empty for none.
+std::string SummarizeDamage(const CReport& report);
 std::string CheckAsText(const std::string& path, const CReport& report);
 std::string CheckInJSON(const std::string& path, const CReport& report);
 

@@ -1,7 +1,8 @@
 // Proves that the sandbox of the workers holds, by trying in a worker what it should refuse.
 #pragma once
 
-#include "commands/Inquiry.h"
+#include "commands/CReport.h"
+#include "pool/CWorkerPool.h"
 
 #include <nlohmann/json.hpp>
 

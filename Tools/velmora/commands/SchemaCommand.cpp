@@ -1,12 +1,10 @@
 // velmora schema: the attributes that the importer sets, and the document types it takes.
 #include "ExitCodes.h"
 #include "Places.h"
-#include "commands/CommandLine.h"
+#include "commands/Batch.h"
 #include "commands/Reports.h"
-#include "output/COutput.h"
+#include "output/CRecordWriter.h"
 #include "output/Escapes.h"
-#include "output/JSON.h"
-#include "pool/CWorkerPool.h"
 
 #include <algorithm>
 
@@ -59,6 +57,7 @@ std::string Reports::SchemaAsText(const tSchema& schema)
 std::string Reports::SchemaInJSON(const tSchema& schema)
 {
     JSON::tRecord record;
+    record["ok"] = true;
     record["attributes"] = JSON::tRecord::array();
     for (const tSchemaAttribute& attribute : schema.attributes) {
         record["attributes"].push_back(
@@ -89,14 +88,18 @@ static int RunSchema(const tSchemaOptions& options)
             return kExitInterrupted;
         }
     }
+    COutput output(STDOUT_FILENO);
+    if (options.format == "json") {
+        CJSONLines(output).WriteLine(answer.ok
+                                         ? Reports::SchemaInJSON(answer.schema)
+                                         : JSON::ToLine({{"ok", false}, {"error", DescribeFailure(answer.failure)}}));
+    } else if (answer.ok) {
+        output.Write(Reports::SchemaAsText(answer.schema));
+    }
     if (!answer.ok) {
         COutput::PrintMessage(Escapes::ForTerminal(answer.failure.message));
-        return kExitFailed;
     }
-    COutput output(STDOUT_FILENO);
-    output.Write(options.format == "json" ? Reports::SchemaInJSON(answer.schema)
-                                          : Reports::SchemaAsText(answer.schema));
-    return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
+    return FinishOutput(output, answer.ok ? kExitOK : kExitFailed);
 }
 
 const tCommand kSchemaCommand = {"schema", "Print the attributes the importer sets and the document types it takes",

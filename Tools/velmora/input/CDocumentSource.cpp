@@ -32,6 +32,7 @@ CDocumentSource::CDocumentSource(std::vector<std::string> paths, CDescriptor lis
 {
     if (list.IsOpen()) {
         mList.emplace(std::move(list), listSeparator);
+        mHasLines = listSeparator == '\n';
     }
 }
 
@@ -248,6 +249,9 @@ CDocumentSource::eResult CDocumentSource::FindInList(tInput& input)
             return eResult::kFound;
         case CLineReader::eResult::kLine:
             break;
+        }
+        if (mHasLines && input.path.ends_with('\r')) { // a list that was written on Windows
+            input.path.pop_back();
         }
         if (input.path.find('\0') != std::string::npos) { // a list with zeros, read as lines
             Fail(input, MakeFailure(eFailure::kPath, "no path: it holds a zero byte (is --null missing?)").failure);

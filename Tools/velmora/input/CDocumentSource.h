@@ -49,7 +49,8 @@ public:
 
     /// @param paths          operands, first to be walked
     /// @param list           further paths, read after the operands; may be closed
-    /// @param listSeparator  what ends a path in the list: a line break, or zero
+    /// @param listSeparator  what ends a path in the list: a line break, perhaps with a carriage return before it, or
+    /// zero
     CDocumentSource(std::vector<std::string> paths, CDescriptor list = CDescriptor(), char listSeparator = '\n');
     ~CDocumentSource();
 
@@ -96,6 +97,7 @@ private:
 
     std::deque<std::string> mOperands;
     std::optional<CLineReader> mList;
+    bool mHasLines = false;        ///< the list: else zeros
     std::vector<tFolder> mFolders; ///< from the outermost to the one being walked
     std::vector<std::string> mExcludes;
     tFilter mFilter;

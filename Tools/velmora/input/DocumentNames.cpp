@@ -16,6 +16,11 @@ bool DocumentNames::HasExtension(std::string_view name)
     });
 }
 
+std::string DocumentNames::NameOfFile(const std::string& path)
+{
+    return path.substr(path.find_last_of('/') + 1); // npos + 1 is 0
+}
+
 bool DocumentNames::IsExcluded(const std::vector<std::string>& patterns, const std::string& name,
                                const std::string& path)
 {

@@ -9,6 +9,9 @@ namespace DocumentNames {
 /// Whether a name has something in front of ".velmora", in either case.
 bool HasExtension(std::string_view name);
 
+/// The last component of a path.
+std::string NameOfFile(const std::string& path);
+
 /// Whether one of the shell's patterns matches the name, or the whole path if the pattern holds a slash.
 bool IsExcluded(const std::vector<std::string>& patterns, const std::string& name, const std::string& path);
 } // namespace DocumentNames

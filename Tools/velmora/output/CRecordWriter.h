@@ -56,5 +56,8 @@ std::unique_ptr<CRecordWriter> MakeRawWriter(COutput& output, std::vector<std::s
 void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer& answer, const tRecordDetails& details,
                       const JSON::tRecord& id = {});
 
+/// What a record says of a failure, as its member "error".
+JSON::tRecord DescribeFailure(const tFailure& failure);
+
 /// A failure's code in records: the loader's number, "1" to "5", or a word.
 std::string FailureCode(const tFailure& failure);

@@ -11,6 +11,10 @@
 namespace JSON {
 using tRecord = nlohmann::ordered_json;
 
+/// The number of the schema that records follow (docs/cli.schema.json). It changes when a member is renamed, removed or
+/// gets another meaning; not when one is added.
+inline constexpr int kSchema = 1;
+
 /// A record as a line of its own. Bytes that are not UTF-8 are replaced.
 std::string ToLine(const tRecord& record);
 

@@ -1,3 +1,4 @@
+#include "output/CJSONLines.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
@@ -14,6 +15,10 @@ static const char* FailureWord(eFailure kind)
         return "plugin";
     case eFailure::kSandbox:
         return "sandbox";
+    case eFailure::kDamaged:
+        return "damaged";
+    case eFailure::kOutput:
+        return "output";
     case eFailure::kLoader: // has a number
     case eFailure::kCrash:
         break;
@@ -24,6 +29,11 @@ static const char* FailureWord(eFailure kind)
 std::string FailureCode(const tFailure& failure)
 {
     return failure.kind == eFailure::kLoader ? std::to_string(failure.loaderCode) : FailureWord(failure.kind);
+}
+
+JSON::tRecord DescribeFailure(const tFailure& failure)
+{
+    return JSON::DescribeFailure(FailureCode(failure), failure.message, failure.element);
 }
 
 static void AppendAttributes(std::string& json, const std::vector<tAttribute>& attributes)
@@ -65,8 +75,7 @@ void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer&
         JSON::PutPath(record, "importer", details.importer);
     }
     if (!answer.ok) {
-        record["error"] =
-            JSON::DescribeFailure(FailureCode(answer.failure), answer.failure.message, answer.failure.element);
+        record["error"] = DescribeFailure(answer.failure);
     }
     json += JSON::ToLine(record);
     if (answer.ok) { // long texts are written directly, not copied into the record first
@@ -79,16 +88,17 @@ void AppendJSONRecord(std::string& json, const std::string& path, const tAnswer&
 namespace {
 class CJSONWriter : public CRecordWriter {
 public:
-    using CRecordWriter::CRecordWriter;
+    explicit CJSONWriter(COutput& output) : CRecordWriter(output), mLines(output) {}
 
     void Write(const std::string& path, const tAnswer& answer) override
     {
         mRecord.clear();
         AppendJSONRecord(mRecord, path, answer, mDetails);
-        mOutput.Write(mRecord);
+        mLines.WriteLine(mRecord);
     }
 
 private:
+    CJSONLines mLines;
     std::string mRecord; ///< kept for its memory
 };
 } // namespace

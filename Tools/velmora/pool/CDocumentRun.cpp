@@ -2,6 +2,7 @@
 
 #include "Bounds.h"
 #include "Interrupt.h"
+#include "input/DocumentNames.h"
 #include "output/CRecordWriter.h"
 
 #include <new>
@@ -26,7 +27,7 @@ double CDocumentRun::GetSeconds() const
 /// What an answer occupies, about.
 static size_t CountBytes(const tAnswer& answer)
 {
-    size_t bytes = sizeof answer + answer.report.size() + answer.failure.message.size();
+    size_t bytes = sizeof answer + answer.report.size() + answer.picture.size() + answer.failure.message.size();
     for (const tAttribute& attribute : answer.attributes) {
         bytes += sizeof attribute + attribute.key.size();
         for (const std::string& text : attribute.texts) {
@@ -117,7 +118,11 @@ void CDocumentRun::Begin(tInput input)
         mWaitingBytes += CountBytes(*record.answer);
     } else {
         ++mInFlight;
-        mPool.Submit(ticket, mRequest, std::move(record.input.document));
+        tRequest request = mRequest;
+        if (request.verb == eVerb::kLibrary) {
+            request.fileName = DocumentNames::NameOfFile(record.input.path);
+        }
+        mPool.Submit(ticket, std::move(request), std::move(record.input.document));
     }
 }
 

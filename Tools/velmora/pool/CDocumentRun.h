@@ -47,7 +47,7 @@ public:
         kStopped      ///< by `take`
     };
 
-    /// @param request  what is asked about each document
+    /// @param request  what is asked about each document; a track library's name is its file's
     CDocumentRun(CDocumentSource& source, CWorkerPool& pool, tRequest request)
         : mSource(source), mPool(pool), mRequest(std::move(request))
     {}

@@ -1,14 +1,4 @@
-#include "commands/Inquiry.h"
-
-#include "ExitCodes.h"
-#include "Interrupt.h"
-#include "input/CDocumentSource.h"
-#include "output/COutput.h"
-#include "output/Escapes.h"
-
-#include <algorithm>
-#include <new>
-#include <unistd.h>
+#include "commands/CReport.h"
 
 namespace {
 using tJSON = nlohmann::json;
@@ -171,83 +161,4 @@ CReport CReport::GetObject(const char* key) const
 {
     const nlohmann::json* const value = Find(key);
     return value != nullptr ? CReport(Share(*value)) : CReport();
-}
-
-CInquiry::CInquiry(const tWorkerOptions& options, bool asksForStock)
-    : mPool(
-          [&] {
-              tWorkerSettings settings = GetWorkerSettings(options, mCannotServe);
-              settings.tellsStockFile = asksForStock;
-              return settings;
-          }(),
-          options.timeoutSeconds, 1)
-{
-    tFailure failure;
-    if (!mCannotServe && mPool.WaitUntilReady(failure) == CWorkerPool::eResult::kFailed) {
-        mCannotServe = failure;
-    }
-    if (mCannotServe) {
-        COutput::PrintMessage(Escapes::ForTerminal(mCannotServe->message));
-    }
-}
-
-CInquiry::eResult CInquiry::Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use,
-                                const tUseFailure& useFailure)
-{
-    CDocumentSource source(paths);
-    bool failed = false;
-    tInput input;
-    while (!Interrupt::IsRequested() && source.Next(input)) {
-        tAnswer answer;
-        if (mCannotServe) {
-            answer.failure = *mCannotServe;
-        } else if (input.failure) {
-            answer.failure = *input.failure;
-        } else {
-            uint64_t ticket = 0;
-            tRequest request;
-            request.verb = verb;
-            request.fileName = NameOfFile(input.path);
-            mPool.Submit(mNextTicket++, std::move(request), std::move(input.document));
-            if (mPool.Collect(ticket, answer) == CWorkerPool::eResult::kInterrupted) {
-                return eResult::kInterrupted;
-            }
-        }
-        if (answer.ok) {
-            try {
-                CReport report;
-                if (CReport::Parse(std::move(answer.report), report)) {
-                    use(input.path, report);
-                    continue;
-                }
-                answer = MakeFailure(eFailure::kCrash, "the worker's report is out of form");
-            } catch (const std::bad_alloc&) {
-                answer = MakeNoRoom();
-            }
-        }
-        failed = true;
-        if (useFailure) {
-            useFailure(input.path, answer.failure);
-        } else if (!mCannotServe) {
-            COutput::PrintMessage(Escapes::ForTerminal(input.path + ": " + answer.failure.message));
-        }
-    }
-    return Interrupt::IsRequested() ? eResult::kInterrupted : failed ? eResult::kFailed : eResult::kDone;
-}
-
-int FinishCommand(const std::string& text, CInquiry::eResult result)
-{
-    if (result == CInquiry::eResult::kInterrupted) {
-        return kExitInterrupted;
-    }
-    COutput output(STDOUT_FILENO);
-    output.Write(text);
-    const bool written = output.Flush() || output.IsReaderGone();
-    return written && result == CInquiry::eResult::kDone ? kExitOK : kExitFailed;
-}
-
-std::string NameOfFile(const std::string& path)
-{
-    const size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
 }

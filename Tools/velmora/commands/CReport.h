@@ -1,8 +1,5 @@
-// Asking a worker about one document after the other.
+// What a worker reports about a document.
 #pragma once
-
-#include "commands/CommandLine.h"
-#include "pool/CWorkerPool.h"
 
 #include <nlohmann/json.hpp>
 
@@ -45,34 +42,3 @@ private:
     std::shared_ptr<const std::string> mText; ///< the whole report's; null for an object in one
     std::map<std::string, size_t> mCounts;    ///< objects of each list
 };
-
-/// Asks about documents in the order of their names on the command line.
-class CInquiry {
-public:
-    /// @param asksForStock  GetStockFileName will be wanted
-    explicit CInquiry(const tWorkerOptions& options, bool asksForStock = false);
-
-    enum class eResult { kDone, kFailed, kInterrupted };
-    /// What is to be done with the answer for one document.
-    using tUse = std::function<void(const std::string& path, const CReport& report)>;
-    /// What is to be done with a failure; without it, it is printed as a message.
-    using tUseFailure = std::function<void(const std::string& path, const tFailure& failure)>;
-
-    /// Asks about each document that the paths name; folders are walked for layouts.
-    /// @return kFailed when one of them failed, the others were done
-    eResult Ask(eVerb verb, const std::vector<std::string>& paths, const tUse& use, const tUseFailure& useFailure = {});
-
-    /// What the user's preferences call the stock file; empty without a worker.
-    const std::string& GetStockFileName() const { return mPool.GetGreeting().stockFile; }
-
-private:
-    std::optional<tFailure> mCannotServe;
-    CWorkerPool mPool;
-    uint64_t mNextTicket = 0;
-};
-
-/// Prints what a command has to say. @return the exit status for the worst of what happened
-int FinishCommand(const std::string& text, CInquiry::eResult result);
-
-/// Last component of a path: a track library's name is its file's.
-std::string NameOfFile(const std::string& path);
