@@ -1,10 +1,12 @@
 #include "input/CDocumentSource.h"
 
 #include "ProgramRun.h"
+#include "input/CDocumentCounter.h"
 #include "output/CRecordWriter.h"
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 
 /// The inputs as "path" or "path!code", without the folder's path in front.
 static std::vector<std::string> Collect(CDocumentSource& source, const std::string& folder)
@@ -50,6 +52,12 @@ TEST(DocumentSource, WalksFoldersInOrderOfBytes)
               (tNames{"B.VELMORA", "a/magic", "a/z.velmora", "a.b/x.velmora", "b.velmora", "broken.velmora!1",
                       "c.velmora/deep.velmora", "fifo.velmora!path", "line\nbreak.velmora", "link", "link.velmora",
                       "\u00E4.velmora", "\xFF.velmora"}));
+    // By names alone: without what begins like a document, with links to folders.
+    CDocumentCounter counter({folder, folder + "/link"}, {"*\xFF*", "*/c.velmora"});
+    while (!counter.GetTotal()) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(*counter.GetTotal(), 11U);
     CDocumentSource again({folder + "/a/", folder + "/empty", folder + "/loop.velmora/a"});
     EXPECT_EQ(Collect(again, folder),
               (tNames{"a/magic", "a/z.velmora", "loop.velmora/a/magic", "loop.velmora/a/z.velmora"}));

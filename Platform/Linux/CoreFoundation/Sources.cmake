@@ -10,8 +10,6 @@ target_sources(velmora-platform PRIVATE
   ${core_foundation}/PlugIn.mm
   ${core_foundation}/Preferences.mm
   ${core_foundation}/PropertyList.mm
-  ${core_foundation}/PropertyListForm.cpp
-  ${core_foundation}/PropertyListGuard.m
   ${core_foundation}/String.mm
   ${core_foundation}/TextEncoding.cpp
   ${core_foundation}/Url.mm
