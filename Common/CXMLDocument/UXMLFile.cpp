@@ -9,6 +9,8 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <cctype>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -42,6 +44,27 @@ bool IsWellEncoded(const std::string& bytes, pugi::xml_encoding encoding)
     return encoding != pugi::encoding_latin1 || bytes.find('\0') == std::string::npos;
 }
 
+/// The fault at a place of a file of bytes.
+tXMLProblem At(const std::string& bytes, size_t offset, std::string text)
+{
+    offset = std::min(offset, bytes.size());
+    const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(offset);
+    return {std::move(text), static_cast<size_t>(std::count(bytes.begin(), end, '\n')) + 1, offset};
+}
+
+/// The first line with bytes that are not the encoding's.
+tXMLProblem FindForeignBytes(const std::string& bytes, pugi::xml_encoding encoding)
+{
+    size_t begin = 0;
+    for (size_t end = 0; end != std::string::npos; begin = end + 1) {
+        end = bytes.find('\n', begin);
+        if (!IsWellEncoded(bytes.substr(begin, end - begin), encoding)) {
+            break;
+        }
+    }
+    return At(bytes, begin, "there are bytes that are no characters in the encoding of the file");
+}
+
 /// What the parser lets pass: several root elements, or none, and text beside them.
 bool HasOneRoot(const pugi::xml_document& document)
 {
@@ -70,6 +93,33 @@ bool IsWithinLimits(pugi::xml_document& document)
 {
     CTreeGuard guard;
     return document.traverse(guard);
+}
+
+/// Makes a document of a file's bytes. @return what is wrong with them
+tXMLProblem ParseInto(pugi::xml_document& document, const std::string& bytes)
+{
+    static constexpr char kFunction[] = "static unique_ptr<xml_document> UXMLFile::Parse(const string &)";
+    static constexpr char kBeyondLimits[] = "the file is larger, or nested deeper, than is read";
+    if (!IsWithinLimits(bytes)) {
+        Refuse(kFunction);
+        return {kBeyondLimits, 0, 0};
+    }
+    const pugi::xml_parse_result result = document.load_buffer(bytes.data(), bytes.size(), kParseFlags);
+    const bool hasLines = result.encoding == pugi::encoding_utf8 || result.encoding == pugi::encoding_latin1;
+    if (!result) {
+        std::string reason = result.description();
+        reason[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(reason[0])));
+        return hasLines ? At(bytes, static_cast<size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), std::move(reason))
+                        : tXMLProblem{std::move(reason), 0, 0};
+    }
+    if (!HasOneRoot(document)) {
+        return {"there is not one element around everything else", 0, 0};
+    }
+    if (!IsWithinLimits(document)) { // before the encoding, which is looked at in a string object made of the file
+        Refuse(kFunction);
+        return {kBeyondLimits, 0, 0};
+    }
+    return IsWellEncoded(bytes, result.encoding) ? tXMLProblem() : FindForeignBytes(bytes, result.encoding);
 }
 
 class CStringWriter : public pugi::xml_writer {
@@ -142,21 +192,14 @@ bool UXMLFile::ReadBytes(const std::string& path, std::string& bytes)
 
 std::unique_ptr<pugi::xml_document> UXMLFile::Parse(const std::string& bytes)
 {
-    static constexpr char kFunction[] = "static unique_ptr<xml_document> UXMLFile::Parse(const string &)";
-    if (!IsWithinLimits(bytes)) {
-        Refuse(kFunction);
-        return nullptr;
-    }
     auto document = std::make_unique<pugi::xml_document>();
-    const pugi::xml_parse_result result = document->load_buffer(bytes.data(), bytes.size(), kParseFlags);
-    if (!result || !HasOneRoot(*document)) {
-        return nullptr;
-    }
-    if (!IsWithinLimits(*document)) { // before the encoding, which is looked at in a string object made of the file
-        Refuse(kFunction);
-        return nullptr;
-    }
-    return IsWellEncoded(bytes, result.encoding) ? std::move(document) : nullptr;
+    return ParseInto(*document, bytes).text.empty() ? std::move(document) : nullptr;
+}
+
+tXMLProblem UXMLFile::FindProblem(const std::string& bytes)
+{
+    pugi::xml_document document;
+    return ParseInto(document, bytes);
 }
 
 bool UXMLFile::Format(const pugi::xml_document& document, std::string& bytes)

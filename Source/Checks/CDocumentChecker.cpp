@@ -19,6 +19,18 @@ std::string Count(long long count)
     return std::to_string(count);
 }
 
+/// Reports what stands behind the end of a document. Whole records there may be those of a later program.
+void ReportRest(CRecordChecker& records, const std::string& what)
+{
+    if (!records.IsLost() && records.GetBytesLeft() > 0) {
+        const bool isPassedOver = records.HasRecordsOnly();
+        records.Report(records.GetPosition(), 0,
+                       Count(static_cast<long long>(records.GetBytesLeft())) + " bytes behind the end of the " + what +
+                           (isPassedOver ? "; readers pass over them" : ""),
+                       isPassedOver ? tFinding::eKind::kOddity : tFinding::eKind::kDamage);
+    }
+}
+
 /// The walk over one layout.
 class CLayoutWalk {
 public:
@@ -47,11 +59,7 @@ public:
             mElements.CheckElements(mNumElements, kNumGroupEntries.key, mRecords.GetRecordOffset(), kNumElements.key);
         }
         CheckGroups();
-        if (!mRecords.IsLost() && mRecords.GetBytesLeft() > 0) {
-            mRecords.Report(mRecords.GetPosition(), 0,
-                            Count(static_cast<long long>(mRecords.GetBytesLeft())) +
-                                " bytes behind the end of the layout");
-        }
+        ReportRest(mRecords, "layout");
     }
 
 private:
@@ -268,9 +276,6 @@ std::vector<tFinding> CDocumentChecker::CheckLibrary(std::span<const unsigned ch
     records.Expect(CRecordChecker::Join({LibraryFormat::kCodes, LibraryFormat::kWidths, LibraryFormat::kTexts}),
                    {CElementChecker::kHeaderKey});
     CElementChecker(records, nullptr).CheckElements(count, 0, countOffset, LibraryFormat::kNumElements.key);
-    if (!records.IsLost() && records.GetBytesLeft() > 0) {
-        records.Report(records.GetPosition(), 0,
-                       Count(static_cast<long long>(records.GetBytesLeft())) + " bytes behind the end of the library");
-    }
+    ReportRest(records, "library");
     return findings;
 }

@@ -128,14 +128,37 @@ bool CRecordChecker::ExpectOne(const tRecord& record, std::initializer_list<int>
     return fixed == 0 || mData.size() == fixed;
 }
 
-// Takes the record if it is there. Otherwise says so, and either leaves what stands there to the records that follow,
-// or passes over it when none of them knows it.
+bool CRecordChecker::HasRecordsOnly() const
+{
+    size_t at = mPosition;
+    while (mBytes.size() - at >= kRecordHeader) {
+        const size_t size = BigEndian::Unsigned16(&mBytes[at + 2]);
+        if (size > mBytes.size() - at - kRecordHeader) {
+            return false;
+        }
+        at += kRecordHeader + size;
+    }
+    return at == mBytes.size();
+}
+
+// Takes the record if it is there, behind others that nobody knows. Otherwise says so, and either leaves what stands
+// there to the records that follow, or passes over it when none of them knows it.
 bool CRecordChecker::FindRecord(const tRecord& record, std::initializer_list<int> follow,
                                 std::span<const tRecord> later)
 {
-    bool reported = false;
+    int foreignKey = -1; // of the first record that stands in the way
+    size_t foreignOffset = 0;
+    const auto reportForeign = [&](tFinding::eKind kind) {
+        if (foreignKey >= 0) {
+            Report(foreignOffset, record.key,
+                   Describe(record) + " was expected, key " + Number(foreignKey) + " was found" +
+                       (kind == tFinding::eKind::kOddity ? "; readers pass over it" : ""),
+                   kind);
+        }
+    };
     while (!mLost) {
         if (GetBytesLeft() < kRecordHeader) {
+            reportForeign(tFinding::eKind::kDamage);
             ReportEnd(record.key, Describe(record));
             return false;
         }
@@ -146,16 +169,18 @@ bool CRecordChecker::FindRecord(const tRecord& record, std::initializer_list<int
             std::find(follow.begin(), follow.end(), key) != follow.end() ||
             std::any_of(later.begin(), later.end(), [key](const tRecord& next) { return next.key == key; });
         if (key != record.key) {
-            if (!reported) {
-                Report(mPosition, record.key, Describe(record) + " was expected, key " + Number(key) + " was found");
-                reported = true;
+            if (foreignKey < 0) {
+                foreignKey = key;
+                foreignOffset = mPosition;
             }
             if (isKnownLater) {
+                reportForeign(tFinding::eKind::kDamage);
                 return false;
             }
         }
         if (size > GetBytesLeft() - kRecordHeader) {
-            if (key == record.key || !reported) {
+            reportForeign(tFinding::eKind::kDamage);
+            if (key == record.key) {
                 Report(mPosition, record.key,
                        Describe(record) + " claims " + Number(static_cast<long long>(size)) + " bytes, " +
                            Number(static_cast<long long>(GetBytesLeft() - kRecordHeader)) + " are left in the file");
@@ -166,6 +191,7 @@ bool CRecordChecker::FindRecord(const tRecord& record, std::initializer_list<int
         mData = mBytes.subspan(mPosition + kRecordHeader, size);
         mPosition += kRecordHeader + size;
         if (key == record.key) {
+            reportForeign(tFinding::eKind::kOddity); // where it belonged to a list, that list's count is wrong
             return true;
         }
     }

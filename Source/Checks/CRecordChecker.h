@@ -36,10 +36,12 @@ public:
     static std::vector<tRecord> Join(std::initializer_list<std::span<const tRecord>> tables);
 
     /// Checks the records of a table one after the other. A record that is missing is reported where the next one
-    /// stands, foreign ones are reported and passed over.
+    /// stands; foreign ones in front of one that is there are passed over, as readers do it, and noted.
     void Expect(std::span<const tRecord> table, std::initializer_list<int> follow);
     /// Checks one record. @return true when it was there, whole and of the right size; its data is then in Data()
     bool ExpectOne(const tRecord& record, std::initializer_list<int> follow);
+    /// Whether what is left of the file is whole records.
+    bool HasRecordsOnly() const;
     std::span<const unsigned char> Data() const { return mData; }
     int32_t DataAsInt() const;
     std::string DataAsText() const;

@@ -215,10 +215,14 @@ TEST(DocumentCommands, SayInOneLineWhatCannotBeListed)
 {
     const std::string text = WriteTestFile("text", "no document\n");
     const std::string version = WriteTestFile("version", std::string("RSet\0\0\0\x07", 8));
+    const std::string unclosed = WriteStock(TestPath("unclosed.xml"), "\n<StockItem></Stock>");
+    const std::string latin = WriteStock(TestPath("latin.xml"), "<Count>\xFF</Count>");
     const std::vector<std::string> cases[] = {{"library", text, "is not a track library"},
                                               {"library", version, "version of the track library is not supported"},
                                               {"library", "/nowhere", "No such file or directory"},
                                               {"stock", text, "is not a stock file"},
+                                              {"stock", unclosed, "line 3: "},
+                                              {"stock", latin, "line 2: there are bytes"},
                                               {"parts", text, "is not a layout document"},
                                               {"check", text, "is no layout, track library or stock file"}};
     for (const auto& wrong : cases) {

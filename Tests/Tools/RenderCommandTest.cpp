@@ -67,6 +67,58 @@ TEST(Render, ReplacesFilesOnlyAsAWholeAndWhenTold)
     EXPECT_TRUE(RunVelmora({"render", "--format", "png", "-"}, ReadFile(kOval)).out == drawn);
 }
 
+TEST(Render, GivesEachLayoutOfManyAPictureOfItsOwn)
+{
+    const std::string folder = MakeFolder("many");
+    for (const char* name : {"/in/plan.velmora", "/in/sub/plan.VELMORA", "/in/sub/no ending", "/other/plan.velmora"}) {
+        WriteFile(folder + name, ReadFile(kOval));
+    }
+    WriteFile(folder + "/in/bad.velmora", "WkSt");
+    WriteFile(folder + "/out/plan-2.svg", "precious");
+    const std::vector<std::string> run = {"render",
+                                          "--json",
+                                          "--output-dir",
+                                          folder + "/out",
+                                          "-j2",
+                                          folder + "/in",
+                                          folder + "/other/plan.velmora",
+                                          folder + "/other"};
+    const tProgramResult result = RunVelmora(run);
+    EXPECT_EQ(result.status, 1);
+    const auto records = ParseLines(result.out);
+    const std::pair<std::string, std::string> expected[] = {{"/in/bad.velmora", ""},
+                                                            {"/in/plan.velmora", "/out/plan.svg"},
+                                                            {"/in/sub/no ending", "/out/sub/no ending.svg"},
+                                                            {"/in/sub/plan.VELMORA", "/out/sub/plan.svg"},
+                                                            {"/other/plan.velmora", ""},
+                                                            {"/other/plan.velmora", "/out/plan-3.svg"}};
+    ASSERT_EQ(records.size(), std::size(expected)) << result.out << result.err;
+    for (size_t i = 0; i < records.size(); ++i) {
+        const auto& [path, file] = expected[i];
+        EXPECT_EQ(records[i]["path"], folder + path);
+        EXPECT_EQ(records[i]["ok"], !file.empty());
+        EXPECT_EQ(records[i].value("output", folder), folder + file);
+        EXPECT_TRUE(file.empty() || ReadFile(folder + file).find("<svg") != std::string::npos) << file;
+    }
+    EXPECT_EQ(records[1]["width"], 1600);
+    EXPECT_EQ(records[4]["error"]["code"], "output");
+    EXPECT_EQ(ReadFile(folder + "/out/plan-2.svg"), "precious");
+
+    const tProgramResult small =
+        RunVelmora({"thumbnail", "--output-dir", folder + "/out", folder + "/in/plan.velmora", "--files-from", "-"},
+                   folder + "/other/plan.velmora\r\n");
+    EXPECT_EQ(small.status, 0) << small.err;
+    EXPECT_EQ(SizeOf(ReadFile(folder + "/out/plan.png")), SizeOf(ReadFile(folder + "/out/plan-2.png")));
+    for (const std::vector<std::string>& wrong :
+         std::vector<std::vector<std::string>>{{"render", "--json", kOval},
+                                               {"render", "--files-from", "-", kOval},
+                                               {"render", "--output-dir", folder, "-"},
+                                               {"render", "--output-dir", folder, "-o", "x.svg", kOval},
+                                               {"thumbnail", "--output-dir", folder}}) {
+        EXPECT_EQ(RunVelmora(wrong).status, 2) << wrong[1];
+    }
+}
+
 TEST(Render, DrawsTheLayersNamed)
 {
     const auto record = ParseLines(RunVelmora({"import", "--format", "json", kTerminus}).out).at(0);

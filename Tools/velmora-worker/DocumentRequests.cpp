@@ -1,4 +1,5 @@
 // Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
+#include "CXMLDocument/UXMLFile.h"
 #include "Checks/CDocumentChecker.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
@@ -77,6 +78,17 @@ bool LooksLikeXML(const std::vector<unsigned char>& bytes)
     return first != bytes.end() && *first == '<';
 }
 
+/// Why a file is no XML, to stand behind something else; empty for a file that is.
+std::string DescribeXMLProblem(const std::string& path)
+{
+    std::string bytes;
+    UXMLFile::ReadBytes(path, bytes);
+    const tXMLProblem problem = UXMLFile::FindProblem(bytes);
+    return problem.text.empty()
+               ? std::string()
+               : ": " + (problem.line > 0 ? "line " + std::to_string(problem.line) + ": " : "") + problem.text;
+}
+
 /// Reads the entries of a stock file, in UTF-8, up to the first that is none.
 /// @param entries  receives their number
 /// @param problem  what is wrong with it; empty when all is well
@@ -93,7 +105,7 @@ bool ReadStock(const std::string& path, const CStock::tUseEntry& use, size_t& en
     case CStock::eFileState::kUnreadable:
         return false;
     case CStock::eFileState::kNoStock:
-        problem = "is not a stock file";
+        problem = "is not a stock file" + DescribeXMLProblem(path);
         break;
     case CStock::eFileState::kBadEntry:
         problem = "entry " + std::to_string(entries + 1) + " lacks its product number or its library";

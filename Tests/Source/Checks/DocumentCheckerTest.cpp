@@ -117,10 +117,11 @@ void ExpectEveryFlipFound(
                 tBytes damaged = sound;
                 damaged[at] = static_cast<unsigned char>(damaged[at] ^ flip);
                 const std::vector<tFinding> findings = check(damaged);
-                const bool found = std::any_of(findings.begin(), findings.end(), [&](const tFinding& finding) {
-                    return finding.kind == tFinding::eKind::kDamage && finding.offset >= place.begin &&
-                           finding.offset < reach;
-                });
+                const auto isDamage = [](const tFinding& one) { return one.kind == tFinding::eKind::kDamage; };
+                const bool found = std::any_of(findings.begin(), findings.end(), isDamage) &&
+                                   std::any_of(findings.begin(), findings.end(), [&](const tFinding& finding) {
+                                       return finding.offset >= place.begin && finding.offset < reach;
+                                   });
                 ASSERT_TRUE(found) << "byte " << at << " ^ " << flip << " of the record " << place.key << " at "
                                    << place.begin << "\n"
                                    << Describe(findings);
@@ -178,7 +179,14 @@ TEST(CDocumentChecker, SaysWhatReadersPassOver)
     const unsigned char record[] = {0x7F, 0x00, 0x00, 0x01, 0x55};
     const size_t at = placeOf(404)->begin;
     unknown.insert(unknown.begin() + static_cast<long>(at), std::begin(record), std::end(record));
-    EXPECT_EQ(check(unknown), std::to_string(at) + ": record 404 (description) was expected, key 32512 was found\n");
+    unknown.insert(unknown.end(), std::begin(record), std::end(record)); // and another behind the end
+    const std::vector<tFinding> notes = CDocumentChecker::CheckLayout(unknown);
+    EXPECT_EQ(
+        Describe(notes),
+        std::to_string(at) + ": record 404 (description) was expected, key 32512 was found; readers pass over it\n" +
+            std::to_string(unknown.size() - 5) + ": 5 bytes behind the end of the layout; readers pass over them\n");
+    EXPECT_TRUE(std::all_of(notes.begin(), notes.end(),
+                            [](const tFinding& note) { return note.kind == tFinding::eKind::kOddity; }));
 
     tBytes renamed = sound; // the second layer takes the first one's name; elements then name a layer that is gone
     const auto layer = std::find_if(placeOf(501) + 1, places.end(), [](const tPlace& p) { return p.key == 501; });

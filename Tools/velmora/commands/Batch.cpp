@@ -172,6 +172,9 @@ tRunHandlers CBatch::HandleReports(const tUseReport& use, COutput& output, CJSON
         }
         if (answer.ok) {
             use(input, answer, report);
+        }
+        if (answer.ok || answer.failure.kind == eFailure::kDamaged) {
+            // its user has written about it
         } else if (lines != nullptr) {
             lines->WriteFailure(input.path, answer.failure);
         } else if (!CannotServe()) { // else it has been said once
@@ -184,9 +187,12 @@ tRunHandlers CBatch::HandleReports(const tUseReport& use, COutput& output, CJSON
     return handlers;
 }
 
-int CBatch::RunForReports(tRequest request, const tUseReport& use, COutput& output, CJSONLines* lines, const char* done)
+int CBatch::RunForReports(tRequest request, const tUseReport& use, COutput& output, CJSONLines* lines, const char* done,
+                          std::function<bool(tInput&)> isWantedOpen)
 {
-    return Run(std::move(request), HandleReports(use, output, lines), output, done);
+    tRunHandlers handlers = HandleReports(use, output, lines);
+    handlers.isWantedOpen = std::move(isWantedOpen);
+    return Run(std::move(request), std::move(handlers), output, done);
 }
 
 int CBatch::AskBesides(tRequest request, const std::vector<std::string>& paths, const tUseReport& use, COutput& output,

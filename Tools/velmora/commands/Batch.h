@@ -57,14 +57,17 @@ public:
     /// @return an eExitCode
     int Run(tRequest request, tRunHandlers handlers, COutput& output, const char* done);
 
-    /// What is to be done with a good document's report. The answer may be made a failure, which then counts.
+    /// What is to be done with a good document's report. The answer may be made a failure, which then is
+    /// reported and counts; but for damage, which is not reported once more.
     using tUseReport = std::function<void(const tInput& input, tAnswer& answer, const CReport& report)>;
 
     /// Run, for what is answered with reports: says what fails, and ends early when nothing more can be written.
     /// @param request  the verb, and what belongs to it
     /// @param use      for each good document, in the order of the inputs
     /// @param lines    where failures become records; null for messages to people
-    int RunForReports(tRequest request, const tUseReport& use, COutput& output, CJSONLines* lines, const char* done);
+    /// @param isWantedOpen  as a run's handler
+    int RunForReports(tRequest request, const tUseReport& use, COutput& output, CJSONLines* lines, const char* done,
+                      std::function<bool(tInput&)> isWantedOpen = {});
 
     /// Asks the same workers about files besides those of the options, in their order and without a summary.
     /// @return an eExitCode

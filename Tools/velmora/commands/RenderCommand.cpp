@@ -1,16 +1,14 @@
 // velmora render and velmora thumbnail: the picture of a layout.
 #include "Bounds.h"
 #include "ExitCodes.h"
-#include "commands/CReport.h"
-#include "commands/CommandLine.h"
-#include "input/CDocumentSource.h"
-#include "output/COutput.h"
+#include "commands/Batch.h"
+#include "output/CPictureNames.h"
 #include "output/CReplacedFile.h"
 #include "output/Escapes.h"
-#include "pool/CWorkerPool.h"
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <optional>
 #include <unistd.h>
 
@@ -19,10 +17,15 @@ constexpr const char* kStyles[] = {"line", "filled", "plan", "bed", "sleepers"};
 
 const char* const kNoSize = "--size is WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
 
-struct tRenderOptions : tWorkerOptions {
-    std::vector<std::string> paths;  ///< of layouts; there must be one
+/// What render and thumbnail have in common.
+struct tPictureOptions : tBatchOptions {
+    std::string outputFolder; ///< for a picture of each layout; empty for one picture
+    bool json = false;        ///< say what was drawn
+};
+
+struct tRenderOptions : tPictureOptions {
     std::string output;              ///< the file the picture goes to; empty or "-" for standard output
-    bool force = false;              ///< the file may be there already
+    bool force = false;              ///< files may be there already
     std::string format;              ///< empty for what the file's name says
     std::string size;                ///< "WxH"; empty for the usual one
     std::string style;               ///< name of a track style; empty for the layout's own
@@ -31,9 +34,8 @@ struct tRenderOptions : tWorkerOptions {
     bool grid = false;               ///< a grid is drawn
 };
 
-struct tThumbnailOptions : tWorkerOptions {
-    std::vector<std::string> paths; ///< of the layout, and of the picture
-    std::string size = "256";       ///< of a side
+struct tThumbnailOptions : tPictureOptions {
+    std::string size = "256"; ///< of a side
 };
 
 bool ParseNumber(std::string_view text, uint32_t most, uint32_t& number)
@@ -75,49 +77,9 @@ bool GoesToStandardOutput(const std::string& output)
     return output.empty() || output == "-";
 }
 
-/// Asks a worker for the picture of one document.
-/// @return an exit status; the picture and the report are set for kExitOK
-int AskForPicture(const tWorkerOptions& options, const std::string& path, const tPictureWish& wish, tAnswer& answer)
-{
-    const auto fail = [](const std::string& message) {
-        COutput::PrintMessage(Escapes::ForTerminal(message));
-        return static_cast<int>(kExitFailed);
-    };
-    CDocumentSource source({path});
-    tInput input;
-    if (!source.Next(input) || input.path != path) {
-        return fail(path + ": is a folder, not a layout");
-    }
-    if (input.failure) {
-        return fail(input.path + ": " + input.failure->message);
-    }
-    std::optional<tFailure> cannotServe;
-    tWorkerSettings settings = GetWorkerSettings(options, cannotServe);
-    settings.draws = true;
-    CWorkerPool pool(std::move(settings), options.timeoutSeconds, 1);
-    tFailure failure;
-    if (!cannotServe && pool.WaitUntilReady(failure) == CWorkerPool::eResult::kFailed) {
-        cannotServe = failure;
-    }
-    if (cannotServe) {
-        return fail(cannotServe->message);
-    }
-    uint64_t ticket = 0;
-    tRequest request;
-    request.verb = eVerb::kRender;
-    request.picture = wish;
-    pool.Submit(1, std::move(request), std::move(input.document));
-    if (pool.Collect(ticket, answer) == CWorkerPool::eResult::kInterrupted) {
-        return kExitInterrupted;
-    }
-    return answer.ok ? static_cast<int>(kExitOK) : fail(input.path + ": " + answer.failure.message);
-}
-
 /// Says what the picture does not show.
-void PrintLeftOut(const std::string& path, const std::string& text)
+void PrintLeftOut(const std::string& path, const CReport& report)
 {
-    CReport report;
-    CReport::Parse(text, report);
     const auto print = [&](long long count, const char* one, const char* many) {
         if (count > 0) {
             COutput::PrintMessage(Escapes::ForTerminal(path) + ": " + std::to_string(count) + " " +
@@ -134,27 +96,123 @@ void PrintLeftOut(const std::string& path, const std::string& text)
           "labels have no room; a larger --size shows more of them");
 }
 
-int WritePicture(const std::string& path, const std::string& bytes, bool mayReplace)
+const char* NameOf(ePictureKind kind)
+{
+    return kind == ePictureKind::kSVG ? "svg" : kind == ePictureKind::kPDF ? "pdf" : "png";
+}
+
+/// A record of a picture that was written.
+JSON::tRecord Describe(const tInput& input, ePictureKind kind, const CReport& report)
+{
+    JSON::tRecord record;
+    JSON::PutPath(record, "path", input.path);
+    record["ok"] = true;
+    JSON::PutPath(record, "output", input.note);
+    record["format"] = NameOf(kind);
+    for (const char* number : {"width", "height", "elements", "strays", "simplified", "left_out", "labels_left_out"}) {
+        record[number] = report.GetNumber(number);
+    }
+    return record;
+}
+
+/// Writes a picture where it belongs. @return empty, or why it could not be written
+std::string WritePicture(const std::string& path, const std::string& bytes, bool mayReplace, COutput& output)
 {
     if (GoesToStandardOutput(path)) {
-        COutput output(STDOUT_FILENO);
         output.Write(bytes);
-        return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
+        return {};
     }
     const std::string problem = CReplacedFile::Write(path, bytes, mayReplace);
-    if (!problem.empty()) {
-        COutput::PrintMessage(Escapes::ForTerminal(path + ": " + problem));
+    return problem.empty() ? problem : path + ": " + problem;
+}
+
+/// Makes the folder for pictures if it is not there. @return false, with what is wrong said, when it cannot be had
+bool MakeFolder(const std::string& folder)
+{
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::create_directories(folder, error) && error) {
+        COutput::PrintMessage(Escapes::ForTerminal(folder) + ": the folder cannot be made: " + error.message());
+        return false;
+    }
+    return true;
+}
+
+/// Draws each layout that the options name.
+/// @param file  where the picture goes, there being one; with a folder in the options, not used
+int DrawAll(const tPictureOptions& options, const tPictureWish& wish, const std::string& file, bool mayReplace)
+{
+    const bool isSingle = options.outputFolder.empty();
+    std::error_code error;
+    if (isSingle && std::filesystem::is_directory(options.paths[0], error)) {
+        COutput::PrintMessage(Escapes::ForTerminal(options.paths[0]) +
+                              ": is a folder, not a layout; --output-dir draws all that are in it");
         return kExitFailed;
     }
-    return kExitOK;
+    CBatch batch(options);
+    if (const std::optional<int> status = batch.Begin([](tWorkerSettings& settings) { settings.draws = true; })) {
+        return *status;
+    }
+    if (!MakeFolder(options.outputFolder)) {
+        return kExitFailed;
+    }
+    CPictureNames names(options.outputFolder, NameOf(wish.kind));
+    const auto chooseFile = [&](tInput& input) {
+        input.note = isSingle ? file : names.Take(input);
+        if (!mayReplace && !GoesToStandardOutput(input.note) && CReplacedFile::IsRegular(input.note)) {
+            input.failure =
+                MakeFailure(eFailure::kOutput, input.note + ": exists already; --force replaces it").failure;
+        }
+        return true;
+    };
+    COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
+    const auto use = [&](const tInput& input, tAnswer& answer, const CReport& report) {
+        if (!isSingle) { // the picture of a layout in a folder below; what is wrong shows where the file is made
+            std::filesystem::create_directories(std::filesystem::path(input.note).parent_path(), error);
+        }
+        const std::string problem = WritePicture(input.note, answer.picture, mayReplace, output);
+        if (!problem.empty()) {
+            answer = MakeFailure(eFailure::kOutput, problem);
+        } else if (options.json) {
+            lines.Write(Describe(input, wish.kind, report));
+        } else {
+            PrintLeftOut(input.path, report);
+        }
+    };
+    const tRequest request = {eVerb::kRender, {}, wish};
+    return FinishOutput(
+        output, batch.RunForReports(request, use, output, options.json ? &lines : nullptr, "drawn", chooseFile));
+}
+
+void AddPictureOptions(CParser& parser, tPictureOptions& options, const std::string& pathHelp)
+{
+    AddBatchOptions(parser, options, pathHelp);
+    parser.Add("--output-dir", options.outputFolder, "A folder for a picture of each layout, named like it")
+        .Named("DIR");
+    parser.AddFlag("--json", options.json, "Tell what was drawn: a JSON object a line for each layout");
+}
+
+/// What is wrong with the options that name documents and pictures; empty for nothing.
+std::string CheckPictureOptions(const tPictureOptions& options, bool goesToStandardOutput)
+{
+    if (options.outputFolder.empty()) {
+        return goesToStandardOutput && options.json
+                   ? "--json goes to standard output, where the picture is: give it a file or --output-dir"
+               : options.filesFrom.empty() ? ""
+                                           : "pictures of a list of layouts need a folder: --output-dir";
+    }
+    if (std::find(options.paths.begin(), options.paths.end(), "-") != options.paths.end()) {
+        return "standard input has no name that its picture could have";
+    }
+    return CheckBatchOptions(options, "draw");
 }
 
 void AddRenderOptions(CParser& parser, tRenderOptions& options)
 {
-    parser.Add("LAYOUT", options.paths, "The layout; - is standard input");
+    AddPictureOptions(parser, options, "The layout; - is standard input. With --output-dir layouts and folders");
     parser.Add("-o,--output", options.output, "The file to write; - is standard output, as without this option")
         .Named("FILE");
-    parser.AddFlag("-f,--force", options.force, "Replace the file if it is there already");
+    parser.AddFlag("-f,--force", options.force, "Replace files that are there already");
     AddFormatOption(parser, options.format, {"svg", "png", "pdf"},
                     "svg, png or pdf; by the output's name if not given, else svg");
     parser
@@ -171,15 +229,22 @@ void AddRenderOptions(CParser& parser, tRenderOptions& options)
     parser.Add("--style", options.style, "line, filled, plan, bed or sleepers; the layout's own if not given")
         .OneOf(std::vector<std::string>(std::begin(kStyles), std::end(kStyles)))
         .Named("STYLE");
-    AddWorkerOptions(parser, options);
 }
 
 std::string CheckRender(const tRenderOptions& options)
 {
     uint32_t width = 0;
     uint32_t height = 0;
-    if (options.paths.size() != 1) {
-        return options.paths.empty() ? "name the layout to draw" : "name one layout: a picture shows one";
+    const std::string wrong = CheckPictureOptions(options, GoesToStandardOutput(options.output));
+    if (!wrong.empty()) {
+        return wrong;
+    }
+    if (options.outputFolder.empty() && options.paths.size() != 1) {
+        return options.paths.empty() ? "name the layout to draw"
+                                     : "a picture shows one layout; --output-dir draws one of each";
+    }
+    if (!options.outputFolder.empty() && !options.output.empty()) {
+        return "--output is for one picture, --output-dir for many: one of them, please";
     }
     if (!options.size.empty() && !ParseSize(options.size, width, height)) {
         return kNoSize;
@@ -194,14 +259,10 @@ int RunRender(const tRenderOptions& options)
 {
     tPictureWish wish;
     wish.kind = FindKind(options).value_or(ePictureKind::kSVG);
-    if (GoesToStandardOutput(options.output) && wish.kind != ePictureKind::kSVG && isatty(STDOUT_FILENO) != 0) {
+    if (options.outputFolder.empty() && GoesToStandardOutput(options.output) && wish.kind != ePictureKind::kSVG &&
+        isatty(STDOUT_FILENO) != 0) {
         COutput::PrintMessage("a picture of this format is nothing for a terminal; name a file with -o");
         return kExitUsage;
-    }
-    if (!options.force && !GoesToStandardOutput(options.output) &&
-        CReplacedFile::IsRegular(options.output)) { // said before the work is done
-        COutput::PrintMessage(Escapes::ForTerminal(options.output) + ": exists already; --force replaces it");
-        return kExitFailed;
     }
     if (!options.size.empty()) {
         ParseSize(options.size, wish.width, wish.height);
@@ -210,27 +271,24 @@ int RunRender(const tRenderOptions& options)
     wish.hasGrid = options.grid;
     wish.style = options.style;
     wish.layers = options.layers;
-    tAnswer answer;
-    const int status = AskForPicture(options, options.paths[0], wish, answer);
-    if (status != kExitOK) {
-        return status;
-    }
-    PrintLeftOut(options.paths[0], answer.report);
-    return WritePicture(options.output, answer.picture, options.force);
+    return DrawAll(options, wish, options.output, options.force);
 }
 
 void AddThumbnailOptions(CParser& parser, tThumbnailOptions& options)
 {
-    parser.Add("INPUT OUTPUT", options.paths, "The layout, and the PNG file to write");
+    AddPictureOptions(parser, options, "The layout, and the PNG file to write. With --output-dir layouts and folders");
     parser.Add("--size", options.size, "Pixels of a side, at most 2048 (default 256)").Named("N");
-    AddWorkerOptions(parser, options);
 }
 
 std::string CheckThumbnail(const tThumbnailOptions& options)
 {
     uint32_t side = 0;
-    if (options.paths.size() != 2) {
-        return "name the layout and the file to write";
+    const std::string wrong = CheckPictureOptions(options, false);
+    if (!wrong.empty()) {
+        return wrong;
+    }
+    if (options.outputFolder.empty() && options.paths.size() != 2) {
+        return "name the layout and the file to write, or layouts and --output-dir";
     }
     return ParseNumber(options.size, Bounds::kMostThumbnailSide, side) ? ""
                                                                        : "--size is a number of pixels, at most 2048";
@@ -242,17 +300,21 @@ int RunThumbnail(const tThumbnailOptions& options)
     ParseNumber(options.size, Bounds::kMostThumbnailSide, wish.width);
     wish.height = wish.width;
     wish.isThumbnail = true;
-    tAnswer answer;
-    const int status = AskForPicture(options, options.paths[0], wish, answer);
-    // A file manager has made the file already.
-    return status == kExitOK ? WritePicture(options.paths[1], answer.picture, true) : status;
+    tThumbnailOptions drawn = options;
+    const std::string file = options.outputFolder.empty() ? options.paths[1] : std::string();
+    if (!file.empty()) {
+        drawn.paths.pop_back();
+    }
+    return DrawAll(drawn, wish, file, true); // a file manager has made the file already
 }
 } // namespace
 
 const tCommand kRenderCommand = {"render", "Draw a layout as SVG, PNG or PDF",
                                  "  velmora render -o plan.png plan.velmora\n"
-                                 "  velmora render --labels --grid --layer Track -o plan.pdf plan.velmora\n",
+                                 "  velmora render --labels --grid --layer Track -o plan.pdf plan.velmora\n"
+                                 "  velmora render --output-dir ~/Plans --format png ~/Layouts\n",
                                  CallCommand<tRenderOptions, AddRenderOptions, RunRender, CheckRender>};
 const tCommand kThumbnailCommand = {"thumbnail", "Draw a layout as a small square picture, for file managers",
-                                    "  velmora thumbnail --size 256 plan.velmora plan.png\n",
+                                    "  velmora thumbnail --size 256 plan.velmora plan.png\n"
+                                    "  velmora thumbnail --output-dir ~/Thumbnails ~/Layouts\n",
                                     CallCommand<tThumbnailOptions, AddThumbnailOptions, RunThumbnail, CheckThumbnail>};

@@ -91,6 +91,7 @@ static tFileStatus MakeStatus(const struct stat& status)
 bool CDocumentSource::TakeFile(int folder, std::string name, tInput& input)
 {
     struct stat status = {};
+    input.ownPart = name.find_last_of('/') + 1; // npos + 1 is 0
     if (fstatat(folder, name.c_str(), &status, 0) != 0) {
         return Fail(input, CannotOpen(errno));
     }
@@ -363,6 +364,7 @@ bool CDocumentSource::FindInFolder(tInput& input)
                Fail(input, NoRegularFile(status.st_mode));
     }
     input.status = MakeStatus(status);
+    input.ownPart = mFolders.front().path.size() + (mFolders.front().path.back() == '/' ? 0 : 1);
     if (!IsWanted(input) || !(DocumentNames::HasExtension(name) || HasMagic(descriptor, name))) {
         return false;
     }

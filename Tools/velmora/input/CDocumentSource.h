@@ -28,6 +28,7 @@ struct tInput {
     tFileStatus status;   ///< by its name when it was found; once opened, of the file that was opened
     CDescriptor document; ///< a regular file; not open before Open, and when failure is set
     std::optional<tFailure> failure;
+    size_t ownPart = 0; ///< where in the path the name of a named file begins, or what lies below a named folder
     std::string note; ///< for whoever handles the input, empty at first
 };
 

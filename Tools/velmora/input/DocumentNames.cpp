@@ -16,6 +16,12 @@ bool DocumentNames::HasExtension(std::string_view name)
     });
 }
 
+std::string DocumentNames::WithoutExtension(std::string name)
+{
+    name.resize(name.size() - (HasExtension(name) ? kExtension.size() : 0));
+    return name;
+}
+
 std::string DocumentNames::NameOfFile(const std::string& path)
 {
     return path.substr(path.find_last_of('/') + 1); // npos + 1 is 0

@@ -9,6 +9,9 @@ namespace DocumentNames {
 /// Whether a name has something in front of ".velmora", in either case.
 bool HasExtension(std::string_view name);
 
+/// A name, or a path, without the ".velmora" at its end, if it has one.
+std::string WithoutExtension(std::string name);
+
 /// The last component of a path.
 std::string NameOfFile(const std::string& path);
 

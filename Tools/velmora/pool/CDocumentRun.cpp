@@ -110,6 +110,9 @@ void CDocumentRun::Begin(tInput input)
         ++mCounts.skipped;
         return;
     }
+    if (input.failure) { // also one that was found by who wanted it: many may wait for their turn
+        input.document.Reset();
+    }
     const uint64_t ticket = mFirstTicket + mRecords.size();
     tRecord& record = mRecords.emplace_back();
     record.input = std::move(input);

@@ -24,7 +24,8 @@ struct tRunHandlers {
     /// Whether a file is wanted: asked with its path and status, before anything has opened it.
     CDocumentSource::tFilter isWanted;
     /// Whether a document is wanted after all: asked once it is open, before a worker gets it. May read it (pread: its
-    /// position belongs to the worker), and leave a note in the input, which comes back with the answer.
+    /// position belongs to the worker), leave a note in the input, which comes back with the answer, and set a failure,
+    /// which then is the answer.
     std::function<bool(tInput& input)> isWantedOpen;
     /// Once for every input that was not skipped, in the order of the inputs. The document is not open any more.
     /// @return false to end the run
