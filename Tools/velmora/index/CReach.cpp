@@ -112,7 +112,7 @@ void CReach::Keep(tPlace place, tKept::eWhy why, const tCensus& census, bool rem
     const bool isAbsent = why != tKept::eWhy::kTooMany;
     const bool isNew = isAbsent ? !place.isAbsent : place.held == 0;
     place.held = place.held > 0 ? place.held : census.known;
-    mKept.push_back({place.path, why, census.missing, place.held, isNew});
+    mKept.push_back({place.path, why, census.missing, std::max(place.held, census.known), isNew});
     mDatabase.KeepBelow(place.path);
     if (isAbsent) { // whether its folders can be read is not known
         mDatabase.RemoveUnreadable(place.path, true);

@@ -28,7 +28,7 @@ struct tKept {
     std::string path; ///< of the folder, or the document that was named
     eWhy why = eWhy::kNotThere;
     int64_t documents = 0;
-    int64_t known = 0;  ///< documents of the folder when all was there
+    int64_t known = 0;  ///< documents of the folder, with these
     bool isNew = false; ///< it was not so at the last run
 };
 
