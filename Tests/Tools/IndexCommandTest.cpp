@@ -157,7 +157,7 @@ TEST(IndexCommand, KeepsWhatIsOutOfReach)
         {"an empty mount point",
          [&] { fs::create_directory(disk), callFileSystem("other"); },
          {"--remove-missing"},
-         "another file system",
+         "/disk is not reachable",
          62,
          false},
         {"another disk", [&] { make(disk, 101, 250); }, {"--remove-missing"}, "another file system", 212, false},

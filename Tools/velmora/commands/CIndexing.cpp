@@ -5,6 +5,7 @@
 #include "Interrupt.h"
 #include "index/ContentHash.h"
 #include "index/LiesIn.h"
+#include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
@@ -278,17 +279,17 @@ void CIndexing::PrintSummary(const CIndexRun& run, bool isSilent) const
     }
     COutput output(STDOUT_FILENO);
     if (mOptions.format == "json") {
-        output.Write(JSON::ToLine({{"added", summary.added},
-                                   {"changed", summary.changed},
-                                   {"unchanged", summary.unchanged},
-                                   {"removed", summary.removed},
-                                   {"failed", summary.failed},
-                                   {"known_failed", summary.knownFailed},
-                                   {"new_failed", summary.newFailed},
-                                   {"kept", kept},
-                                   {"opened", summary.opened},
-                                   {"documents", documents},
-                                   {"seconds", seconds}}));
+        CJSONLines(output).Write({{"added", summary.added},
+                                  {"changed", summary.changed},
+                                  {"unchanged", summary.unchanged},
+                                  {"removed", summary.removed},
+                                  {"failed", summary.failed},
+                                  {"known_failed", summary.knownFailed},
+                                  {"new_failed", summary.newFailed},
+                                  {"kept", kept},
+                                  {"opened", summary.opened},
+                                  {"documents", documents},
+                                  {"seconds", seconds}});
     } else if (!mOptions.quiet && !isSilent) {
         char text[512];
         snprintf(text, sizeof text,

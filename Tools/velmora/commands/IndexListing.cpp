@@ -2,6 +2,7 @@
 #include "ExitCodes.h"
 #include "commands/IndexOptions.h"
 #include "index/FileSystemName.h"
+#include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
 #include "output/JSON.h"
@@ -49,7 +50,7 @@ int ShowStatus(CIndexDatabase& index, bool json)
             entry["kept"] = place.held > 0;
             record[place.isRoot ? "roots" : "mount_points"].push_back(std::move(entry));
         }
-        output.Write(JSON::ToLine(record));
+        CJSONLines(output).Write(record);
         return Print(output);
     }
     char size[32];
@@ -78,17 +79,19 @@ int ShowStatus(CIndexDatabase& index, bool json)
 int ListFailed(CIndexDatabase& index, bool json)
 {
     COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
     index.ForEachFailed([&](const tFailedDocument& document) {
         if (json) {
             JSON::tRecord record;
             JSON::PutPath(record, "path", document.path);
+            record["ok"] = false;
             record["error"] = JSON::DescribeFailure(document.failure.code, document.failure.message);
             record["time"] = document.failure.time;
             record["searchable"] = document.searchable;
             if (document.isFolder) {
                 record["folder"] = true;
             }
-            output.Write(JSON::ToLine(record));
+            lines.Write(record);
         } else {
             output.Write(Escapes::ForTerminal(document.path) + ": " + Escapes::ForTerminal(document.failure.message) +
                          " (" + DescribeTime(document.failure.time) +
@@ -102,6 +105,7 @@ int ListFailed(CIndexDatabase& index, bool json)
 int ForgetPaths(CIndexDatabase& index, const tIndexOptions& options)
 {
     COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
     bool allKnown = true;
     for (const std::string& named : options.forget) {
         std::string path = ResolvePath(named);
@@ -123,7 +127,7 @@ int ForgetPaths(CIndexDatabase& index, const tIndexOptions& options)
             } else {
                 record["error"] = JSON::DescribeFailure("path", unknown);
             }
-            output.Write(JSON::ToLine(record));
+            lines.Write(record);
         } else if (documents && !options.quiet) {
             output.Write(Escapes::ForTerminal(path) + " is forgotten: " + std::to_string(*documents) +
                          (*documents == 1 ? " document has left the index\n" : " documents have left the index\n"));

@@ -61,7 +61,7 @@ bool CReach::Judge(const std::string& path, eTrust trust)
         !isPlace || trust == eTrust::kWitnessed || (trust == eTrust::kAsked && now == place.fileSystem);
     const int64_t held = isPlace && place.held > 0 ? place.held : census.known;
     std::optional<tKept::eWhy> why;
-    if (isUnknown) {
+    if (isUnknown || (isElsewhere && census.missing > 0 && census.seen == 0)) { // there is an empty mount point
         why = tKept::eWhy::kNotThere;
     } else if (isElsewhere && census.missing * 2 > held) {
         why = tKept::eWhy::kElsewhere;
@@ -92,7 +92,7 @@ void CReach::JudgeMountPoints(const std::string& path)
         const std::string now = FileSystemName::Of(place.path);
         const tCensus census = now == place.fileSystem ? tCensus() : mDatabase.TakeCensus(place.path);
         if (census.missing * 2 > (place.held > 0 ? place.held : census.known)) {
-            Keep(place, now.empty() ? tKept::eWhy::kNotThere : tKept::eWhy::kElsewhere, census, true);
+            Keep(place, census.seen == 0 ? tKept::eWhy::kNotThere : tKept::eWhy::kElsewhere, census, true);
         } else if (now.empty() || now == FileSystemName::Of(FolderOf(place.path))) { // nothing is mounted any more
             mDatabase.RemovePlace(place.path);
         } else {

@@ -20,7 +20,7 @@ enum class eTrust {
 /// Documents that were not found, and are kept.
 struct tKept {
     enum class eWhy {
-        kNotThere,  ///< their folder is not
+        kNotThere,  ///< their folder is not, or has another file system without any document
         kEmpty,     ///< their folder holds no document any more
         kElsewhere, ///< their folder is on another file system than before
         kTooMany    ///< more than half of a folder's, and more than kFewMissing
