@@ -1,16 +1,9 @@
 #include "index/FileSystemName.h"
 
-#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <sys/stat.h>
-#if defined(__APPLE__)
-#include <sys/mount.h>
-#include <sys/param.h>
-#else
-#include <sys/vfs.h>
-#endif
+#include <sys/statvfs.h>
 
 /// The UUID of the file system on a device; empty when the system has no such list, or the device is none.
 static std::string FindUUID(dev_t device)
@@ -30,19 +23,15 @@ static std::string FindUUID(dev_t device)
 std::string FileSystemName::Of(const std::string& path)
 {
     struct stat status = {};
-    struct statfs system = {};
-    if (stat(path.c_str(), &status) != 0 || statfs(path.c_str(), &system) != 0) {
+    struct statvfs system = {};
+    if (stat(path.c_str(), &status) != 0 || statvfs(path.c_str(), &system) != 0) {
         return {};
     }
     const std::string uuid = FindUUID(status.st_dev);
     if (!uuid.empty()) {
         return uuid;
     }
-    uint64_t number = 0;
-    static_assert(sizeof system.f_fsid == sizeof number);
-    memcpy(&number, &system.f_fsid, sizeof number);
-    char text[64];
-    snprintf(text, sizeof text, "%llx-%016llx", static_cast<unsigned long long>(system.f_type),
-             static_cast<unsigned long long>(number));
+    char text[32];
+    snprintf(text, sizeof text, "%lx", static_cast<unsigned long>(system.f_fsid));
     return text;
 }
