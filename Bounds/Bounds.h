@@ -117,4 +117,6 @@ inline constexpr int kLeaveSeconds = 2;
 inline constexpr int kInterruptSeconds = 1;
 /// Milliseconds that a reader of the index waits at most, for a checkpoint or the making of the tables.
 inline constexpr int kIndexMilliseconds = 10000;
+/// Folders that are taken over from a broken index; nobody names so many.
+inline constexpr int kMostRescuedRoots = 10000;
 } // namespace Bounds

@@ -45,6 +45,7 @@ static void Read(const std::string& path)
     Try(path, [&] { index.GetStatus(); });
     Try(path, [&] { index.ForEachFailed([](const tFailedDocument&) { return true; }); });
     Try(path, [&] { index.Find("/a/1"); });
+    Try(path, [&] { index.IsReachable("/a/1"); });
     for (const char* expression : {"\"gleis\"", "name : \"ha\" * OR \"kai\"", "\"a\" AND \"b\""}) {
         Try(path, [&] { index.Count(expression, "/a"); });
         Try(path, [&] { index.Search(expression, {}, 5, [](const tFoundDocument&) { return true; }); });
@@ -59,9 +60,14 @@ static void Change(const std::string& path)
     });
     Try(path, [&] { index.StoreFailure({"/a/2", {1, 2, 3}, {}, "importer"}, {"4", "damaged", 9}); });
     Try(path, [&] { index.AddRoot("/a"); });
-    Try(path, [&] { index.RemoveUnseen("/a"); });
+    Try(path, [&] { index.RemoveUnseen("/a", {}); });
+    Try(path, [&] { index.StoreUnreadable("/a/b", {"1", "no", 9}); });
+    Try(path, [&] { index.StorePlace({"/a", "system", true, true, 9}); });
+    Try(path, [&] { index.TakeCensus("/a"); });
+    Try(path, [&] { index.CountUnseenFailures("/a"); });
+    Try(path, [&] { index.RemoveUnreadable("/a", false); });
+    Try(path, [&] { index.Forget("/a/1"); });
     Try(path, [&] { index.Commit(); });
-    Try(path, [&] { index.ForgetOrigins(); });
     Try(path, [&] { index.Optimize(); });
     Try(path, [&] { index.Commit(); });
 }
@@ -73,6 +79,7 @@ std::string Properties::Index(std::string_view input)
     Write(path, input);
     Try(path, [&] { Read(path); });
     Try(path, [&] { Change(path); });
+    Try(path, [&] { CIndexDatabase(path, eAccess::kRebuild, {0, true}).Commit(); });
     return {};
 }
 

@@ -25,7 +25,7 @@ import --format csv x = --format; import --timeout 0 x = --timeout; import --tim
 import --memory -1 x = --memory; import --tiemout=3 x = --tiemout; import --null x = --files-from;
 import --files-from - - = standard input; import --files-from /nonexistent = No such file;
 import --raw x = --name; import -d4 x = --detail; schema operand = operand; parts = nothing to add up;
-parts --no-stock --stock x x = --no-stock; index - = standard input; index --status x = only show;
+parts --no-stock --stock x x = --no-stock; index - = standard input; index --status x = read nothing;
 search = nothing to search for; search --cuont = --cuont)");
     for (std::string line; std::getline(wrong, line, ';');) {
         const size_t equals = line.find(" = ");

@@ -2,12 +2,14 @@
 #include "ExitCodes.h"
 #include "ProgramRun.h"
 #include "index/CIndexDatabase.h"
+#include "index/FileSystemName.h"
 #include "index/Tokenizer.h"
 #include "support/Random.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <chrono>
 #include <csignal>
+#include <future>
 #include <unistd.h>
 
 using tJSON = nlohmann::json;
@@ -107,15 +109,152 @@ TEST(IndexCommand, FollowsItsDocuments)
     EXPECT_EQ(Search(database, {"--limit", "1", "layer", "-nebenbahn"}),
               folder + "/a.velmora\n  Schmalspur\n  «Layer» 0\n");
 
-    // A folder above takes over, a folder that has gone takes its documents along.
+    // A folder above takes over.
     Index(database, {folder + "/.."}, kExitOK);
     const tJSON status = tJSON::parse(Velmora("index", database, {"--status", "--format", "json"}).out);
     ASSERT_EQ(status["roots"].size(), 1U);
     EXPECT_EQ(status["roots"][0]["path"], std::filesystem::path(folder).parent_path().string());
-    std::filesystem::remove_all(folder);
-    EXPECT_EQ(Search(database, {"--count", "nebenbahn"}), "1\n");
-    Index(database, {});
-    EXPECT_EQ(Search(database, {"--count", "nebenbahn"}), "0\n");
+}
+
+TEST(IndexCommand, KeepsWhatIsOutOfReach)
+{
+    namespace fs = std::filesystem;
+    const std::string place = MakeFolder("reach");
+    const std::string disk = place + "/disk";
+    const std::string away = place + "/away";
+    const std::string single = place + "/single.velmora";
+    const std::string database = place + "/index.db";
+    const auto make = [&](const std::string& folder, int first, int last) {
+        for (int i = first; i <= last; ++i) {
+            WriteFile(folder + "/" + std::to_string(i) + ".velmora", MakeLayout("plan " + std::to_string(i)));
+        }
+    };
+    const auto remove = [&](int first, int last) {
+        for (int i = first; i <= last; ++i) {
+            fs::remove(disk + "/" + std::to_string(i) + ".velmora");
+        }
+    };
+    const auto callFileSystem = [&](const std::string& name) { // as if the disk at hand were another one
+        SQLite::Database(database, SQLite::OPEN_READWRITE).exec("UPDATE place SET file_system = '" + name + "'");
+    };
+    const struct {
+        const char* what;
+        std::function<void()> before;
+        std::vector<std::string> options;
+        const char* said; ///< empty: all is well
+        int documents;
+        bool reachable; ///< number 60
+    } steps[] = {
+        {"all there",
+         [&] { make(disk, 1, 60), make(place + "/disk2", 1, 1), WriteFile(single, MakeLayout("plan")); },
+         {disk, single, place + "/disk2"},
+         "",
+         62,
+         true},
+        {"not mounted", [&] { fs::rename(disk, away); }, {}, "/disk is not reachable", 62, false},
+        {"said before", [] {}, {"--new-failures"}, "", 62, false},
+        {"a document there", [] {}, {disk + "/3.velmora"}, "3.velmora is not reachable", 62, false},
+        {"an empty mount point",
+         [&] { fs::create_directory(disk), callFileSystem("other"); },
+         {"--remove-missing"},
+         "/disk is not reachable",
+         62,
+         false},
+        {"another disk", [&] { make(disk, 101, 250); }, {"--remove-missing"}, "another file system", 212, false},
+        {"that is still there", [] {}, {}, "another file system", 212, false},
+        {"back",
+         [&] { fs::remove_all(disk), fs::rename(away, disk), callFileSystem(FileSystemName::Of(disk)); },
+         {"--remove-missing"},
+         "",
+         62,
+         true},
+        {"some gone", [&] { remove(1, 30); }, {}, "", 32, true},
+        {"most gone", [&] { remove(31, 55); }, {}, "25 of 30 documents are missing", 32, true},
+        {"and more new ones", [&] { make(disk, 300, 340); }, {}, "25 of 30 documents are missing", 73, true},
+        {"as meant", [] {}, {"--remove-missing"}, "", 48, true},
+        {"moved",
+         [&] {
+             fs::create_directory(place + "/sub"), fs::rename(disk, place + "/sub/x"), fs::rename(place + "/sub", disk),
+                 make(disk, 60, 60);
+         },
+         {},
+         "",
+         49,
+         true},
+        {"emptied", [&] { fs::remove_all(disk), fs::create_directory(disk); }, {}, "holds no documents", 49, false},
+        {"a document removed", [&] { fs::remove(single); }, {single}, "single.velmora is not reachable", 49, false},
+        {"dropped", [] {}, {"--forget", disk, "--forget", single}, "", 1, false},
+        {"unknown", [] {}, {"--forget", place + "/dis"}, "knows nothing", 1, false},
+        {"never there", [] {}, {place + "/dis"}, "no such file", 1, false},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.what);
+        step.before();
+        const tProgramResult result = Velmora("index", database, step.options);
+        EXPECT_EQ(result.status, *step.said == '\0' ? kExitOK : kExitFailed);
+        EXPECT_TRUE(*step.said == '\0' ? result.err.empty() : result.err.find(step.said) != std::string::npos)
+            << result.err;
+        CIndexDatabase index(database, CIndexDatabase::eAccess::kRead);
+        EXPECT_EQ(index.GetStatus().documents, step.documents);
+        EXPECT_EQ(index.IsReachable(disk + "/60.velmora"), step.reachable);
+    }
+}
+
+TEST(IndexCommand, ReplacesABrokenIndexThatIsItsOwn)
+{
+    const std::string home = MakeFolder("broken");
+    const std::string database = home + "/velmora/index.db";
+    const std::string documents = MakeManyLayouts("broken-documents", 3);
+    const auto change = [&](const char* statements) {
+        SQLite::Database raw(database, SQLite::OPEN_READWRITE);
+        Tokenizer::Register(raw.getHandle());
+        raw.exec(std::string("PRAGMA journal_mode = DELETE;") + statements);
+    };
+    const auto overwrite = [&](size_t from, size_t count) {
+        std::string bytes = ReadFile(database);
+        WriteFile(database, bytes.replace(from, count, count, 'x'));
+    };
+    const struct {
+        const char* what;
+        std::function<void()> damage;
+        bool named;         ///< not the user's own, but typed
+        bool hasRoots;      ///< that can be read
+        bool isOurs = true; ///< or it stays as it is
+    } cases[] = {
+        {"newer", [&] { change("PRAGMA user_version = 99"); }, true, true},
+        {"other tables", [&] { change("CREATE TABLE t (a)"); }, true, true},
+        {"rows overwritten", [&] { change("VACUUM"), overwrite(2 * 4096, 4096); }, true, true},
+        {"tables overwritten", [&] { change(""), overwrite(100, 3996); }, true, false},
+        {"another program's", [&] { change("PRAGMA application_id = 7"); }, true, true, false},
+        {"text that was named", [&] { WriteFile(database, std::string(5000, 'x')); }, true, false, false},
+        {"text in the index's place", [&] { WriteFile(database, std::string(5000, 'x')); }, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::filesystem::remove_all(home + "/velmora");
+        Index(database, {documents});
+        c.damage();
+        const std::string before = ReadFile(database);
+        const auto run = [&](std::vector<std::string> arguments) {
+            return RunVelmora(std::move(arguments), {},
+                              {c.named ? "VELMORA_DATABASE=" + database : "XDG_DATA_HOME=" + home});
+        };
+        const std::string advice = c.isOurs ? "velmora index --rebuild" : "It is left alone";
+        if (c.what != std::string("rows overwritten")) { // which only who reads them meets
+            EXPECT_NE(run({"search", "plan"}).err.find(advice), std::string::npos);
+        }
+        EXPECT_EQ(run({"index", "--rebuild"}).status, c.hasRoots && c.isOurs ? kExitOK : kExitFailed);
+        const tProgramResult result = run({"index", "--rebuild", documents});
+        EXPECT_EQ(result.status, c.isOurs ? kExitOK : kExitFailed) << result.err;
+        EXPECT_EQ(run({"search", "--count", "plan"}).out, c.isOurs ? "3\n" : "");
+        int aside = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(home + "/velmora")) {
+            const std::string name = entry.path().filename().string();
+            aside += name.starts_with("index.db.broken-") && ReadFile(entry.path().string()) == before ? 1 : 0;
+        }
+        EXPECT_EQ(aside, c.isOurs ? 1 : 0);
+        EXPECT_EQ(ReadFile(database) == before, !c.isOurs);
+    }
 }
 
 TEST(IndexCommand, KnowsEveryLibraryAndArticle)
@@ -224,12 +363,16 @@ TEST(IndexCommand, HasOneWriterAndManyReaders)
     const std::string folder = MakeManyLayouts("shared", 3);
     const std::string database = MakeFolder("shared-index") + "/index.db";
     Index(database, {folder});
-    CIndexDatabase writer(database, CIndexDatabase::eAccess::kWrite);
+    std::optional<CIndexDatabase> held(std::in_place, database, CIndexDatabase::eAccess::kWrite);
+    CIndexDatabase& writer = *held;
     writer.StoreTexts({"/elsewhere", {}, "", ""}, {"", "", "plan", "", "", "", "", ""}, 1);
     const tProgramResult second = Velmora("index", database, {folder});
-    EXPECT_EQ(second.status, kExitFailed);
-    EXPECT_NE(second.err.find("another run is writing"), std::string::npos) << second.err;
+    EXPECT_EQ(second.status, kExitLocked) << second.err;
     EXPECT_EQ(Search(database, {"--count", "plan"}), "3\n"); // not yet committed
     writer.Commit();
     EXPECT_EQ(Search(database, {"--count", "plan"}), "4\n");
+    auto third = std::async(std::launch::async, [&] { return Velmora("index", database, {"--wait", "100"}); });
+    EXPECT_EQ(third.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
+    held.reset();
+    EXPECT_EQ(third.get().status, kExitOK);
 }

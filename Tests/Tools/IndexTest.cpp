@@ -3,6 +3,7 @@
 #include "index/CIndexDatabase.h"
 #include "index/CIndexRun.h"
 #include "index/CQuery.h"
+#include "index/Schema.h"
 #include "index/Tokenizer.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -102,9 +103,9 @@ TEST(IndexFile, OfAnOlderVersionIsBroughtToTodays)
         SQLite::Database raw(path, SQLite::OPEN_READWRITE);
         ASSERT_TRUE(Tokenizer::Register(raw.getHandle()));
         raw.exec("UPDATE document SET failure_code = 'timeout', failure_message = 'late', failure_time = 9;"
-                 "DROP INDEX document_failed; PRAGMA user_version = 1"); // what the first version had not
+                 "DROP INDEX document_failed; DROP TABLE place; DROP TABLE unreadable; PRAGMA user_version = 1");
         CIndexDatabase index(path, access);
-        EXPECT_EQ(index.GetStatus().version, 2);
+        EXPECT_EQ(index.GetStatus().version, static_cast<int>(Schema::GetSteps().size()));
         EXPECT_EQ(index.GetStatus().failed, 1);
         EXPECT_EQ(Find(index, "uberholgl*"), "/a/1");
         EXPECT_EQ(raw.execAndGet("SELECT count(*) FROM sqlite_master WHERE name = 'document_failed'").getInt(), 1);
@@ -211,7 +212,7 @@ static std::string RunOver(CIndexDatabase& index, CIndexRun::tSettings settings,
     std::string outcome = "settled";
     if (run.Wants(path, now)) {
         outcome = run.WantsOpen(path, now, document.Get(), note) ? "imported" : "same";
-        EXPECT_TRUE(outcome == "same" || run.Take(path, now, note, answer));
+        EXPECT_TRUE(outcome == "same" || run.Take(path, now, note, answer) == CIndexRun::eTaken::kTaken);
     }
     run.Finish(std::filesystem::path(path).parent_path());
     EXPECT_EQ(run.GetSummary().removed, 0);
@@ -279,13 +280,28 @@ TEST(IndexRun, RemovesWhatIsGoneAndKeepsWhatItCouldNotLookAt)
         Store(index, folder + name, {"", "", "gleis", "", "", "", "", ""});
         index.Commit();
     }
-    CIndexDatabase index(path, eAccess::kWrite);
-    CIndexRun run(index, {"importer"});
-    EXPECT_TRUE(run.Take(folder + "/closed", {}, {}, MakeFailure(eFailure::kLoader, "the folder cannot be read")));
-    run.Finish(folder);
-    EXPECT_EQ(run.GetSummary().removed, 3);
-    EXPECT_EQ(index.Count("\"gleis\"", folder + "/closed"), 2);
-    EXPECT_EQ(index.Count("\"gleis\"", {}), 4);
-    EXPECT_FALSE(run.Take(folder + "0", {}, {}, MakeFailure(eFailure::kLoader, "cannot be opened")));
-    EXPECT_EQ(index.Count("\"gleis\"", {}), 3);
+    std::optional<CIndexDatabase> index(std::in_place, path, eAccess::kWrite);
+    index->StoreFailure({folder + "/closed/failed", {}, {}, ""}, {"4", "damaged", 1});
+    index->Commit();
+    for (const int64_t failures : {3, 1}) { // the second time all can be looked at, and what is there is new
+        index.emplace(path, eAccess::kWrite);
+        CIndexRun run(*index, {"importer"});
+        if (failures == 3) {
+            run.Take(folder + "/closed", {}, {}, MakeFailure(eFailure::kLoader, "the folder cannot be read"));
+        }
+        run.Take(folder + "/new", {}, "nn", MakeFailure(eFailure::kLoader, "damaged"));
+        run.Finish(folder);
+        EXPECT_EQ(run.GetSummary().removed, failures == 3 ? 3 : 4);
+        EXPECT_EQ(index->Count("\"gleis\"", folder + "/closed"), failures == 3 ? 2 : 0);
+        int64_t listed = 0;
+        index->ForEachFailed([&](const tFailedDocument&) { return ++listed > 0; });
+        EXPECT_EQ(run.GetSummary().failed, failures);
+        EXPECT_EQ(run.GetSummary().newFailed, failures == 3 ? 2 : 0);
+        EXPECT_EQ(index->GetStatus().failed, failures);
+        EXPECT_EQ(listed, failures);
+        EXPECT_EQ(index->GetStatus().documents, failures == 3 ? 4 : 1);
+    }
+    CIndexRun run(*index, {"importer"});
+    run.Finish(folder + "0");
+    EXPECT_EQ(index->Count("\"gleis\"", {}), 0);
 }

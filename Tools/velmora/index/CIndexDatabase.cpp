@@ -1,21 +1,15 @@
 #include "index/CIndexDatabase.h"
 
-#include "Bounds.h"
-#include "Interrupt.h"
-#include "index/Schema.h"
+#include "index/CIndexFile.h"
+#include "index/FileSystemName.h"
+#include "index/LiesIn.h"
 #include "index/Tokenizer.h"
 #include "output/CReplacedFile.h"
 #include "output/Escapes.h"
-#include "protocol/CDescriptor.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
-#include <cctype>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fcntl.h>
+#include <algorithm>
 #include <sqlite3.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,63 +20,9 @@ constexpr const char* kRank = "bm25(6.0, 4.0, 5.0, 1.0, 3.0, 2.0, 2.0, 1.0)";
 
 constexpr int kPassageWords = 14;
 
-/// Of SQLite's machine, between two looks for an interrupt: about a millisecond.
-constexpr int kStepsBetweenLooks = 50000;
-
 std::string Quote(const std::string& path)
 {
     return Escapes::ForTerminal(path);
-}
-
-/// SQLite takes a name that begins with "file:" apart, and knows ":memory:".
-std::string PlainName(const std::string& path)
-{
-    return path.starts_with('/') ? path : "./" + path;
-}
-
-/// Whether nobody can write to an index, as on a read-only medium. Readers make files beside it, where they can.
-bool IsFixed(const std::string& path)
-{
-    struct stat log = {};
-    const std::string folder = PlainName(path).substr(0, PlainName(path).rfind('/') + 1);
-    return faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) != 0 &&
-           (stat((path + "-wal").c_str(), &log) != 0 || log.st_size == 0); // which may hold more than the file
-}
-
-/// A name by which SQLite reads a file that does not change.
-std::string FixedName(const std::string& path)
-{
-    std::string name = "file:";
-    for (const char character : PlainName(path)) {
-        char escaped[4];
-        snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(character));
-        name += character == '/' || isalnum(static_cast<unsigned char>(character)) != 0 ? std::string(1, character)
-                                                                                        : std::string(escaped);
-    }
-    return name + "?immutable=1";
-}
-
-/// No row holds more: it is an answer of a worker (256 MB at most) with a path. SQLite would take a chain of pages in a
-/// circle for a text of 1 GB.
-constexpr int kLongestRow = 260 << 20;
-
-/// What SQLite may have of memory. Its full-text index would take what a file claims, time and again; a document with a
-/// text as long as an answer can be takes nearly seven times that when it is replaced.
-constexpr int64_t kMemoryForReading = int64_t{1} << 30;
-constexpr int64_t kMemoryForWriting = int64_t{2} << 30;
-
-/// Whether the journal beside an index names a file. SQLite would undo what the journal says, and then remove that
-/// file; it makes such journals when several databases change at once, and an index is one.
-bool JournalNamesAFile(sqlite3* connection)
-{
-    static constexpr unsigned char kMagic[] = {0xD9, 0xD5, 0x05, 0xF9, 0x20, 0xA1, 0x63, 0xD7}; // behind the name
-    const char* const name = sqlite3_filename_journal(sqlite3_db_filename(connection, "main"));
-    const CDescriptor journal(open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-    struct stat status = {};
-    unsigned char end[sizeof kMagic] = {};
-    return journal.IsOpen() && fstat(journal.Get(), &status) == 0 &&
-           pread(journal.Get(), end, sizeof end, status.st_size - static_cast<off_t>(sizeof end)) == sizeof end &&
-           memcmp(end, kMagic, sizeof end) == 0;
 }
 
 void BindBytes(SQLite::Statement& statement, int index, const std::string& bytes)
@@ -103,9 +43,24 @@ struct tRange {
         from = folder.ends_with('/') ? folder : folder + "/";
         to = from.substr(0, from.size() - 1) + "0";
     }
+    /// Binds itself as the parameters 1 (the folder), 2 and 3.
+    void Bind(SQLite::Statement& row, const std::string& folder) const
+    {
+        BindBytes(row, 1, folder);
+        BindBytes(row, 2, from);
+        BindBytes(row, 3, to);
+    }
     std::string from;
     std::string to;
 };
+
+/// What lies at or below the folder of a tRange.
+constexpr const char* kInRange = "(path = ?1 OR (path >= ?2 AND path < ?3))";
+
+/// Rows of documents and failures that lie at or below a folder that could not be looked at: from "folder/" on, with
+/// the same bytes at the beginning.
+constexpr const char* kIsKept = " EXISTS (SELECT 1 FROM kept WHERE p = kept.path OR"
+                                " substr(p, 1, length(kept.path) + 1) = CAST(kept.path || x'2F' AS BLOB))";
 
 /// A statement that is compiled at its first use and then kept.
 class CKept {
@@ -129,47 +84,43 @@ private:
 
 class CIndexDatabase::CImpl {
 public:
-    CImpl(const std::string& path, eAccess access)
+    CImpl(const std::string& path, eAccess access, const tIndexOpening& opening) : mFile(path, access, opening)
     {
-        if (access == eAccess::kWrite) {
-            TakeLock(path);
-            MakeFile(path);
-        }
-        struct stat status = {};
-        const bool isThere = stat(path.c_str(), &status) == 0;
-        if (!isThere && errno == ENOENT) {
-            throw CIndexMissing("there is no index " + Quote(path) + " yet: 'velmora index FOLDER' makes it");
-        }
-        if (isThere && !S_ISREG(status.st_mode)) { // opening a pipe would wait for its other end
-            throw CIndexError("the index " + Quote(path) + " is no file");
-        }
-        Open(path, access == eAccess::kWrite ? SQLite::OPEN_READWRITE : SQLite::OPEN_READONLY);
-        if (GetVersion(path) < static_cast<int>(Schema::GetSteps().size())) {
-            if (access == eAccess::kRead) {
-                Open(path, SQLite::OPEN_READWRITE);
-            }
-            Migrate(path);
-        }
-        if (access == eAccess::kRead) { // a writer ends at the next document, with all that it has
-            sqlite3_progress_handler(
-                mDatabase->getHandle(), kStepsBetweenLooks, [](void*) { return Interrupt::IsRequested() ? 1 : 0; },
-                nullptr);
-        }
-        // Who writes needs the triggers, which may use the full-text index in a trusted schema only.
-        sqlite3_db_config(mDatabase->getHandle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, access == eAccess::kWrite, nullptr);
-        if (access == eAccess::kWrite) {
+        if (access != eAccess::kRead) {
             // Temporary: who was seen in this run, and where nobody could look. On disk when it gets large.
-            mDatabase->exec("CREATE TEMP TABLE seen (id INTEGER PRIMARY KEY);"
-                            "CREATE TEMP TABLE kept (path BLOB PRIMARY KEY) WITHOUT ROWID");
+            Get().exec("CREATE TEMP TABLE seen (id INTEGER PRIMARY KEY);"
+                       "CREATE TEMP TABLE kept (path BLOB PRIMARY KEY) WITHOUT ROWID");
+            mNewest = Get().execAndGet("SELECT coalesce(max(id), 0) FROM document").getInt64();
         }
     }
 
-    SQLite::Database& Get() { return *mDatabase; }
+    SQLite::Database& Get() { return mFile.GetDatabase(); }
+    const CIndexFile& GetFile() const { return mFile; }
+
+    /// The number that a query over what lies at and below a path answers. @param text  with :range, :kept, :newest
+    int64_t Count(std::string text, const std::string& path)
+    {
+        const std::pair<std::string, std::string> names[] = {
+            {":range", kInRange}, {":kept", kIsKept}, {":newest", std::to_string(mNewest)}};
+        for (const auto& [name, meaning] : names) {
+            for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + meaning.size())) {
+                text.replace(at, name.size(), meaning);
+            }
+        }
+        SQLite::Statement row(Get(), text);
+        const tRange range(path);
+        range.Bind(row, path);
+        int64_t count = 0;
+        while (row.executeStep()) {
+            count = row.getColumn(0).getInt64();
+        }
+        return count;
+    }
 
     void Begin()
     {
         if (!mTransaction) {
-            mTransaction.emplace(*mDatabase, SQLite::TransactionBehavior::IMMEDIATE);
+            mTransaction.emplace(Get(), SQLite::TransactionBehavior::IMMEDIATE);
         }
     }
 
@@ -182,110 +133,8 @@ public:
     }
 
 private:
-    /// One writer: another one would take for removed what this one has just added.
-    void TakeLock(const std::string& path)
-    {
-        const std::string name = path + "-lock";
-        mLock.Reset(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW, 0600));
-        if (!mLock.IsOpen()) {
-            throw CIndexError("the index " + Quote(path) + " cannot be written: " + strerror(errno));
-        }
-        if (flock(mLock.Get(), LOCK_EX | LOCK_NB) != 0) {
-            throw CIndexError("another run is writing the index " + Quote(path) + "; try again when it has ended");
-        }
-    }
-
-    /// Texts of documents are their owner's: nobody else may read them. SQLite gives its other files the same mode.
-    static void MakeFile(const std::string& path)
-    {
-        const CDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600));
-        if (!file.IsOpen()) {
-            throw CIndexError("the index " + Quote(path) + " cannot be written: " + strerror(errno));
-        }
-    }
-
-    /// Opens the file, of which nothing is believed until GetVersion has looked at it.
-    void Open(const std::string& path, int flags)
-    {
-        const bool isFixed = flags == SQLite::OPEN_READONLY && IsFixed(path);
-        mDatabase.emplace(isFixed ? FixedName(path) : PlainName(path),
-                          flags | SQLite::OPEN_NOMUTEX /* one thread */ | (isFixed ? SQLite::OPEN_URI : 0),
-                          Bounds::kIndexMilliseconds);
-        if (!Tokenizer::Register(mDatabase->getHandle())) {
-            throw CIndexError("SQLite has no full-text search here");
-        }
-        sqlite3* const connection = mDatabase->getHandle();
-        if (JournalNamesAFile(connection)) {
-            throw CIndexError("beside the index " + Quote(path) + " lies a journal that is not its own: remove both");
-        }
-        sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-        sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-        sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, kLongestRow);
-        sqlite3_hard_heap_limit64(flags == SQLite::OPEN_READWRITE ? kMemoryForWriting : kMemoryForReading);
-        mDatabase->exec("PRAGMA cache_size = -32768; PRAGMA secure_delete = OFF; PRAGMA cell_size_check = ON");
-    }
-
-    /// An index of that version in memory.
-    static SQLite::Database MakeEmpty(int version)
-    {
-        SQLite::Database database(":memory:", SQLite::OPEN_READWRITE);
-        Tokenizer::Register(database.getHandle());
-        for (int step = 0; step < version; ++step) {
-            database.exec(Schema::GetSteps()[static_cast<size_t>(step)]);
-        }
-        return database;
-    }
-
-    /// All that a file says of its tables, in one text.
-    static std::string DescribeTables(const SQLite::Database& database)
-    {
-        std::string text;
-        SQLite::Statement row(database, "SELECT quote(type) || quote(name) || quote(tbl_name) || quote(sql)"
-                                        " FROM sqlite_master ORDER BY type, name, sql");
-        while (row.executeStep()) {
-            text += row.getColumn(0).getString() + "\n";
-        }
-        return text;
-    }
-
-    /// The schema's version, which fits the tables; 0 for a file without tables.
-    int GetVersion(const std::string& path)
-    {
-        const int application = mDatabase->execAndGet("PRAGMA application_id").getInt();
-        const int version = mDatabase->execAndGet("PRAGMA user_version").getInt();
-        if (application == 0 && version == 0 &&
-            mDatabase->execAndGet("SELECT count(*) FROM sqlite_master").getInt() == 0) {
-            return 0;
-        }
-        if (application != Schema::kApplicationID || version < 1) {
-            throw CIndexError(Quote(path) + " is a database of another program");
-        }
-        if (version > static_cast<int>(Schema::GetSteps().size())) {
-            throw CIndexError("the index " + Quote(path) + " was made by a newer velmora");
-        }
-        // Triggers, views and computed columns of a file would do what its maker wants, in the name of our statements.
-        if (DescribeTables(*mDatabase) != DescribeTables(MakeEmpty(version))) {
-            throw CIndexError("the tables of the index " + Quote(path) + " are not those that velmora makes");
-        }
-        return version;
-    }
-
-    void Migrate(const std::string& path)
-    {
-        mDatabase->exec("PRAGMA journal_mode = WAL");
-        SQLite::Transaction transaction(*mDatabase, SQLite::TransactionBehavior::IMMEDIATE);
-        const auto steps = Schema::GetSteps();
-        for (size_t i = static_cast<size_t>(GetVersion(path)); i < steps.size();
-             ++i) { // another one may have been here
-            mDatabase->exec(steps[i]);
-        }
-        mDatabase->exec("PRAGMA application_id = " + std::to_string(Schema::kApplicationID));
-        mDatabase->exec("PRAGMA user_version = " + std::to_string(steps.size()));
-        transaction.commit();
-    }
-
-    CDescriptor mLock;
-    std::optional<SQLite::Database> mDatabase;
+    CIndexFile mFile;
+    int64_t mNewest = 0;
     std::optional<SQLite::Transaction> mTransaction;
 
 public: // behind the connection, so that they go before it
@@ -306,19 +155,22 @@ public: // behind the connection, so that they go before it
     CKept mSeen{"INSERT OR IGNORE INTO seen VALUES (?1)"};
 };
 
-CIndexDatabase::CIndexDatabase(const std::string& path, eAccess access) : mPath(path)
+CIndexDatabase::CIndexDatabase(const std::string& path, eAccess access, tIndexOpening opening) : mPath(path)
 {
     try {
-        mImpl = std::make_unique<CImpl>(path, access);
+        mImpl = std::make_unique<CImpl>(path, access, opening);
     } catch (const SQLite::Exception& error) {
-        // What is no database may be somebody's: nobody is told to remove it.
-        throw CIndexError(error.getErrorCode() == SQLITE_NOTADB
-                              ? "the index " + Quote(path) + " cannot be used: " + error.what()
-                              : Explain(path, error));
+        throw CIndexError(Explain(path, error));
     }
 }
 
 CIndexDatabase::~CIndexDatabase() = default;
+
+std::string CIndexDatabase::GetSetAside(std::string& why) const
+{
+    why = mImpl->GetFile().GetReason();
+    return mImpl->GetFile().GetSetAside();
+}
 
 std::string CIndexDatabase::Explain(const std::string& path, const std::exception& error)
 {
@@ -335,8 +187,7 @@ std::string CIndexDatabase::Explain(const std::string& path, const std::exceptio
         unlink(trial.c_str());
         text += reason.empty() ? "" : "; a file beside it " + reason;
     }
-    return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? text + "\nIt is damaged: remove it and index again."
-                                                           : text;
+    return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? text + CIndexFile::kRemedy : text;
 }
 
 std::optional<tKnownDocument> CIndexDatabase::Find(const std::string& path)
@@ -418,27 +269,107 @@ void CIndexDatabase::StoreStamp(int64_t id, const tFileStamp& stamp)
     row.exec();
 }
 
-void CIndexDatabase::ForgetOrigins()
+bool CIndexDatabase::StoreUnreadable(const std::string& path, const tIndexFailure& failure)
 {
     mImpl->Begin();
-    mImpl->Get().exec("UPDATE document SET importer = '', hash = NULL");
-    mImpl->Get().exec("INSERT INTO words (words) VALUES ('rebuild')");
+    KeepBelow(path);
+    SQLite::Statement before(mImpl->Get(), "SELECT 1 FROM unreadable WHERE path = ?1 AND failure_code = ?2");
+    BindBytes(before, 1, path);
+    before.bindNoCopy(2, failure.code);
+    const bool isNew = !before.executeStep();
+    SQLite::Statement row(mImpl->Get(), "INSERT OR REPLACE INTO unreadable VALUES (?1, ?2, ?3, ?4)");
+    BindBytes(row, 1, path);
+    row.bindNoCopy(2, failure.code);
+    row.bindNoCopy(3, failure.message);
+    row.bind(4, failure.time);
+    row.exec();
+    return isNew;
+}
+
+/// Runs a statement with a path as its parameter.
+static void ExecuteWith(SQLite::Database& database, const char* text, const std::string& path)
+{
+    SQLite::Statement row(database, text);
+    BindBytes(row, 1, path);
+    row.exec();
 }
 
 void CIndexDatabase::AddRoot(const std::string& path)
 {
     mImpl->Begin();
-    SQLite::Statement row(mImpl->Get(), "INSERT OR IGNORE INTO root VALUES (?1)");
-    BindBytes(row, 1, path);
-    row.exec();
+    ExecuteWith(mImpl->Get(), "INSERT OR IGNORE INTO root VALUES (?1)", path);
 }
 
 void CIndexDatabase::RemoveRoot(const std::string& path)
 {
     mImpl->Begin();
-    SQLite::Statement row(mImpl->Get(), "DELETE FROM root WHERE path = ?1");
-    BindBytes(row, 1, path);
+    ExecuteWith(mImpl->Get(), "DELETE FROM root WHERE path = ?1", path);
+}
+
+void CIndexDatabase::RemovePlace(const std::string& path)
+{
+    mImpl->Begin();
+    ExecuteWith(mImpl->Get(), "DELETE FROM place WHERE path = ?1", path);
+}
+
+void CIndexDatabase::StorePlace(const tPlace& place)
+{
+    mImpl->Begin();
+    SQLite::Statement row(mImpl->Get(), "INSERT OR REPLACE INTO place VALUES (?1, ?2, ?3, ?4)");
+    BindBytes(row, 1, place.path);
+    row.bindNoCopy(2, place.fileSystem);
+    row.bind(3, place.isAbsent ? 1 : 0);
+    row.bind(4, place.held);
     row.exec();
+}
+
+std::vector<tPlace> CIndexDatabase::GetPlaces()
+{
+    SQLite::Statement row(mImpl->Get(),
+                          "SELECT path, file_system, absent, held, path IN (SELECT path FROM root) FROM place"
+                          " UNION ALL SELECT path, '', 0, 0, 1 FROM root WHERE path NOT IN (SELECT path FROM place)"
+                          " ORDER BY 1");
+    std::vector<tPlace> places;
+    while (row.executeStep()) {
+        places.push_back({GetBytes(row.getColumn(0)), row.getColumn(1).getString(), row.getColumn(4).getInt() != 0,
+                          row.getColumn(2).getInt() != 0, row.getColumn(3).getInt64()});
+    }
+    return places;
+}
+
+bool CIndexDatabase::IsReachable(const std::string& path)
+{
+    if (!mReach) {
+        mReach.emplace();
+        for (const tPlace& place : GetPlaces()) {
+            const std::string now = FileSystemName::Of(place.path);
+            mReach->push_back({place.path, !now.empty(),
+                               now == place.fileSystem && !now.empty() && !place.isAbsent && place.held == 0});
+        }
+    }
+    // The innermost place: sorted by path, it is the last one that the path lies in.
+    const auto place =
+        std::find_if(mReach->rbegin(), mReach->rend(), [&](const tReach& reach) { return LiesIn(path, reach.path); });
+    if (place != mReach->rend() && (place->isWhole || !place->isThere)) {
+        return place->isWhole;
+    }
+    struct stat status = {};
+    return lstat(path.c_str(), &status) == 0;
+}
+
+std::optional<int64_t> CIndexDatabase::Forget(const std::string& path)
+{
+    mImpl->Begin();
+    const tRange range(path);
+    int64_t changes = 0;
+    int64_t documents = 0;
+    for (const char* table : {"root", "place", "unreadable", "document"}) {
+        SQLite::Statement row(mImpl->Get(), std::string("DELETE FROM ") + table + " WHERE " + kInRange);
+        range.Bind(row, path);
+        documents = row.exec();
+        changes += documents;
+    }
+    return changes > 0 ? std::optional(documents) : std::nullopt;
 }
 
 void CIndexDatabase::Commit()
@@ -460,20 +391,59 @@ void CIndexDatabase::KeepBelow(const std::string& path)
     row.exec();
 }
 
-int64_t CIndexDatabase::RemoveUnseen(const std::string& root)
+tCensus CIndexDatabase::TakeCensus(const std::string& path)
 {
-    // Below a kept folder: from "folder/" on, and the same bytes at the beginning.
-    SQLite::Statement remove(mImpl->Get(),
-                             "DELETE FROM document WHERE (path = ?1 OR (path >= ?2 AND path < ?3))"
-                             " AND id NOT IN (SELECT id FROM seen) AND NOT EXISTS (SELECT 1 FROM kept WHERE"
-                             " document.path = kept.path OR substr(document.path, 1, length(kept.path) + 1) ="
-                             " CAST(kept.path || x'2F' AS BLOB))");
+    constexpr const char* kMissing = "FROM (SELECT path AS p, hash FROM document WHERE :range AND id NOT IN (SELECT id"
+                                     " FROM seen)) WHERE NOT :kept";
+    tCensus census;
+    census.missing = mImpl->Count(std::string("SELECT count(*) ") + kMissing, path);
+    if (census.missing > 0) { // rarely: nothing else needs the other numbers
+        census.known = mImpl->Count("SELECT count(*) FROM document WHERE :range AND id <= :newest", path);
+        census.seen = mImpl->Count("SELECT count(*) FROM document WHERE :range AND id IN (SELECT id FROM seen)", path);
+        census.lost = mImpl->Count(std::string("SELECT count(*) ") + kMissing +
+                                       " AND (hash IS NULL OR hash NOT IN (SELECT hash FROM document WHERE id > :newest"
+                                       " AND hash IS NOT NULL))",
+                                   path);
+    }
+    return census;
+}
+
+int64_t CIndexDatabase::CountUnseenFailures(const std::string& path)
+{
+    return mImpl->Count("SELECT count(*) FROM document INDEXED BY document_failed WHERE failure_code IS NOT NULL AND "
+                        ":range AND id NOT IN"
+                        " (SELECT id FROM seen)",
+                        path) +
+           mImpl->Count("SELECT count(*) FROM unreadable WHERE :range AND path NOT IN (SELECT path FROM kept)", path);
+}
+
+void CIndexDatabase::RemoveUnreadable(const std::string& path, bool all)
+{
+    if (mImpl->Count("SELECT count(*) FROM unreadable WHERE :range", path) > 0) {
+        mImpl->Begin();
+        mImpl->Count(all ? "DELETE FROM unreadable WHERE :range"
+                         : "DELETE FROM unreadable WHERE path IN (SELECT p FROM (SELECT path AS p FROM unreadable"
+                           " WHERE :range) WHERE NOT :kept)",
+                     path);
+    }
+}
+
+int64_t CIndexDatabase::RemoveUnseen(const std::string& root, const std::function<void(const std::string&)>& use)
+{
+    SQLite::Statement remove(mImpl->Get(), std::string("DELETE FROM document WHERE id IN (SELECT id FROM (SELECT id,"
+                                                       " path AS p FROM document WHERE ") +
+                                               kInRange + " AND id NOT IN (SELECT id FROM seen)) WHERE NOT" + kIsKept +
+                                               ") RETURNING path");
     mImpl->Begin();
     const tRange range(root);
-    BindBytes(remove, 1, root);
-    BindBytes(remove, 2, range.from);
-    BindBytes(remove, 3, range.to);
-    return remove.exec();
+    range.Bind(remove, root);
+    int64_t count = 0;
+    for (; remove.executeStep(); ++count) {
+        if (use) {
+            use(GetBytes(remove.getColumn(0)));
+        }
+    }
+    return count;
 }
 
 void CIndexDatabase::Optimize()
@@ -487,8 +457,15 @@ tIndexStatus CIndexDatabase::GetStatus()
     SQLite::Database& database = mImpl->Get();
     tIndexStatus status;
     status.version = database.execAndGet("PRAGMA user_version").getInt();
-    status.documents = database.execAndGet("SELECT count(*) FROM document").getInt64();
-    status.failed = database.execAndGet("SELECT count(*) FROM document WHERE failure_code IS NOT NULL").getInt64();
+    // What was never read has failed, and the few failures have an index of their own.
+    status.documents = database
+                           .execAndGet("SELECT (SELECT count(*) FROM document) - (SELECT count(*) FROM document WHERE"
+                                       " failure_code IS NOT NULL AND indexed IS NULL)")
+                           .getInt64();
+    status.failed = database
+                        .execAndGet("SELECT (SELECT count(*) FROM document WHERE failure_code IS NOT NULL) +"
+                                    " (SELECT count(*) FROM unreadable)")
+                        .getInt64();
     status.bytes =
         database.execAndGet("PRAGMA page_count").getInt64() * database.execAndGet("PRAGMA page_size").getInt64();
     SQLite::Statement root(database, "SELECT path FROM root ORDER BY path");
@@ -500,8 +477,10 @@ tIndexStatus CIndexDatabase::GetStatus()
 
 void CIndexDatabase::ForEachFailed(const std::function<bool(const tFailedDocument&)>& use)
 {
-    SQLite::Statement row(mImpl->Get(), "SELECT path, failure_code, failure_message, failure_time, indexed IS NOT NULL"
-                                        " FROM document WHERE failure_code IS NOT NULL ORDER BY path");
+    SQLite::Statement row(mImpl->Get(), "SELECT path, failure_code, failure_message, failure_time, indexed IS NOT NULL,"
+                                        " 0 FROM document WHERE failure_code IS NOT NULL UNION ALL"
+                                        " SELECT path, failure_code, failure_message, failure_time, 0, 1"
+                                        " FROM unreadable ORDER BY 1");
     while (row.executeStep()) {
         tFailedDocument document;
         document.path = GetBytes(row.getColumn(0));
@@ -509,6 +488,7 @@ void CIndexDatabase::ForEachFailed(const std::function<bool(const tFailedDocumen
         document.failure.message = row.getColumn(2).getString();
         document.failure.time = row.getColumn(3).getInt64();
         document.searchable = row.getColumn(4).getInt() != 0;
+        document.isFolder = row.getColumn(5).getInt() != 0;
         if (!use(document)) {
             return;
         }

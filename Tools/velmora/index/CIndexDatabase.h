@@ -22,6 +22,18 @@ public:
     using CIndexError::CIndexError;
 };
 
+/// It is written by somebody else at the moment.
+class CIndexLocked : public CIndexError {
+public:
+    using CIndexError::CIndexError;
+};
+
+/// The file cannot be used, and is ours: it may be set aside. Says by which command.
+class CIndexBroken : public CIndexError {
+public:
+    using CIndexError::CIndexError;
+};
+
 /// By what a file is known to be the same as before, without opening it.
 struct tFileStamp {
     int64_t size = 0;
@@ -67,19 +79,38 @@ struct tKnownDocument {
     std::string failureCode; ///< when failed
 };
 
-/// One document that failed.
+/// One document that failed, or a folder that could not be read.
 struct tFailedDocument {
     std::string path;
     tIndexFailure failure;
     bool searchable = false; ///< an earlier state of it is still found
+    bool isFolder = false;
 };
 
 struct tIndexStatus {
     int version = 0;
-    int64_t documents = 0; ///< rows
-    int64_t failed = 0;    ///< of them
+    int64_t documents = 0; ///< that can be found
+    int64_t failed = 0;    ///< as many as ForEachFailed has
     int64_t bytes = 0;     ///< of the file, without its log
     std::vector<std::string> roots;
+};
+
+/// A root, or a mount point of another file system below one: what lies there may be out of reach for a while.
+struct tPlace {
+    std::string path;
+    std::string fileSystem; ///< FileSystemName of it when all was there; empty when that is not known
+    bool isRoot = false;
+    bool isAbsent = false; ///< at the last run
+    int64_t held = 0;      ///< documents when all was there, as long as missing ones are kept; else 0
+    bool operator==(const tPlace&) const = default;
+};
+
+/// The documents at and below a path, in the middle of a run.
+struct tCensus {
+    int64_t known = 0;   ///< before the run
+    int64_t seen = 0;    ///< in the run, new ones among them
+    int64_t missing = 0; ///< not seen, though it could be looked where they were
+    int64_t lost = 0;    ///< of the missing: their content is not that of a new document
 };
 
 /// A found document.
@@ -95,16 +126,27 @@ struct tFoundDocument {
 inline constexpr char kMatchBegin = '\x02';
 inline constexpr char kMatchEnd = '\x03';
 
+struct tIndexOpening {
+    double waitSeconds = 0; ///< for another writer to end
+    /// To rebuild: a broken file may be replaced though no roots can be read from it.
+    bool canLoseRoots = false;
+};
+
 /// A connection to an index file. Errors of the database are thrown as CIndexError (or SQLite's own std::exception).
 ///
 /// There is one writer at a time, known by a lock on a file beside the index; readers see what was committed last.
 /// Changes are collected in a transaction that Commit ends; without it they are lost, and the file is as before.
 class CIndexDatabase {
 public:
-    enum class eAccess { kRead, kWrite };
+    enum class eAccess {
+        kRead,
+        kWrite,
+        kRebuild ///< to write, and every document counts as changed; it is found until it was read again
+    };
 
-    /// Opens an index, for writing also makes it. A file of an older version is brought to today's.
-    CIndexDatabase(const std::string& path, eAccess access);
+    /// Opens an index, for writing also makes it. A file of an older version is brought to today's. For kRebuild a
+    /// broken one is renamed, with the files beside it, and its roots are taken over.
+    CIndexDatabase(const std::string& path, eAccess access, tIndexOpening opening = {});
     ~CIndexDatabase();
     CIndexDatabase(const CIndexDatabase&) = delete;
     CIndexDatabase& operator=(const CIndexDatabase&) = delete;
@@ -114,10 +156,19 @@ public:
 
     const std::string& GetPath() const { return mPath; }
 
+    /// What a broken file was renamed to; empty when it was not. @param why  set to what was wrong
+    std::string GetSetAside(std::string& why) const;
+
     // What is there.
     std::optional<tKnownDocument> Find(const std::string& path);
     tIndexStatus GetStatus();
     void ForEachFailed(const std::function<bool(const tFailedDocument&)>& use);
+
+    /// Roots and mount points, sorted by path.
+    std::vector<tPlace> GetPlaces();
+    /// Whether a document of the index could be opened now, as far as its folder's file system goes. Asks the system
+    /// once for each place, and for a document only where something of its place is missing.
+    bool IsReachable(const std::string& path);
 
     // Changes. Each begins a transaction if there is none.
     void StoreTexts(const tOrigin& origin, const tIndexedTexts& texts, int64_t now);
@@ -125,18 +176,28 @@ public:
     void StoreFailure(const tOrigin& origin, const tIndexFailure& failure);
     /// The content is the same, only the file's stamp is not.
     void StoreStamp(int64_t id, const tFileStamp& stamp);
-    /// Lets every document count as changed; it is found until it was read again.
-    void ForgetOrigins();
+    /// A folder that cannot be read, which may hold what it held. @return whether that is new
+    bool StoreUnreadable(const std::string& path, const tIndexFailure& failure);
     void AddRoot(const std::string& path);
     void RemoveRoot(const std::string& path);
+    void StorePlace(const tPlace& place);
+    void RemovePlace(const std::string& path);
+    /// Removes everything at and below a path: roots, places, failures, documents.
+    /// @return how many documents; nothing when nothing was known of the path
+    std::optional<int64_t> Forget(const std::string& path);
     void Commit();
 
     // The end of a walk: who has not been seen below a root is gone.
     void MarkSeen(int64_t id);
     /// What lies at or below a path could not be seen.
     void KeepBelow(const std::string& path);
-    /// Removes what lies at or below the root and was not seen. @return how many
-    int64_t RemoveUnseen(const std::string& root);
+    tCensus TakeCensus(const std::string& path);
+    /// How many of the failures at and below a path were not met in this run.
+    int64_t CountUnseenFailures(const std::string& path);
+    /// Forgets failures of folders at and below a path that have not failed in this run. @param all  have they or not
+    void RemoveUnreadable(const std::string& path, bool all);
+    /// Removes what lies at or below the root and was not seen. @param use  called for each path @return how many
+    int64_t RemoveUnseen(const std::string& root, const std::function<void(const std::string&)>& use);
 
     /// Merges what many runs have added, so that queries have less to look at.
     void Optimize();
@@ -152,6 +213,14 @@ public:
 
 private:
     class CImpl;
+    /// What is asked of the file system about a place, once.
+    struct tReach {
+        std::string path;
+        bool isThere = false;
+        bool isWhole = false;
+    };
+
     std::string mPath;
+    std::optional<std::vector<tReach>> mReach; ///< sorted by path
     std::unique_ptr<CImpl> mImpl;
 };

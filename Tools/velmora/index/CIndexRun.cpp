@@ -117,7 +117,7 @@ static tIndexedTexts TextsOf(const std::string& path, const tAnswer& answer)
 }
 
 CIndexRun::CIndexRun(CIndexDatabase& database, tSettings settings)
-    : mDatabase(database), mSettings(std::move(settings)), mLastCommit(tClock::now())
+    : mDatabase(database), mSettings(std::move(settings)), mReach(database), mLastCommit(tClock::now())
 {}
 
 /// Whether what is known of an unchanged document need not be asked again.
@@ -140,6 +140,7 @@ void CIndexRun::CountAsBefore(const tKnownDocument& known)
 
 bool CIndexRun::Wants(const std::string& path, const tFileStatus& status)
 {
+    mReach.Note(path, status.device);
     const std::optional<tKnownDocument> known = mDatabase.Find(path);
     if (!known) {
         return true;
@@ -169,35 +170,67 @@ bool CIndexRun::WantsOpen(const std::string& path, const tFileStatus& status, in
     return true;
 }
 
-bool CIndexRun::Take(const std::string& path, const tFileStatus& status, const std::string& note, const tAnswer& answer)
+CIndexRun::eTaken CIndexRun::Take(const std::string& path, const tFileStatus& status, const std::string& note,
+                                  const tAnswer& answer)
 {
     struct stat now = {};
-    if (note.empty() && lstat(path.c_str(), &now) != 0 && (errno == ENOENT || errno == ENOTDIR)) {
-        mSummary.removed += mDatabase.RemoveUnseen(path);
-        return false;
+    const int error = note.empty() && lstat(path.c_str(), &now) != 0 ? errno : 0;
+    if (error == ENOENT || error == ENOTDIR) {
+        return eTaken::kGone;
     }
-    if (note.empty() && S_ISDIR(now.st_mode)) { // a folder that cannot be read may hold what it held
+    const int64_t seconds = time(nullptr);
+    const tIndexFailure failure = {answer.ok ? "" : FailureCode(answer.failure), answer.failure.message, seconds};
+    if (note.empty() && error == 0 && S_ISDIR(now.st_mode)) {
+        if (answer.failure.kind == eFailure::kPath) { // named by a list
+            return eTaken::kNoDocument;
+        }
+        CountFailure(path, failure, mDatabase.StoreUnreadable(path, failure)); // it may hold what it held
+        return eTaken::kTaken;
+    }
+    if (error != 0) { // whatever it is: a folder, too, may hold what it held
         mDatabase.KeepBelow(path);
-        ++mSummary.failed;
-        return true;
     }
     const tNote made(note);
     const tOrigin origin = {path, made.Stamp(status), made.hash, mSettings.importer};
-    const int64_t seconds = time(nullptr);
     if (answer.ok) {
         mDatabase.StoreTexts(origin, TextsOf(path, answer), seconds);
         ++(made.isKnown ? mSummary.changed : mSummary.added);
+        Tell({made.isKnown ? tIndexChange::eKind::kChanged : tIndexChange::eKind::kAdded, path, {}});
     } else {
-        mDatabase.StoreFailure(origin, {FailureCode(answer.failure), answer.failure.message, seconds});
-        ++mSummary.failed;
+        const std::optional<tKnownDocument> known = mDatabase.Find(path);
+        const bool isNew = !known || !known->failed || known->failureCode != failure.code;
+        mDatabase.StoreFailure(origin, failure);
+        CountFailure(path, failure, isNew);
     }
     CountOne();
-    return true;
+    return eTaken::kTaken;
 }
 
-void CIndexRun::Finish(const std::string& root)
+void CIndexRun::CountFailure(const std::string& path, const tIndexFailure& failure, bool isNew)
 {
-    mSummary.removed += mDatabase.RemoveUnseen(root);
+    ++mSummary.failed;
+    mSummary.newFailed += isNew ? 1 : 0;
+    Tell({tIndexChange::eKind::kFailed, path, failure, isNew});
+}
+
+void CIndexRun::Tell(tIndexChange change) const
+{
+    if (mChanged) {
+        mChanged(change);
+    }
+}
+
+void CIndexRun::Finish(const std::string& path)
+{
+    if (mReach.Judge(path, mSettings.trust)) {
+        mSummary.removed += mDatabase.RemoveUnseen(path, [this](const std::string& removed) {
+            Tell({tIndexChange::eKind::kRemoved, removed, {}});
+        });
+    }
+    mDatabase.RemoveUnreadable(path, false);
+    const int64_t failures = mDatabase.CountUnseenFailures(path); // of folders that could not be looked into
+    mSummary.failed += failures;
+    mSummary.knownFailed += failures;
     Commit();
 }
 

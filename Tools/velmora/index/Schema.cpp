@@ -57,8 +57,25 @@ static constexpr const char* kVersion2 = R"sql(
 CREATE INDEX document_failed ON document (path) WHERE failure_code IS NOT NULL;
 )sql";
 
+/// Where documents may be out of reach for a while: roots, and mount points below them. And the folders that could not
+/// be read, which are no documents.
+static constexpr const char* kVersion3 = R"sql(
+CREATE TABLE place (
+    path BLOB PRIMARY KEY,
+    file_system TEXT NOT NULL,
+    absent INTEGER NOT NULL,
+    held INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE unreadable (
+    path BLOB PRIMARY KEY,
+    failure_code TEXT NOT NULL,
+    failure_message TEXT NOT NULL,
+    failure_time INTEGER NOT NULL
+) WITHOUT ROWID;
+)sql";
+
 std::span<const char* const> Schema::GetSteps()
 {
-    static constexpr const char* kSteps[] = {kVersion1, kVersion2};
+    static constexpr const char* kSteps[] = {kVersion1, kVersion2, kVersion3};
     return kSteps;
 }

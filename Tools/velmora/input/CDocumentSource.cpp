@@ -25,6 +25,7 @@ struct CDocumentSource::tFolder {
     std::string names;           ///< of the entries, each with its zero: a large folder should not cost much memory
     std::vector<uint32_t> order; ///< where the names begin, sorted
     size_t next = 0;             ///< in the order
+    bool isReported = false;     ///< that it names what cannot be looked at
 };
 
 CDocumentSource::CDocumentSource(std::vector<std::string> paths, CDescriptor list, char listSeparator)
@@ -345,9 +346,16 @@ bool CDocumentSource::FindInFolder(tInput& input)
     const int descriptor = folder.descriptor.Get();
     input.path = folder.path + (folder.path.back() == '/' ? "" : "/") + name;
     struct stat status = {};
-    if (DocumentNames::IsExcluded(mExcludes, name, input.path) ||
-        fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return false; // or gone since the folder was listed
+    if (DocumentNames::IsExcluded(mExcludes, name, input.path)) {
+        return false;
+    }
+    if (fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT || folder.isReported) { // gone since the folder was listed
+            return false;
+        }
+        folder.isReported = true; // once for all that it holds
+        input.path = folder.path;
+        return Fail(input, CannotOpen(errno, "what the folder holds cannot be looked at"));
     }
     if (S_ISDIR(status.st_mode)) {
         const std::string path = input.path;
