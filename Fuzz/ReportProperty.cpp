@@ -96,6 +96,22 @@ std::string WrongText(const std::string& text)
     return at == text.size() ? "" : "a text that ends within a line: " + text;
 }
 
+/// A terminal on which hardly anything fits.
+const tLook kNarrow = {40, true, false};
+
+/// Numbers are shown whole, so a table may be wider than a terminal; a text alone is not.
+std::string WrongTable(const CTable& table)
+{
+    const std::string text = table.ToText();
+    for (const std::string& line : Terminal::Wrap(text, kNarrow.width)) {
+        if (Terminal::CountColumns(line) > kNarrow.width || Escapes::ForTerminal(line) != line) {
+            return "a line that does not fit: " + line;
+        }
+    }
+    const std::string problem = WrongText(text);
+    return problem.empty() ? WrongText(table.ToText(kNarrow)) : problem;
+}
+
 std::string WrongJSON(const std::string& text)
 {
     size_t at = 0;
@@ -171,7 +187,8 @@ std::string WrongList(const std::string& text)
 }
 
 /// What a writer makes of an answer.
-std::string Written(std::unique_ptr<CRecordWriter> (*make)(COutput&), const std::string& path, const tAnswer& answer)
+template <typename tMake>
+std::string Written(tMake make, const std::string& path, const tAnswer& answer)
 {
     const CDescriptor file(memfd_create("output", MFD_CLOEXEC));
     COutput output(file.Get());
@@ -202,7 +219,10 @@ std::string OfRecord(const std::string& path, std::string_view message)
         return First(
             {WrongText(Reports::SchemaAsText(answer.schema)), WrongJSON(Reports::SchemaInJSON(answer.schema))});
     }
-    return First({answer.ok ? WrongText(Written(MakeTextWriter, path, answer)) : "",
+    const auto makeText = [&path](COutput& output) {
+        return MakeTextWriter(output, path.size() % 2 == 0 ? tLook() : kNarrow);
+    };
+    return First({answer.ok ? WrongText(Written(makeText, path, answer)) : "",
                   WrongJSON(Written(MakeJSONWriter, path, answer)),
                   WrongList(Written(MakePropertyListWriter, path, answer))});
 }
@@ -225,7 +245,7 @@ std::string OfParts(const std::string& path, CBytes& bytes, const CReport& layou
     for (const std::string& line : Parts::Summarize(list)) {
         lines += Escapes::ForTerminal(line) + "\n";
     }
-    return First({WrongText(Parts::MakeTable(list).ToText()), WrongText(lines), WrongJSON(Parts::FormatJSON(list)),
+    return First({WrongTable(Parts::MakeTable(list)), WrongText(lines), WrongJSON(Parts::FormatJSON(list)),
                   WrongCSV(Parts::MakeTable(list)), WrongHTML(Parts::FormatHTML(list, {path}))});
 }
 } // namespace
@@ -249,8 +269,7 @@ std::string Properties::Report(std::string_view input)
         return First({WrongText(Reports::CheckAsText(path, report)), WrongJSON(Reports::CheckInJSON(path, report))});
     case 2:
         return First({WrongText(Reports::LibraryHeading(path, report)), WrongJSON(Reports::LibraryInJSON(path, report)),
-                      WrongText(Reports::ArticleTable(path, report).ToText()),
-                      WrongCSV(Reports::ArticleTable(path, report))});
+                      WrongTable(Reports::ArticleTable(path, report)), WrongCSV(Reports::ArticleTable(path, report))});
     default:
         return OfParts(path, bytes, report);
     }

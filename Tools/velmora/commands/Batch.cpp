@@ -89,6 +89,13 @@ std::optional<int> CBatch::Begin(const tAdapt& adapt)
     return std::nullopt;
 }
 
+bool CBatch::Ask(tRequest request, tAnswer& answer)
+{
+    uint64_t ticket = 0;
+    mPool->Submit(ticket, std::move(request), CDescriptor());
+    return mPool->Collect(ticket, answer) != CWorkerPool::eResult::kInterrupted;
+}
+
 /// What has become of the documents, in a line. @param done  "imported"
 static std::string Summarize(const tRunCounts& counts, const char* done, double seconds)
 {
@@ -145,6 +152,11 @@ int CBatch::Run(tRequest request, tRunHandlers handlers, COutput& output, const 
     mRun = std::make_unique<CDocumentRun>(*mSource, *mPool, std::move(request));
     const bool stopped = mRun->Run(std::move(handlers)) == CDocumentRun::eResult::kStopped;
     progress.End();
+    if (!mOptions.quiet) {
+        for (const std::string& folder : mSource->GetEmptyFolders()) {
+            COutput::PrintMessage(Escapes::ForTerminal(folder) + ": there are no layouts in this folder");
+        }
+    }
     const tRunCounts& counts = mRun->GetCounts();
     if (!mOptions.quiet && !stopped && !CannotServe() && counts.good + counts.CountFailed() + counts.skipped > 1) {
         output.Flush();

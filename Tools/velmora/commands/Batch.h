@@ -47,6 +47,10 @@ public:
     /// Whether there is no usable plug-in, which has been said: every input will fail.
     bool CannotServe() const { return mPool->GetRefusal() != nullptr; }
 
+    /// Asks a worker about something that is no document, before the run.
+    /// @return false when the user has interrupted
+    bool Ask(tRequest request, tAnswer& answer);
+
     /// Whether the list of documents broke off at an error, once everything that was read of it is done.
     bool HasBrokenList() const { return mSource->GetListError() != 0; }
 

@@ -1,7 +1,11 @@
 #include "commands/CParser.h"
 
+#include "commands/Suggestion.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
+#include <functional>
 
 COption& COption::Named(const char* value)
 {
@@ -15,21 +19,51 @@ COption& COption::TakesOne()
     return *this;
 }
 
+/// A check whose message repeats the text.
+/// @param description  what help says of the values
+static CLI::Validator MakeCheck(std::function<std::string(const std::string&)> check, const std::string& description)
+{
+    return CLI::Validator(
+        [check = std::move(check)](const std::string& text) {
+            const std::string problem = check(text);
+            return problem.empty() ? problem : "'" + text + "' " + problem;
+        },
+        description);
+}
+
 COption& COption::OneOf(const std::vector<std::string>& texts)
 {
-    mOption->check(CLI::IsMember(texts));
+    const auto check = [texts](const std::string& text) -> std::string {
+        if (std::find(texts.begin(), texts.end(), text) != texts.end()) {
+            return {};
+        }
+        std::string all;
+        for (const std::string& one : texts) {
+            all += (all.empty() ? "" : ", ") + one;
+        }
+        return "is none of " + all + Suggestion::Ask(text, texts);
+    };
+    mOption->check(MakeCheck(check, CLI::IsMember(texts).get_description()));
     return *this;
 }
 
 COption& COption::Between(long long least, long long most)
 {
-    mOption->check(CLI::Range(least, most));
+    const auto check = [least, most](const std::string& text) -> std::string {
+        long long number = 0;
+        const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool isNumber = result.ec == std::errc() && result.ptr == text.data() + text.size();
+        return isNumber && number >= least && number <= most
+                   ? ""
+                   : "is no whole number from " + std::to_string(least) + " to " + std::to_string(most);
+    };
+    mOption->check(MakeCheck(check, CLI::Range(least, most).get_description()));
     return *this;
 }
 
 COption& COption::Checked(std::string (*check)(const std::string& text))
 {
-    mOption->check(CLI::Validator([check](const std::string& text) { return check(text); }, ""));
+    mOption->check(MakeCheck(check, ""));
     return *this;
 }
 
@@ -99,6 +133,24 @@ std::string CParser::GetHelp() const
     return mApp->help();
 }
 
+/// What is wrong where words were left over. @return empty unless one of them looks like an option
+std::string CParser::DescribeUnknown() const
+{
+    std::vector<std::string> names;
+    for (const CLI::Option* option : mApp->get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    for (const std::string& word : mApp->remaining()) {
+        if (word.size() > 1 && word[0] == '-') {
+            const std::string name = word.substr(0, word.find('='));
+            return "there is no option '" + name + "'" + Suggestion::Ask(name, names);
+        }
+    }
+    return {};
+}
+
 CParser::eResult CParser::Parse(std::vector<std::string> arguments, std::string& problem)
 {
     std::reverse(arguments.begin(), arguments.end()); // as it wants them
@@ -108,6 +160,10 @@ CParser::eResult CParser::Parse(std::vector<std::string> arguments, std::string&
         return eResult::kHelpWanted;
     } catch (const CLI::CallForVersion&) {
         return eResult::kVersionWanted;
+    } catch (const CLI::ExtrasError& error) {
+        const std::string unknown = DescribeUnknown();
+        problem = unknown.empty() ? error.what() : unknown;
+        return eResult::kWrong;
     } catch (const CLI::ParseError& error) {
         problem = error.what();
         return eResult::kWrong;

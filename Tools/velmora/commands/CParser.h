@@ -24,7 +24,7 @@ public:
     COption& OneOf(const std::vector<std::string>& texts);
     /// Its value is a whole number within these.
     COption& Between(long long least, long long most);
-    /// @param check  answers what is wrong with a text, empty for nothing
+    /// @param check  answers what is wrong with a text ("is no size"), empty for nothing; the message repeats the text
     COption& Checked(std::string (*check)(const std::string& text));
     /// The environment variable that is taken where the option is not given.
     COption& OrFrom(const char* variable);
@@ -64,5 +64,7 @@ public:
     eResult Parse(std::vector<std::string> arguments, std::string& problem);
 
 private:
+    std::string DescribeUnknown() const;
+
     std::unique_ptr<CLI::App> mApp;
 };

@@ -3,14 +3,15 @@
 #include "ExitCodes.h"
 #include "Interrupt.h"
 #include "Places.h"
+#include "commands/Suggestion.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
+#include "output/Terminal.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
-#include <numeric>
 #include <pwd.h>
 #include <string_view>
 #include <thread>
@@ -20,9 +21,6 @@ static const tCommand* const kCommands[] = {&kImportCommand,    &kIndexCommand, 
                                             &kCheckCommand,     &kPartsCommand, &kLibraryCommand, &kStockCommand,
                                             &kThumbnailCommand, &kServeCommand, &kSchemaCommand,  &kDoctorCommand};
 
-/// A word that differs from a command by more edits than this is no typing error.
-static constexpr size_t kMostEdits = 2;
-
 static const tCommand* FindCommand(std::string_view name)
 {
     for (const tCommand* command : kCommands) {
@@ -31,41 +29,6 @@ static const tCommand* FindCommand(std::string_view name)
         }
     }
     return nullptr;
-}
-
-/// Insertions, removals, replacements and exchanges of neighbours that turn one word into the other.
-static size_t CountEdits(std::string_view from, std::string_view to)
-{
-    std::vector<std::vector<size_t>> edits(from.size() + 1, std::vector<size_t>(to.size() + 1));
-    std::iota(edits[0].begin(), edits[0].end(), size_t{0});
-    for (size_t i = 1; i <= from.size(); ++i) {
-        edits[i][0] = i;
-        for (size_t j = 1; j <= to.size(); ++j) {
-            const size_t replaced = edits[i - 1][j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
-            edits[i][j] = std::min({replaced, edits[i - 1][j] + 1, edits[i][j - 1] + 1});
-            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1]) {
-                edits[i][j] = std::min(edits[i][j], edits[i - 2][j - 2] + 1);
-            }
-        }
-    }
-    return edits.back().back();
-}
-
-static std::string SuggestCommand(std::string_view word)
-{
-    std::string best;
-    size_t fewest = kMostEdits + 1;
-    if (word.size() > 32) { // no command is that long, and the table of edits would be
-        return best;
-    }
-    for (const tCommand* command : kCommands) {
-        const size_t edits = CountEdits(word, command->name);
-        if (edits < fewest) {
-            fewest = edits;
-            best = command->name;
-        }
-    }
-    return best;
 }
 
 static std::string GeneralHelp()
@@ -101,6 +64,11 @@ static int PrintOut(const std::string& text)
     return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
 }
 
+static int PrintHelp(const std::string& text)
+{
+    return PrintOut(Terminal::Fit(text, Terminal::GetLook(STDOUT_FILENO)));
+}
+
 static int RefuseUsage(const std::string& message, const std::string& helpCommand)
 {
     COutput::PrintMessage(message + "\nTry '" + helpCommand + "'.");
@@ -128,7 +96,7 @@ static int RunCommand(const tCommand& command, int argc, char** argv)
     std::string problem;
     switch (parser->Parse(CollectArguments(command, *parser, argc, argv), problem)) {
     case CParser::eResult::kHelpWanted:
-        return PrintOut(parser->GetHelp());
+        return PrintHelp(parser->GetHelp());
     case CParser::eResult::kVersionWanted:
         return PrintOut("velmora " VELMORA_VERSION "\n");
     case CParser::eResult::kWrong:
@@ -155,7 +123,7 @@ static std::string CheckSeconds(const std::string& text)
     char* end = nullptr;
     const double seconds = std::strtod(text.c_str(), &end);
     const bool isGood = end != text.c_str() && *end == '\0' && seconds > 0 && seconds <= Bounds::kMostDocumentSeconds;
-    return isGood ? "" : "must be a number of seconds above 0, at most 86400";
+    return isGood ? "" : "is no number of seconds above 0, at most 86400";
 }
 
 void AddWorkerOptions(CParser& parser, tWorkerOptions& options)
@@ -182,6 +150,11 @@ void AddWorkerOptions(CParser& parser, tWorkerOptions& options)
 void AddFormatOption(CParser& parser, std::string& format, const std::vector<std::string>& formats, const char* help)
 {
     parser.Add("--format", format, help).OneOf(formats).Named("FORMAT");
+}
+
+void AddWideOption(CParser& parser, bool& isWide)
+{
+    parser.AddFlag("--wide", isWide, "On a terminal, too, lines as long as they get, and all columns");
 }
 
 void AddJobsOption(CParser& parser, unsigned& jobs, const char* help)
@@ -238,12 +211,12 @@ int RunCommandLine(int argc, char** argv)
 {
     Interrupt::Install();
     if (argc < 2) {
-        COutput::PrintText(GeneralHelp());
+        COutput::PrintText(Terminal::Fit(GeneralHelp(), Terminal::GetLook(STDERR_FILENO)));
         return kExitUsage;
     }
     const std::string_view word = argv[1];
     if (word == "-h" || word == "--help" || (word == "help" && argc == 2)) {
-        return PrintOut(GeneralHelp());
+        return PrintHelp(GeneralHelp());
     }
     if (word == "-V" || word == "--version") {
         return PrintOut("velmora " VELMORA_VERSION "\n");
@@ -251,21 +224,21 @@ int RunCommandLine(int argc, char** argv)
     const bool help = word == "help";
     const std::string_view name = help ? argv[2] : word;
     if (help && (name == "-h" || name == "--help" || name == "help")) {
-        return PrintOut(GeneralHelp());
+        return PrintHelp(GeneralHelp());
     }
     if (const tCommand* command = FindCommand(name)) {
         if (help) {
             const std::unique_ptr<CCommandCall> call = command->call();
-            return PrintOut(MakeParser(*command, *call)->GetHelp());
+            return PrintHelp(MakeParser(*command, *call)->GetHelp());
         }
         return RunCommand(*command, argc - 1, argv + 1);
     }
     const bool isOption = !name.empty() && name[0] == '-';
-    std::string message =
-        (isOption ? "there is no option '" : "there is no command '") + Escapes::ForTerminal(name) + "'";
-    const std::string suggestion = isOption ? std::string() : SuggestCommand(name);
-    if (!suggestion.empty()) {
-        message += "; did you mean '" + suggestion + "'?";
+    std::vector<std::string> words = {"--help", "--version"};
+    for (const tCommand* command : kCommands) {
+        words.emplace_back(command->name);
     }
+    const std::string message = (isOption ? "there is no option '" : "there is no command '") +
+                                Escapes::ForTerminal(name) + "'" + Suggestion::Ask(name, words);
     return RefuseUsage(message, "velmora --help");
 }

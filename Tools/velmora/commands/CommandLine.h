@@ -82,6 +82,9 @@ void AddWorkerOptions(CParser& parser, tWorkerOptions& options);
 /// Adds --format. @param format  holds the usual one
 void AddFormatOption(CParser& parser, std::string& format, const std::vector<std::string>& formats, const char* help);
 
+/// Adds --wide, for text that is fitted to a terminal.
+void AddWideOption(CParser& parser, bool& isWide);
+
 /// Adds --jobs. @param jobs  0 for one worker process a core
 void AddJobsOption(CParser& parser, unsigned& jobs, const char* help);
 

@@ -3,7 +3,9 @@
 #include "Importer/Names.h"
 #include "Places.h"
 #include "commands/Batch.h"
+#include "output/AttributeNames.h"
 #include "output/CRecordWriter.h"
+#include "output/Escapes.h"
 
 #include <algorithm>
 #include <string_view>
@@ -16,6 +18,7 @@ struct tImportOptions : tBatchOptions {
     bool raw = false;                  ///< values alone
     std::string nullMarker = "(null)"; ///< stands for a value that is not there
     unsigned detail = 0;               ///< 1 to 3; 0 for the usual record
+    bool wide = false;                 ///< lines are not fitted to a terminal
 };
 } // namespace
 
@@ -24,7 +27,10 @@ static void AddImportOptions(CParser& parser, tImportOptions& options)
     AddBatchOptions(parser, options, "Documents, and folders to search for documents; - is standard input");
     AddFormatOption(parser, options.format, {"text", "json", "plist"},
                     "text (for people), json (an object a line) or plist");
-    parser.Add("-n,--name", options.names, "Only this attribute; several are printed in the order asked for")
+    parser
+        .Add("-n,--name", options.names,
+             "Only this attribute (author, description, layers, revision, content, or its full name); several are "
+             "printed in the order asked for")
         .Named("ATTRIBUTE")
         .TakesOne();
     parser.AddFlag("--raw", options.raw, "Only the values of the attributes named, with zero bytes between");
@@ -35,6 +41,7 @@ static void AddImportOptions(CParser& parser, tImportOptions& options)
              "For a test: 1 type and importer, 2 also the attributes but the text content, 3 that as well")
         .Between(1, 3)
         .Named("LEVEL");
+    AddWideOption(parser, options.wide);
 }
 
 static std::string CheckImport(const tImportOptions& options)
@@ -71,7 +78,8 @@ static std::unique_ptr<CRecordWriter> MakeWriter(const tImportOptions& options, 
     if (options.format == "plist") {
         return MakePropertyListWriter(output);
     }
-    return cannotServe ? std::make_unique<CSilentWriter>(output) : MakeTextWriter(output);
+    return cannotServe ? std::make_unique<CSilentWriter>(output)
+                       : MakeTextWriter(output, Terminal::GetLook(STDOUT_FILENO, options.wide));
 }
 
 /// Leaves what the user wants to see of a document's attributes, in the order asked for.
@@ -98,10 +106,37 @@ static void SelectAttributes(const tImportOptions& options, std::vector<tAttribu
     }
 }
 
-static int RunImport(const tImportOptions& options)
+/// Replaces the names by those that attributes have. Says what is wrong.
+/// @return the exit status when there is nothing of that name, or the user has interrupted
+static std::optional<int> ResolveNames(CBatch& batch, std::vector<std::string>& names)
 {
+    tAnswer answer;
+    if (names.empty() || batch.CannotServe()) {
+        return std::nullopt;
+    }
+    if (!batch.Ask({eVerb::kSchema, {}}, answer)) {
+        return kExitInterrupted;
+    }
+    for (std::string& name : names) {
+        const std::optional<std::string> found = AttributeNames::Find(name, answer.schema.attributes);
+        if (!found) {
+            COutput::PrintMessage("--name: no document can have '" + Escapes::ForTerminal(name) + "'; there are " +
+                                  Escapes::ForTerminal(AttributeNames::List(answer.schema.attributes)));
+            return kExitUsage;
+        }
+        name = *found;
+    }
+    return std::nullopt;
+}
+
+static int RunImport(const tImportOptions& given)
+{
+    tImportOptions options = given;
     CBatch batch(options);
     if (const std::optional<int> status = batch.Begin()) {
+        return *status;
+    }
+    if (const std::optional<int> status = ResolveNames(batch, options.names)) {
         return *status;
     }
     COutput output(STDOUT_FILENO);
@@ -124,6 +159,6 @@ static int RunImport(const tImportOptions& options)
 const tCommand kImportCommand = {"import", "Print the search attributes of layouts",
                                  "  velmora import plan.velmora\n"
                                  "  velmora import --format json ~/Layouts > attributes.json\n"
-                                 "  velmora import --name kMDItemAuthors --raw plan.velmora\n"
+                                 "  velmora import --name author --raw plan.velmora\n"
                                  "  find / -name '*.velmora' -print0 | velmora import --files-from - --null\n",
                                  CallCommand<tImportOptions, AddImportOptions, RunImport, CheckImport>};

@@ -180,6 +180,7 @@ CDocumentSource::eResult CDocumentSource::Find(tInput& input)
         input = tInput();
         if (!mFolders.empty()) {
             if (FindInFolder(input)) {
+                mHasFound = true;
                 return eResult::kFound;
             }
         } else if (!mOperands.empty()) {
@@ -233,7 +234,8 @@ bool CDocumentSource::FindOperand(tInput& input)
     struct stat status = {};
     if (stat(input.path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
         const std::string path = input.path;
-        return EnterFolder(AT_FDCWD, path, path, input);
+        mHasFound = EnterFolder(AT_FDCWD, path, path, input);
+        return mHasFound;
     }
     return TakeFile(AT_FDCWD, input.path, input);
 }
@@ -319,6 +321,9 @@ bool CDocumentSource::EnterFolder(int parent, const std::string& name, const std
 bool CDocumentSource::LeaveFolder(tInput& input)
 {
     const CDescriptor left = std::move(mFolders.back().descriptor);
+    if (mFolders.size() == 1 && !mHasFound) {
+        mEmptyFolders.push_back(mFolders.back().path);
+    }
     mFolders.pop_back();
     if (mFolders.empty() || mFolders.back().descriptor.IsOpen()) {
         return false;
@@ -373,7 +378,11 @@ bool CDocumentSource::FindInFolder(tInput& input)
     }
     input.status = MakeStatus(status);
     input.ownPart = mFolders.front().path.size() + (mFolders.front().path.back() == '/' ? 0 : 1);
-    if (!IsWanted(input) || !(DocumentNames::HasExtension(name) || HasMagic(descriptor, name))) {
+    if (!IsWanted(input)) {
+        mHasFound = true;
+        return false;
+    }
+    if (!DocumentNames::HasExtension(name) && !HasMagic(descriptor, name)) {
         return false;
     }
     mFoundIn = descriptor;

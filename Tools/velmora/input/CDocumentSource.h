@@ -82,6 +82,10 @@ public:
     /// The system's error at which the list broke off; 0 when it did not.
     int GetListError() const { return mList ? mList->GetError() : 0; }
 
+    /// The folders named on the command line in which nothing was found when they had been walked, nor anything that
+    /// could not be read. What the filter does not want counts as found.
+    const std::vector<std::string>& GetEmptyFolders() const { return mEmptyFolders; }
+
     /// What to wait for after kNotYet.
     int GetDescriptor() const { return mList->GetDescriptor(); }
 
@@ -101,6 +105,8 @@ private:
     bool mHasLines = false;        ///< the list: else zeros
     std::vector<tFolder> mFolders; ///< from the outermost to the one being walked
     std::vector<std::string> mExcludes;
+    bool mHasFound = false; ///< something in the folder of the command line that is being walked
+    std::vector<std::string> mEmptyFolders;
     tFilter mFilter;
     int mFoundIn = -1;      ///< the folder of the document found last, not owned
     std::string mFoundName; ///< its name there; empty for standard input

@@ -2,45 +2,40 @@
 
 #include "output/COutput.h"
 #include "output/Escapes.h"
+#include "output/Terminal.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <string_view>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 /// A run that is over by then needs no bar.
 static constexpr std::chrono::milliseconds kBeforeFirst(500);
 static constexpr std::chrono::milliseconds kBetweenBars(100);
 static constexpr std::chrono::seconds kBetweenLines(2);
-/// Columns of the bar itself.
-static constexpr size_t kBarWidth = 20;
+/// Columns of the bar itself: as many as there is room for, of these.
+static constexpr size_t kBarWidths[] = {20, 10};
+/// Columns of a terminal that does not tell.
+static constexpr size_t kUsualWidth = 80;
+/// A name that is cut to less tells nothing.
+static constexpr size_t kShortestName = 8;
 /// Time left is guessed only when this much has been done.
 static constexpr double kSecondsBeforeGuess = 1;
-
-static bool IsSet(const char* variable)
-{
-    const char* value = getenv(variable);
-    return value != nullptr && *value != '\0';
-}
 
 CProgress::eMode CProgress::Choose(const std::string& wish)
 {
     if (wish == "plain") {
         return eMode::kPlain;
     }
-    const char* terminal = getenv("TERM");
-    const bool wanted =
-        isatty(STDERR_FILENO) != 0 && !IsSet("NO_COLOR") && terminal != nullptr && std::string_view(terminal) != "dumb";
-    return wish == "always" || (wish == "auto" && wanted) ? eMode::kBar : eMode::kNever;
+    const bool isWanted = wish == "always" || (wish == "auto" && Terminal::IsCapable(STDERR_FILENO));
+    return isWanted ? eMode::kBar : eMode::kNever;
 }
 
+/// The width is asked for each bar: a window may have changed its size.
 static size_t TerminalWidth()
 {
-    winsize size = {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+    const size_t width = Terminal::GetLook(STDERR_FILENO).width;
+    return width != tLook::kUnlimited ? width : kUsualWidth;
 }
 
 static std::string FormatDuration(double seconds)
@@ -55,42 +50,57 @@ static std::string FormatDuration(double seconds)
     return text;
 }
 
-/// The numbers, without bar and name.
-static std::string FormatNumbers(const tProgress& progress, double seconds, bool totalKnown)
+namespace {
+/// The numbers, without bar and name, in the order in which they are given up where there is no room, the last first.
+struct tNumbers {
+    std::string done;   ///< "250/1000 documents"
+    std::string failed; ///< ", 3 failed", or empty, as what follows
+    std::string left;
+    std::string rate;
+
+    /// @param count  of the parts that there is room for: 1 to 4
+    std::string Join(size_t count = 4) const
+    {
+        return done + (count > 3 ? rate : "") + (count > 2 ? left : "") + (count > 1 ? failed : "");
+    }
+};
+} // namespace
+
+static tNumbers FormatNumbers(const tProgress& progress, double seconds, bool totalKnown)
 {
-    std::string text = std::to_string(progress.done);
-    text += totalKnown ? "/" + std::to_string(*progress.total) : "";
-    text += " documents";
+    tNumbers numbers;
+    numbers.done = std::to_string(progress.done);
+    numbers.done += (totalKnown ? "/" + std::to_string(*progress.total) : "") + " documents";
     const double rate = static_cast<double>(progress.done) / std::max(seconds, 0.001);
-    text += ", " + std::to_string(static_cast<unsigned long long>(rate)) + "/s";
+    numbers.rate = ", " + std::to_string(static_cast<unsigned long long>(rate)) + "/s";
     if (totalKnown && progress.done > 0 && seconds >= kSecondsBeforeGuess) {
-        text += ", " + FormatDuration(static_cast<double>(*progress.total - progress.done) / rate) + " left";
+        numbers.left = ", " + FormatDuration(static_cast<double>(*progress.total - progress.done) / rate) + " left";
     }
     if (progress.failed > 0) {
-        text += ", " + std::to_string(progress.failed) + " failed";
+        numbers.failed = ", " + std::to_string(progress.failed) + " failed";
     }
-    return text;
+    return numbers;
 }
 
 std::string CProgress::FormatBar(const tProgress& progress, double seconds, size_t width)
 {
     const bool totalKnown = progress.total && *progress.total >= progress.done && *progress.total > 0;
-    std::string line;
-    if (totalKnown) {
-        const size_t filled = static_cast<size_t>(progress.done * kBarWidth / *progress.total);
-        line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] ";
+    const tNumbers numbers = FormatNumbers(progress, seconds, totalKnown);
+    size_t count = 4;
+    while (count > 1 && numbers.Join(count).size() > width) {
+        --count;
     }
-    line += FormatNumbers(progress, seconds, totalKnown);
-    if (line.size() > width) {
-        line.resize(width);
+    std::string line = numbers.Join(count).substr(0, width);
+    for (const size_t barWidth : kBarWidths) {
+        if (totalKnown && line.size() + barWidth + 3 <= width) {
+            const size_t filled = static_cast<size_t>(progress.done * barWidth / *progress.total);
+            line = "[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " + line;
+            break;
+        }
     }
-    // Names are cut in front: their ends tell more. Only what is sure to be one column wide is shown of them.
-    std::string name = Escapes::ForTerminal(progress.name);
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, '?');
     const size_t room = width > line.size() + 2 ? width - line.size() - 2 : 0;
-    if (room >= 8 && !name.empty()) {
-        line += "  " + (name.size() > room ? name.substr(name.size() - room) : name);
+    if (room >= kShortestName && !progress.name.empty()) {
+        line += "  " + Terminal::CutMiddle(Escapes::ForTerminal(progress.name), room);
     }
     return line;
 }
@@ -114,7 +124,7 @@ int CProgress::Update(const std::function<tProgress()>& get)
             COutput::ShowStatus(FormatBar(progress, seconds, TerminalWidth() - 1));
         } else {
             const bool totalKnown = progress.total && *progress.total >= progress.done;
-            COutput::PrintMessage(FormatNumbers(progress, seconds, totalKnown));
+            COutput::PrintMessage(FormatNumbers(progress, seconds, totalKnown).Join());
         }
     }
     return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(mNext - now).count());

@@ -3,6 +3,7 @@
 
 #include "output/COutput.h"
 #include "output/JSON.h"
+#include "output/Terminal.h"
 #include "protocol/Messages.h"
 
 #include <memory>
@@ -40,7 +41,7 @@ protected:
 };
 
 /// For people: attributes with labels; failures go to standard error.
-std::unique_ptr<CRecordWriter> MakeTextWriter(COutput& output);
+std::unique_ptr<CRecordWriter> MakeTextWriter(COutput& output, const tLook& look);
 /// For programs: one JSON object a line.
 std::unique_ptr<CRecordWriter> MakeJSONWriter(COutput& output);
 /// An XML property list: an array of dictionaries with the members of the JSON objects.

@@ -5,12 +5,10 @@
 #include <algorithm>
 
 namespace {
-/// Characters of a UTF-8 text; good enough for columns of numbers and Latin names.
-size_t Width(const std::string& text)
-{
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
-}
+/// A text is not broken into lines narrower than this as long as a column can be left out instead.
+constexpr size_t kNarrowestText = 10;
+/// Between columns.
+constexpr size_t kGap = 2;
 
 std::string CSVCell(std::string cell, bool isNumber)
 {
@@ -51,32 +49,89 @@ void CTable::ForEachRow(tUse use) const
     }
 }
 
-std::string CTable::ToText() const
+/// Widths of the columns, 0 for those that are left out.
+std::vector<size_t> CTable::ChooseWidths(const tLook& look) const
 {
     std::vector<size_t> widths;
-    std::vector<std::string> titles;
     for (const tColumn& column : mColumns) {
-        titles.push_back(column.title);
-        widths.push_back(Width(column.title));
+        widths.push_back(Terminal::CountColumns(column.title));
     }
-    ForEachRow([&widths](const std::vector<std::string>& row) {
+    ForEachRow([&](const std::vector<std::string>& row) {
         for (size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], Width(Escapes::ForTerminal(row[i])));
+            for (const std::string& line : Terminal::ToLines(row[i], look, tLook::kUnlimited)) {
+                widths[i] = std::min(std::max(widths[i], Terminal::CountColumns(line)), look.width);
+            }
         }
     });
-    std::string text;
-    const auto addLine = [&](const std::vector<std::string>& cells) {
-        std::string line;
-        for (size_t i = 0; i < cells.size(); ++i) {
-            const std::string cell = Escapes::ForTerminal(cells[i]);
-            const std::string filler(widths[i] - Width(cell), ' ');
-            line += (i > 0 ? "  " : "") + (mColumns[i].isNumber ? filler + cell : cell + filler);
+    const auto add = [&](bool isLeast) {
+        size_t sum = 0;
+        for (size_t i = 0; i < widths.size(); ++i) {
+            const bool isBroken = isLeast && !mColumns[i].isNumber;
+            sum += widths[i] > 0 ? kGap + (isBroken ? std::min(widths[i], kNarrowestText) : widths[i]) : 0;
         }
-        line.erase(line.find_last_not_of(' ') + 1);
-        text += line + "\n";
+        return sum - std::min(sum, kGap);
     };
-    addLine(titles);
-    ForEachRow(addLine);
+    while (look.width != tLook::kUnlimited && add(true) > look.width) {
+        size_t leaving = 0;
+        for (size_t i = 1; i < widths.size(); ++i) {
+            const auto rank = [&](size_t column) { return widths[column] > 0 ? mColumns[column].leaves : 0; };
+            leaving = rank(i) > rank(leaving) ? i : leaving;
+        }
+        if (widths[leaving] == 0 || mColumns[leaving].leaves == 0) {
+            break;
+        }
+        widths[leaving] = 0;
+    }
+    while (look.width != tLook::kUnlimited && add(false) > look.width) {
+        size_t widest = 0;
+        for (size_t i = 1; i < widths.size(); ++i) {
+            const auto width = [&](size_t column) { return mColumns[column].isNumber ? 0 : widths[column]; };
+            widest = width(i) > width(widest) ? i : widest;
+        }
+        if (mColumns[widest].isNumber || widths[widest] <= 1) {
+            break; // too many numbers
+        }
+        --widths[widest];
+    }
+    return widths;
+}
+
+std::string CTable::ToText(const tLook& look) const
+{
+    const std::vector<size_t> widths = ChooseWidths(look);
+    std::string text;
+    const auto addRow = [&](const std::vector<std::string>& cells, bool isHead) {
+        std::vector<std::vector<std::string>> lines(cells.size());
+        size_t height = 0;
+        for (size_t i = 0; i < cells.size(); ++i) {
+            lines[i] = Terminal::ToLines(cells[i], look, std::max<size_t>(widths[i], 1));
+            height = std::max(height, widths[i] > 0 ? lines[i].size() : 0);
+        }
+        for (size_t row = 0; row < height; ++row) {
+            std::string line;
+            for (size_t i = 0; i < cells.size(); ++i) {
+                if (widths[i] > 0) {
+                    const std::string cell = row < lines[i].size() ? lines[i][row] : std::string();
+                    const std::string filler(widths[i] - std::min(widths[i], Terminal::CountColumns(cell)), ' ');
+                    line += mColumns[i].isNumber ? filler + cell : cell + filler;
+                    line.append(kGap, ' ');
+                }
+            }
+            line.erase(line.find_last_not_of(' ') + 1);
+            text += (isHead ? Terminal::Emphasize(line, look) : line) + "\n";
+        }
+    };
+    std::vector<std::string> titles;
+    std::string leftOut;
+    for (size_t i = 0; i < mColumns.size(); ++i) {
+        titles.push_back(mColumns[i].title);
+        leftOut += widths[i] > 0 ? "" : (leftOut.empty() ? "" : ", ") + mColumns[i].title;
+    }
+    addRow(titles, true);
+    ForEachRow([&](const std::vector<std::string>& row) { addRow(row, false); });
+    if (!leftOut.empty()) {
+        text += Terminal::Fit("(no room for: " + leftOut + "; --wide shows them)\n", look);
+    }
     return text;
 }
 

@@ -1,3 +1,4 @@
+#include "output/AttributeNames.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
@@ -6,7 +7,7 @@
 namespace {
 class CTextWriter : public CRecordWriter {
 public:
-    using CRecordWriter::CRecordWriter;
+    CTextWriter(COutput& output, const tLook& look) : CRecordWriter(output), mLook(look) {}
 
     void Write(const std::string& path, const tAnswer& answer) override
     {
@@ -15,57 +16,48 @@ public:
             COutput::PrintMessage(Escapes::ForTerminal(path) + ": " + Escapes::ForTerminal(answer.failure.message));
             return;
         }
-        mOutput.Write(Escapes::ForTerminal(path) + "\n");
-        if (!mDetails.type.empty()) {
-            mOutput.Write(Beginning("Type") + Escapes::ForTerminal(mDetails.type) + "\n");
-        }
-        if (!mDetails.importer.empty()) {
-            mOutput.Write(Beginning("Importer") + Escapes::ForTerminal(mDetails.importer) + "\n");
-        }
+        mOutput.Write(Terminal::Emphasize(Escapes::ForTerminal(path), mLook) + "\n");
+        WriteValue("Type", mDetails.type);
+        WriteValue("Importer", mDetails.importer);
         for (const tAttribute& attribute : answer.attributes) {
-            std::string line = Beginning(Label(attribute.key));
-            bool first = true;
+            std::string value;
             for (const std::string& text : attribute.texts) {
-                line += first ? "" : ", ";
-                line += Escapes::ForTerminal(text);
-                first = false;
+                value += (&text == &attribute.texts.front() ? "" : ", ") + text;
             }
-            line.erase(line.find_last_not_of(' ') + 1);
-            mOutput.Write(line + "\n");
+            WriteLines(Escapes::ForTerminal(AttributeNames::GetLabel(attribute.key)), value);
         }
     }
 
 private:
     static constexpr size_t kValueColumn = 16;
 
-    static std::string Beginning(const std::string& label)
+    /// Writes nothing where there is none.
+    void WriteValue(const std::string& label, const std::string& value)
     {
-        std::string line = "  " + label + ":";
-        line.resize(std::max(line.size() + 1, kValueColumn), ' ');
-        return line;
+        if (!value.empty()) {
+            WriteLines(label, value);
+        }
     }
 
-    static std::string Label(const std::string& key)
+    void WriteLines(const std::string& label, const std::string& value)
     {
-        static constexpr struct {
-            const char* key;
-            const char* label;
-        } kLabels[] = {{"kMDItemAuthors", "Author"},
-                       {"kMDItemDescription", "Description"},
-                       {"kMDItemLayerNames", "Layers"},
-                       {"kMDItemVersion", "Revision"},
-                       {"kMDItemTextContent", "Content"}};
-        for (const auto& entry : kLabels) {
-            if (key == entry.key) {
-                return entry.label;
-            }
+        std::string beginning = "  " + label + ":";
+        beginning.resize(std::max(beginning.size() + 1, kValueColumn), ' ');
+        const bool fits = mLook.width != tLook::kUnlimited && mLook.width > 2 * kValueColumn;
+        for (std::string line :
+             Terminal::ToLines(value, mLook, fits ? mLook.width - kValueColumn : tLook::kUnlimited)) {
+            line.insert(0, beginning);
+            line.erase(line.find_last_not_of(' ') + 1);
+            mOutput.Write(line + "\n");
+            beginning.assign(kValueColumn, ' ');
         }
-        return Escapes::ForTerminal(key);
     }
+
+    tLook mLook;
 };
 } // namespace
 
-std::unique_ptr<CRecordWriter> MakeTextWriter(COutput& output)
+std::unique_ptr<CRecordWriter> MakeTextWriter(COutput& output, const tLook& look)
 {
-    return std::make_unique<CTextWriter>(output);
+    return std::make_unique<CTextWriter>(output, look);
 }
