@@ -70,6 +70,8 @@ inline constexpr uint32_t kMostListEntries = 4000000;
 inline constexpr size_t kDeepestReport = 8;
 /// Bytes of a fatal report, which is a line.
 inline constexpr size_t kMostFatalReport = 4096;
+/// Bytes read of what a worker prints before it is ready: its first line is the loader's, which names a path or two.
+inline constexpr size_t kMostComplaint = 4096;
 /// Bytes of a request, which names a verb, a type and a few names.
 inline constexpr size_t kMostRequestBytes = size_t{64} << 10;
 

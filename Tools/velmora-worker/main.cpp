@@ -12,6 +12,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <optional>
 #include <unistd.h>
 
@@ -166,6 +167,17 @@ static int Serve(int socket, const CPlugIn& plugIn)
     }
 }
 
+/// The host listens to standard error until the libraries are loaded, for what the dynamic loader says. What is said
+/// later is for nobody.
+static void SilenceErrors()
+{
+    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (nothing >= 0) {
+        dup2(nothing, STDERR_FILENO);
+        close(nothing);
+    }
+}
+
 int main(int argc, char** argv)
 {
     tArguments arguments;
@@ -180,6 +192,7 @@ int main(int argc, char** argv)
     CPlugIn plugIn;
     tHello hello;
     hello.ready = plugIn.Load(arguments.plugIn, hello.message);
+    SilenceErrors();
     if (hello.ready) {
         CWarmUp warmUp(plugIn);
         warmUp.Run(arguments.profile);

@@ -63,7 +63,8 @@ static std::vector<char*> MakeEnvironment()
     return environment;
 }
 
-static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& process)
+/// @param errors  what its standard error is
+static bool SpawnWorker(const tWorkerSettings& settings, int socket, int errors, pid_t& process)
 {
     const std::string number = std::to_string(kWorkerSocket);
     const std::string memory = std::to_string(settings.memoryMegabytes);
@@ -102,9 +103,10 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
     posix_spawnattr_setpgroup(&attributes, 0);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
     // Nothing a library says in there may reach the user's terminal or data.
-    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDOUT_FILENO; ++descriptor) {
         posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_RDWR, 0);
     }
+    posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
     posix_spawn_file_actions_adddup2(&actions, socket, kWorkerSocket);
     const int error = posix_spawn(&process, settings.program.c_str(), &actions, &attributes,
                                   const_cast<char* const*>(arguments), MakeEnvironment().data());
@@ -112,6 +114,20 @@ static bool SpawnWorker(const tWorkerSettings& settings, int socket, pid_t& proc
     posix_spawn_file_actions_destroy(&actions);
     errno = error;
     return error == 0;
+}
+
+/// A pipe that never makes its writer wait: what does not fit is lost.
+static bool MakePipe(CDescriptor& out, CDescriptor& in)
+{
+    int ends[2];
+    if (pipe(ends) != 0) {
+        return false;
+    }
+    out.Reset(ends[0]);
+    in.Reset(ends[1]);
+    return std::all_of(std::begin(ends), std::end(ends), [](int end) {
+        return fcntl(end, F_SETFD, FD_CLOEXEC) == 0 && fcntl(end, F_SETFL, O_NONBLOCK) == 0;
+    });
 }
 
 tAnswer MakeNoRoom()
@@ -122,10 +138,13 @@ tAnswer MakeNoRoom()
 bool CWorker::Start(const tWorkerSettings& settings)
 {
     CDescriptor other;
+    CDescriptor errors;
+    mComplaint.clear();
     if (!MakeSocketPair(mSocket, other) || fcntl(mSocket.Get(), F_SETFL, O_NONBLOCK) != 0 ||
-        !SpawnWorker(settings, other.Get(), mProcess)) {
+        !MakePipe(mErrors, errors) || !SpawnWorker(settings, other.Get(), errors.Get(), mProcess)) {
         mProcess = 0;
         mSocket.Reset();
+        mErrors.Reset();
         return false;
     }
     mReader.emplace(mSocket.Get(), Bounds::kMostAnswerBytes);
@@ -243,10 +262,12 @@ CWorker::eEvent CWorker::HandleFrame(const tFrame& frame, tAnswer& answer)
                 break;
             }
             if (!mGreeting.ready) {
+                ReadComplaint();
                 answer = MakeFailure(mGreeting.reason, mGreeting.message);
                 Dismiss(std::chrono::milliseconds(Bounds::kEndMilliseconds));
                 return eEvent::kRefused;
             }
+            mErrors.Reset();
             mState = eState::kReady;
             return eEvent::kReady;
         case eFrameKind::kAnswer:
@@ -299,6 +320,7 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
         answer = MakeFailure(eFailure::kMemory, "the memory granted to the worker process did not suffice");
     } else {
         const std::optional<int> status = WaitForEnd(Bounds::kEndMilliseconds);
+        ReadComplaint();
         const std::string end = DescribeEnd(status);
         mWasKilled = status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL;
         answer = MakeFailure(eFailure::kCrash, mFatalReport.empty() ? end : "the importer gave up: " + mFatalReport);
@@ -309,6 +331,15 @@ CWorker::eEvent CWorker::Lose(tAnswer& answer, const char* misbehaviour)
     }
     Kill();
     return eEvent::kLost;
+}
+
+void CWorker::ReadComplaint()
+{
+    char text[Bounds::kMostComplaint];
+    const ssize_t count = mErrors.IsOpen() ? read(mErrors.Get(), text, sizeof text) : 0;
+    const std::string_view said(text, count > 0 ? static_cast<size_t>(count) : 0);
+    mComplaint = UTF8::MakeValid(said.substr(0, said.find('\n')));
+    mErrors.Reset();
 }
 
 std::optional<int> CWorker::WaitForEnd(int milliseconds)
@@ -336,6 +367,7 @@ void CWorker::Kill()
     mAsked.clear();
     mReader.reset();
     mSocket.Reset();
+    mErrors.Reset();
     if (mProcess > 0) {
         kill(mProcess, SIGKILL);
         // One that hangs in the kernel (a dead network disk) is left to whoever ends the host.

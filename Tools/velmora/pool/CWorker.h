@@ -91,6 +91,10 @@ public:
     /// What the worker said at its start.
     const tHello& GetGreeting() const { return mGreeting; }
 
+    /// The first line that the process printed on its standard error before it was ready, which is the dynamic loader's
+    /// where a library is missing. Kept when it could not start; else empty.
+    const std::string& GetComplaint() const { return mComplaint; }
+
     /// Ends the process at once.
     void Kill();
 
@@ -112,11 +116,14 @@ private:
     bool TakeAnswer(std::string_view payload, tAnswer& answer) const;
     eEvent Lose(tAnswer& answer, const char* misbehaviour);
     std::optional<int> WaitForEnd(int milliseconds);
+    void ReadComplaint();
     void GrantProcessorTime();
 
     eState mState = eState::kNone;
     pid_t mProcess = 0;
     CDescriptor mSocket;
+    CDescriptor mErrors;    ///< what the process prints on its standard error, until it is ready
+    std::string mComplaint; ///< the first line of that
     std::optional<CFrameReader> mReader;
     uint32_t mSequence = 0; ///< of the request sent last
     uint64_t mAnswered = 0;

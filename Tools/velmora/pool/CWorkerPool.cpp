@@ -2,6 +2,7 @@
 
 #include "Bounds.h"
 #include "Interrupt.h"
+#include "pool/MissingLibrary.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -239,6 +240,12 @@ void CWorkerPool::RefuseAll()
     }
 }
 
+/// What a worker that could not start has printed, and what to do about it.
+std::string CWorkerPool::DescribeComplaint(const CWorker& worker) const
+{
+    return worker.GetComplaint() + MissingLibrary::NameRemedy(worker.GetComplaint(), mSettings.program);
+}
+
 /// Takes what a slot's worker has sent.
 void CWorkerPool::Handle(tSlot& slot)
 {
@@ -257,6 +264,9 @@ void CWorkerPool::Handle(tSlot& slot)
             HandleReady(slot);
             break;
         case CWorker::eEvent::kRefused:
+            if (!slot.worker->GetComplaint().empty()) {
+                answer.failure.message += ": " + DescribeComplaint(*slot.worker);
+            }
             HandleFailedStart(slot, answer.failure, true);
             return;
         case CWorker::eEvent::kAnswer:
@@ -343,6 +353,8 @@ void CWorkerPool::HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer
             slot.worker->WasKilled()
                 ? "the worker process is killed as it starts, by a user or by the system, which may "
                   "be short of memory"
+            : !slot.worker->GetComplaint().empty()
+                ? "the worker process cannot start: " + DescribeComplaint(*slot.worker)
                 : "the plug-in cannot be loaded: " + answer.failure.message;
         HandleFailedStart(slot, MakeFailure(eFailure::kPlugIn, message).failure, false);
         if (slot.suspect) {

@@ -100,6 +100,7 @@ private:
     void HandleLoss(tSlot& slot, CWorker::eState before, tAnswer answer);
     void HandleLateness(tSlot& slot);
     void HandleFailedStart(tSlot& slot, const tFailure& failure, bool final);
+    std::string DescribeComplaint(const CWorker& worker) const;
     void GiveBack(tSlot& slot);
     void RenewIfDue(tSlot& slot);
     void AdaptDepth(tSlot& slot, size_t answers, tClock::time_point now);
