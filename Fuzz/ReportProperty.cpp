@@ -268,8 +268,9 @@ std::string Properties::Report(std::string_view input)
     case 1:
         return First({WrongText(Reports::CheckAsText(path, report)), WrongJSON(Reports::CheckInJSON(path, report))});
     case 2:
-        return First({WrongText(Reports::LibraryHeading(path, report)), WrongJSON(Reports::LibraryInJSON(path, report)),
-                      WrongTable(Reports::ArticleTable(path, report)), WrongCSV(Reports::ArticleTable(path, report))});
+        return First({WrongText(Escapes::ForTerminal(Reports::LibraryHeading(path, report)) + "\n"),
+                      WrongJSON(Reports::LibraryInJSON(path, report)), WrongTable(Reports::ArticleTable(path, report)),
+                      WrongCSV(Reports::ArticleTable(path, report))});
     default:
         return OfParts(path, bytes, report);
     }

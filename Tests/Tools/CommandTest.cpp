@@ -2,6 +2,7 @@
 #include "ExitCodes.h"
 #include "Importer/Names.h"
 #include "ProgramRun.h"
+#include "output/Terminal.h"
 
 #include <algorithm>
 #include <iterator>
@@ -26,7 +27,9 @@ import --memory -1 x = --memory; import --tiemout=3 x = --tiemout; import --null
 import --files-from - - = standard input; import --files-from /nonexistent = No such file;
 import --raw x = --name; import -d4 x = --detail; schema operand = operand; parts = nothing to add up;
 parts --no-stock --stock x x = --no-stock; index - = standard input; index --status x = read nothing;
-search = nothing to search for; search --cuont = --cuont)");
+search = nothing to search for; search --cuont = did you mean '--count'?; --hlep = did you mean '--help'?;
+import --format jsno x = 'jsno' is none of text, json, plist; import --format jsno x = did you mean 'json'?;
+import --jobs 0 x = '0' is no; render --size abc x = 'abc' is no; import -n foo x = kMDItemAuthors (author))");
     for (std::string line; std::getline(wrong, line, ';');) {
         const size_t equals = line.find(" = ");
         const tProgramResult result = run(line.substr(0, equals));
@@ -56,6 +59,43 @@ search = nothing to search for; search --cuont = --cuont)");
         EXPECT_NE((c.status == kExitOK ? result.out : result.err).find(c.said), std::string::npos) << c.line;
         EXPECT_TRUE(c.status != kExitOK || result.err.empty()) << result.err;
     }
+}
+
+TEST(CommandLine, FitsTheTerminal)
+{
+    const std::string layout = "a.velmora";
+    tProgramRun run;
+    run.folder = MakeFolder("shown");
+    WriteFile(run.folder + "/" + layout, MakeLayout("first\r\nsecond\x1B[2J"));
+    run.environment = {"TERM=xterm", "NO_COLOR=1"};
+    const auto show = [&run](std::vector<std::string> arguments, unsigned short columns) {
+        run.arguments = std::move(arguments);
+        run.arguments.insert(run.arguments.begin(), BUILD_FOLDER "/velmora");
+        run.columns = columns;
+        std::string out = RunProgram(run).out;
+        out.erase(std::remove(out.begin(), out.end(), '\r'), out.end());
+        return out;
+    };
+    for (const unsigned short columns : std::initializer_list<unsigned short>{40, 60, 80}) {
+        for (const std::vector<std::string>& arguments :
+             {std::vector<std::string>{"help"},
+              {"help", "search"},
+              {"schema"},
+              {"import", layout},
+              {"library", SOURCE_FOLDER "/Samples/libraries/Halvensen H0 Profilgleis"}}) {
+            std::istringstream lines(show(arguments, columns));
+            for (std::string line; std::getline(lines, line);) {
+                const size_t isBold = line.starts_with("\x1B[1m") ? 7 : 0;
+                EXPECT_LE(Terminal::CountColumns(line), columns + isBold) << line;
+            }
+        }
+    }
+    const std::string imported = show({"import", layout}, 80);
+    EXPECT_EQ(imported.rfind("\x1B[1m" + layout + "\x1B[m\n", 0), 0U) << imported;
+    EXPECT_NE(imported.find("Description:  first\n                second\\x1B[2J\n"), std::string::npos) << imported;
+    const std::vector<std::string> wide = {"schema", "--wide"};
+    EXPECT_EQ(show(wide, 40), RunVelmora(wide).out);
+    EXPECT_EQ(show({"render", SOURCE_FOLDER "/Samples/oval.velmora"}, 80), "");
 }
 
 TEST(Import, GivesEverySampleItsAttributesOrItsCode)
@@ -165,7 +205,8 @@ TEST(Import, TakesEveryNameAndEverySource)
               "<dict><key>kMDItemDescription</key><string>a&lt;b&#13;</string></dict></dict></array></plist>");
     const tProgramResult empty = RunVelmora({"import", MakeFolder("nothing")});
     EXPECT_EQ(empty.status, kExitOK);
-    EXPECT_EQ(empty.out + empty.err, "");
+    EXPECT_EQ(empty.out, "");
+    EXPECT_NE(empty.err.find("/nothing: there are no layouts in this folder\n"), std::string::npos) << empty.err;
 }
 
 TEST(Import, PrintsWhatIsAskedFor)
@@ -182,10 +223,10 @@ TEST(Import, PrintsWhatIsAskedFor)
         return RunVelmora(options);
     };
     const tProgramResult raw =
-        import({"-n", "kMDItemLayerNames", "-n", "absent", "--name=kMDItemDescription", "--raw", "--null-marker", "-"});
+        import({"-n", "LAYERS", "-n", "revision", "--name=kMDItemDescription", "--raw", "--null-marker", "-"});
     std::string out = raw.out;
     std::replace(out.begin(), out.end(), '\0', '|');
-    EXPECT_EQ(out, "Layer 0\nLayer 1|-|first|-|-|-|Layer 0|-|third");
+    EXPECT_EQ(out, "Layer 0\nLayer 1|1.2|first|-|-|-|Layer 0|1.2|third");
     EXPECT_EQ(raw.err, "velmora: " + folder + "/b.velmora: is not a layout document\n");
     EXPECT_EQ(raw.status, kExitFailed);
 
@@ -311,7 +352,16 @@ TEST(Installation, WorksFromAnotherPlaceWithoutAnEnvironment)
     ASSERT_EQ(stat((home + "/.local/state/velmora").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0700U);
 
-    std::filesystem::remove_all(moved + "/" INSTALLED_LIBRARIES "/" + std::string(Importer::kBundleName));
+    const std::string libraries = moved + "/" INSTALLED_LIBRARIES "/";
+    std::filesystem::rename(libraries + "libvelmora-platform.so", libraries + "away");
+    EXPECT_NE(ReadFile(libraries + "velmora-worker.packages").find("libstdc++.so.6 libstdc++6\n"), std::string::npos);
+    WriteFile(libraries + "velmora-worker.packages", "libvelmora-platform.so platform1\n");
+    result = RunProgram(run);
+    EXPECT_NE(result.err.find("libvelmora-platform.so: cannot open"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("; install the package platform1\n"), std::string::npos) << result.err;
+    std::filesystem::rename(libraries + "away", libraries + "libvelmora-platform.so");
+
+    std::filesystem::remove_all(libraries + std::string(Importer::kBundleName));
     result = RunProgram(run);
     EXPECT_EQ(result.status, kExitFailed);
     EXPECT_NE(result.err.find("there is no importer plug-in"), std::string::npos) << result.err;

@@ -3,6 +3,7 @@
 #include "output/CTable.h"
 #include "output/Escapes.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 TEST(Escapes, MakeTextsHarmless)
@@ -35,14 +36,62 @@ TEST(Escapes, MakeTextsHarmless)
     }
 }
 
+TEST(Terminal, BreaksAndCutsTextsOfAnyScript)
+{
+    EXPECT_EQ(Terminal::CountColumns("Zu\u0308g \u65E5\u672C \u00A7"), 10U); // combining, wide, ambiguous
+    EXPECT_EQ(Terminal::Wrap("one two  three\r\n\nfour\rfive\t\n", 8),
+              (std::vector<std::string>{"one two", "three", "", "four", "five\\t"}));
+    for (const std::string text :
+         {"a\u65E5\u672Cb u\u0308\u0308\u0308 ", "ein \u00DCberholgleis/\u5BD2\u5BD2 \x1B[m"}) {
+        for (size_t width = 2; width < 30; ++width) {
+            std::string joined;
+            for (const std::string& line : Terminal::Wrap(text, width)) {
+                EXPECT_LE(Terminal::CountColumns(line), width);
+                joined += line;
+            }
+            std::string plain = Escapes::ForTerminal(text);
+            for (std::string* one : {&plain, &joined}) {
+                one->erase(std::remove(one->begin(), one->end(), ' '), one->end());
+            }
+            EXPECT_EQ(joined, plain);
+            EXPECT_LE(Terminal::CountColumns(Terminal::CutMiddle(Escapes::ForTerminal(text), width)), width);
+        }
+    }
+    EXPECT_EQ(Terminal::Fit(
+                  "Examples:\n  velmora import 'a b' --format json plan.velmora\n\n  --name X    One or two words\n",
+                  {26, true, false}),
+              "Examples:\n  velmora import 'a b' \\\n    --format json \\\n    plan.velmora\n\n"
+              "  --name X\n      One or two words\n");
+}
+
 TEST(Progress, FitsTheTerminal)
 {
-    const tProgress known = {250, 3, 1000, "/home/me/\x1B[2J/Gr\u00FCn.velmora"};
-    EXPECT_EQ(CProgress::FormatBar(known, 2, 200),
-              "[#####...............] 250/1000 documents, 125/s, 0:06 left, 3 failed  /home/me/\\x1B[2J/Gr??n.velmora");
-    EXPECT_EQ(CProgress::FormatBar(known, 2, 82).size(), 82U);
+    const tProgress known = {250, 3, 1000, "/home/me/\x1B[2J/a/b/Gr\u00FCn.velmora"};
+    const std::pair<size_t, const char*> cases[] = {
+        {200, "[#####...............] 250/1000 documents, 125/s, 0:06 left, 3 failed  "
+              "/home/me/\\x1B[2J/a/b/Gr\u00FCn.velmora"},
+        {90, "[#####...............] 250/1000 documents, 125/s, 0:06 left, 3 failed  /home/…Gr\u00FCn.velmora"},
+        {64, "[##........] 250/1000 documents, 125/s, 0:06 left, 3 failed"},
+        {40, "250/1000 documents, 0:06 left, 3 failed"},
+        {30, "250/1000 documents, 3 failed"},
+        {20, "250/1000 documents"}};
+    for (const auto& [width, bar] : cases) {
+        EXPECT_EQ(CProgress::FormatBar(known, 2, width), bar);
+    }
     // A total that was counted before more documents came is none.
     EXPECT_EQ(CProgress::FormatBar({250, 0, 200, ""}, 5000, 80), "250 documents, 0/s");
+}
+
+TEST(Table, NarrowsAndLeavesOutColumnsWhereALineIsTooShort)
+{
+    CTable table({{"Library", false, 2}, {"Text"}, {"Kind", false, 1}, {"Count", true}});
+    table.AddRow({"Halvensen", "Gerades Gleis,\nWeichenstra\u00DFe", "straight track", "12"});
+    EXPECT_EQ(table.ToText({40, true, false}), "Text            Kind            Count\n"
+                                               "Gerades Gleis,  straight track     12\nWeichenstra\u00DFe\n"
+                                               "(no room for: Library; --wide shows\n  them)\n");
+    EXPECT_EQ(table.ToText({tLook::kUnlimited, true, true}),
+              "\x1B[1mLibrary    Text            Kind            Count\x1B[m\n"
+              "Halvensen  Gerades Gleis,  straight track     12\n           Weichenstra\u00DFe\n");
 }
 
 TEST(Table, GuardsEachKindOfReader)

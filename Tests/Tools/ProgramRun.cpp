@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -44,6 +45,12 @@ tProgramResult RunProgram(const tProgramRun& run)
     int err[2];
     if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) {
         return result;
+    }
+    if (run.columns > 0) {
+        winsize size = {40, run.columns, 0, 0};
+        close(out[0]);
+        close(out[1]);
+        EXPECT_EQ(openpty(&out[0], &out[1], nullptr, nullptr, &size), 0);
     }
     const pid_t process = fork();
     if (process == 0) {

@@ -21,6 +21,7 @@ struct tProgramRun {
     std::string input;                  ///< of its standard input, a pipe
     bool emptyEnvironment = false;
     std::vector<std::string> environment; ///< NAME=VALUE, added
+    unsigned short columns = 0;           ///< of a terminal that its output goes to; 0 for a pipe
     std::string folder;                   ///< where it runs; empty for here
     int signal = 0;                       ///< sent to it when it has run for that long
     std::chrono::nanoseconds signalAfter = {};

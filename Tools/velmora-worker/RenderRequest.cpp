@@ -3,6 +3,7 @@
 #include "Layouts/Rendering/CLayoutRenderer.h"
 #include "Layouts/Utilities/CBoundLayout.h"
 #include "Requests.h"
+#include "Texts.h"
 
 #include "Layers/CLayerManager.h"
 #include "Platform/Drawing.h"
@@ -12,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <sys/stat.h>
 
@@ -20,21 +22,54 @@ namespace {
 constexpr int kPageLong = 842;
 constexpr int kPageShort = 595;
 
-/// Sets the layers by their names. @return an empty string, or the name of the first that is not there
+/// Whether two texts differ in capitals only.
+bool IsSameInAnyCase(const std::string& one, const std::string& other)
+{
+    const CFStringRef first = MakeString(one);
+    const CFStringRef second = MakeString(other);
+    const bool isSame =
+        first != nullptr && second != nullptr && CFStringCompare(first, second, kCFCompareCaseInsensitive) == 0;
+    for (const CFStringRef text : {first, second}) {
+        if (text != nullptr) {
+            CFRelease(text);
+        }
+    }
+    return isSame;
+}
+
+/// Says which layers there are, the first of them.
+std::string ListLayers(const std::vector<std::string>& names)
+{
+    constexpr size_t kMostNamed = 20;
+    std::string list;
+    for (size_t i = 0; i < std::min(names.size(), kMostNamed); ++i) {
+        list += (i > 0 ? ", '" : "'") + names[i] + "'";
+    }
+    const size_t others = names.size() - std::min(names.size(), kMostNamed);
+    return names.empty() ? "the layout has none"
+                         : "there are " + list + (others > 0 ? " and " + std::to_string(others) + " more" : "");
+}
+
+/// Sets the layers by their names, those of that very name before those that differ in capitals.
+/// @return an empty string, or what is wrong with the names
 std::string ChooseLayers(CLayout& layout, const std::vector<std::string>& names, tPictureOptions& options)
 {
     CLayerManager* const layers = layout.GetLayerList();
+    std::vector<std::string> present;
+    for (int i = 0; i < layers->GetNumberOfLayers(); ++i) {
+        present.push_back(Platform::MacRomanToUtf8(layers->GetLayerAtIndex(i)->GetName()));
+    }
     for (const std::string& name : names) {
-        bool found = false;
-        for (int i = 0; i < layers->GetNumberOfLayers(); ++i) {
-            const CLayer* layer = layers->GetLayerAtIndex(i);
-            if (Platform::MacRomanToUtf8(layer->GetName()) == name) {
-                options.layers.insert(layer);
-                found = true;
+        const bool isExact = std::find(present.begin(), present.end(), name) != present.end();
+        bool isFound = false;
+        for (size_t i = 0; i < present.size(); ++i) {
+            if (isExact ? present[i] == name : IsSameInAnyCase(present[i], name)) {
+                options.layers.insert(layers->GetLayerAtIndex(static_cast<int>(i)));
+                isFound = true;
             }
         }
-        if (!found) {
-            return name;
+        if (!isFound) {
+            return "there is no layer '" + name + "'; " + ListLayers(present);
         }
     }
     options.hasLayers = !names.empty();
@@ -131,9 +166,9 @@ tAnswer AnswerRender(const std::string& path, int document, const tPictureWish& 
     options.hasLabels = wish.hasLabels;
     options.hasGrid = wish.hasGrid;
     options.trackStyle = UTrackStyles::CodeOf(wish.style);
-    const std::string missing = ChooseLayers(layout, wish.layers, options);
-    if (!missing.empty()) {
-        return MakeFailure(eFailure::kPath, "there is no layer '" + missing + "'");
+    const std::string problem = ChooseLayers(layout, wish.layers, options);
+    if (!problem.empty()) {
+        return MakeFailure(eFailure::kPath, problem);
     }
     return Draw(layout, wish, options);
 }

@@ -30,12 +30,14 @@ static constexpr int kLeftOpen = 64;
 namespace {
 struct tDoctorOptions : tWorkerOptions {
     std::string format = "text";
+    bool wide = false; ///< lines are not fitted to a terminal
 };
 } // namespace
 
 static void AddDoctorOptions(CParser& parser, tDoctorOptions& options)
 {
     AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (one object)");
+    AddWideOption(parser, options.wide);
     AddWorkerOptions(parser, options);
 }
 
@@ -50,7 +52,7 @@ public:
     void Run();
     bool IsWell() const { return mProblems.empty(); }
     ordered_json GetFindings() const;
-    std::string GetText() const;
+    std::string GetText(const tLook& look) const;
 
 private:
     void ExamineSandbox();
@@ -60,7 +62,7 @@ private:
     void ExaminePreferences();
     void ExamineIndex();
     void Add(const std::string& problem) { mProblems.push_back(problem); }
-    std::string GetTrialsText() const;
+    std::string GetTrialsText(const tLook& look) const;
 
     const tDoctorOptions& mOptions;
     std::optional<tFailure> mCannotServe;
@@ -271,9 +273,9 @@ static std::string Word(const ordered_json& trial)
                                                          : ": " + detail);
 }
 
-std::string CExamination::GetTrialsText() const
+std::string CExamination::GetTrialsText(const tLook& look) const
 {
-    CTable table({{"Tried in a worker"}, {"Outside"}, {"In the sandbox"}, {"By one layer alone"}});
+    CTable table({{"Tried in a worker"}, {"Outside", false, 2}, {"In the sandbox"}, {"By one layer alone", false, 1}});
     for (const ordered_json& trial : mSandbox["trials"]) {
         std::string layers;
         for (const auto& layer : trial["layers"].items()) {
@@ -281,10 +283,10 @@ std::string CExamination::GetTrialsText() const
         }
         table.AddRow({trial.value("description", ""), Word(trial["outside"]), Word(trial["confined"]), layers});
     }
-    return table.IsEmpty() ? std::string() : "\n" + table.ToText();
+    return table.IsEmpty() ? std::string() : "\n" + table.ToText(look);
 }
 
-std::string CExamination::GetText() const
+std::string CExamination::GetText(const tLook& look) const
 {
     std::string text =
         Line("Version", GetVersion()) + Line("Worker", mSettings.program) + Line("Plug-in", mSettings.plugIn);
@@ -313,12 +315,12 @@ std::string CExamination::GetText() const
         const std::string on = layer.value("on", false) ? "on   " : "OFF  ";
         text += Line("  " + layer.value("name", ""), on + layer.value("detail", ""));
     }
-    text += mSandbox.contains("trials") ? GetTrialsText() : std::string();
-    text += mProblems.empty() ? "\nAll is well.\n" : "\nProblems:\n";
+    std::string problems = mProblems.empty() ? "\nAll is well.\n" : "\nProblems:\n";
     for (const std::string& problem : mProblems) {
-        text += "  " + Escapes::ForTerminal(problem) + "\n";
+        problems += "  " + Escapes::ForTerminal(problem) + "\n";
     }
-    return text;
+    return Terminal::Fit(text, look) + (mSandbox.contains("trials") ? GetTrialsText(look) : std::string()) +
+           Terminal::Fit(problems, look);
 }
 
 static int RunDoctor(const tDoctorOptions& options)
@@ -332,7 +334,7 @@ static int RunDoctor(const tDoctorOptions& options)
     if (options.format == "json") {
         CJSONLines(output).Write(examination.GetFindings());
     } else {
-        output.Write(examination.GetText());
+        output.Write(examination.GetText(Terminal::GetLook(STDOUT_FILENO, options.wide)));
     }
     const bool written = output.Flush() || output.IsReaderGone();
     return written && examination.IsWell() ? kExitOK : kExitFailed;

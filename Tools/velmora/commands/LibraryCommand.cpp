@@ -11,6 +11,7 @@
 namespace {
 struct tListOptions : tBatchOptions {
     std::string format = "text";
+    bool wide = false; ///< tables are not fitted to a terminal
 };
 } // namespace
 
@@ -18,6 +19,7 @@ static void AddListOptions(CParser& parser, tListOptions& options)
 {
     AddFormatOption(parser, options.format, {"text", "json", "csv"},
                     "text (for people), json (an object a file) or csv");
+    AddWideOption(parser, options.wide);
 }
 
 static void AddLibraryOptions(CParser& parser, tListOptions& options)
@@ -87,8 +89,13 @@ static std::string Dimension(const CReport& article)
 
 CTable Reports::ArticleTable(const std::string& library, const CReport& report)
 {
-    CTable table(
-        {{"Library"}, {"Number"}, {"Description"}, {"Kind"}, {"Dimensions"}, {"Price", true}, {"Currency", true}});
+    CTable table({{"Library", false, 4},
+                  {"Number"},
+                  {"Description"},
+                  {"Kind", false, 2},
+                  {"Dimensions", false, 1},
+                  {"Price", true, 1},
+                  {"Currency", true, 3}});
     report.ForEach("articles", [&](const CReport& article) {
         table.AddRow({library, article.GetText("number"), article.GetText("description"), article.GetText("kind"),
                       Dimension(article), std::to_string(article.GetNumber("price")),
@@ -128,10 +135,8 @@ std::string Reports::LibraryInJSON(const std::string& path, const CReport& repor
 
 std::string Reports::LibraryHeading(const std::string& path, const CReport& report)
 {
-    return Escapes::ForTerminal(DocumentNames::NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " +
-                                report.GetText("scale") + ", " + report.GetText("content") + ", " +
-                                std::to_string(report.GetCount("articles")) + " articles") +
-           "\n";
+    return DocumentNames::NameOfFile(path) + ": " + report.GetText("manufacturer") + ", " + report.GetText("scale") +
+           ", " + report.GetText("content") + ", " + std::to_string(report.GetCount("articles")) + " articles";
 }
 
 static int RunLibrary(const tListOptions& options)
@@ -144,7 +149,12 @@ static int RunLibrary(const tListOptions& options)
         }
         const CTable table = Reports::ArticleTable(name, report);
         if (options.format == "text") {
-            return Reports::LibraryHeading(path, report) + table.ToText();
+            const tLook look = Terminal::GetLook(STDOUT_FILENO, options.wide);
+            std::string text;
+            for (const std::string& line : Terminal::ToLines(Reports::LibraryHeading(path, report), look, look.width)) {
+                text += line + "\n";
+            }
+            return text + table.ToText(look);
         }
         const std::string lines = table.ToCSV(isatty(STDOUT_FILENO) != 0);
         return std::exchange(hasTitles, true) ? lines.substr(lines.find('\n') + 1) : lines; // one line of titles
@@ -176,7 +186,8 @@ static int RunStock(const tListOptions& options)
         report.ForEach("items", [&table](const CReport& item) {
             table.AddRow({item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
         });
-        return options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0) : table.ToText();
+        return options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0)
+                                       : table.ToText(Terminal::GetLook(STDOUT_FILENO, options.wide));
     });
 }
 

@@ -15,8 +15,6 @@
 namespace {
 constexpr const char* kStyles[] = {"line", "filled", "plan", "bed", "sleepers"};
 
-const char* const kNoSize = "--size is WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
-
 /// What render and thumbnail have in common.
 struct tPictureOptions : tBatchOptions {
     std::string outputFolder; ///< for a picture of each layout; empty for one picture
@@ -247,7 +245,8 @@ std::string CheckRender(const tRenderOptions& options)
         return "--output is for one picture, --output-dir for many: one of them, please";
     }
     if (!options.size.empty() && !ParseSize(options.size, width, height)) {
-        return kNoSize;
+        return "--size: '" + Escapes::ForTerminal(options.size) +
+               "' is no WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
     }
     if (!GoesToStandardOutput(options.output) && !FindKind(options)) {
         return "the name of the output tells no format: end it in .svg, .png or .pdf, or give --format";
@@ -259,9 +258,8 @@ int RunRender(const tRenderOptions& options)
 {
     tPictureWish wish;
     wish.kind = FindKind(options).value_or(ePictureKind::kSVG);
-    if (options.outputFolder.empty() && GoesToStandardOutput(options.output) && wish.kind != ePictureKind::kSVG &&
-        isatty(STDOUT_FILENO) != 0) {
-        COutput::PrintMessage("a picture of this format is nothing for a terminal; name a file with -o");
+    if (options.outputFolder.empty() && GoesToStandardOutput(options.output) && isatty(STDOUT_FILENO) != 0) {
+        COutput::PrintMessage("a picture is nothing for a terminal; name a file with -o plan.svg");
         return kExitUsage;
     }
     if (!options.size.empty()) {
@@ -290,8 +288,9 @@ std::string CheckThumbnail(const tThumbnailOptions& options)
     if (options.outputFolder.empty() && options.paths.size() != 2) {
         return "name the layout and the file to write, or layouts and --output-dir";
     }
-    return ParseNumber(options.size, Bounds::kMostThumbnailSide, side) ? ""
-                                                                       : "--size is a number of pixels, at most 2048";
+    return ParseNumber(options.size, Bounds::kMostThumbnailSide, side)
+               ? ""
+               : "--size: '" + Escapes::ForTerminal(options.size) + "' is no number of pixels, at most 2048";
 }
 
 int RunThumbnail(const tThumbnailOptions& options)

@@ -15,7 +15,7 @@ std::string CheckAsText(const std::string& path, const CReport& report);
 std::string CheckInJSON(const std::string& path, const CReport& report);
 
 CTable ArticleTable(const std::string& library, const CReport& report);
-/// A line above the table.
+/// What stands above the table, with any characters.
 std::string LibraryHeading(const std::string& path, const CReport& report);
 std::string LibraryInJSON(const std::string& path, const CReport& report);
 

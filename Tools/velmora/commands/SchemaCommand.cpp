@@ -11,12 +11,14 @@
 namespace {
 struct tSchemaOptions : tWorkerOptions {
     std::string format = "text";
+    bool wide = false; ///< lines are not fitted to a terminal
 };
 } // namespace
 
 static void AddSchemaOptions(CParser& parser, tSchemaOptions& options)
 {
     AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (one object)");
+    AddWideOption(parser, options.wide);
     AddWorkerOptions(parser, options);
 }
 
@@ -94,7 +96,8 @@ static int RunSchema(const tSchemaOptions& options)
                                          ? Reports::SchemaInJSON(answer.schema)
                                          : JSON::ToLine({{"ok", false}, {"error", DescribeFailure(answer.failure)}}));
     } else if (answer.ok) {
-        output.Write(Reports::SchemaAsText(answer.schema));
+        output.Write(
+            Terminal::Fit(Reports::SchemaAsText(answer.schema), Terminal::GetLook(STDOUT_FILENO, options.wide)));
     }
     if (!answer.ok) {
         COutput::PrintMessage(Escapes::ForTerminal(answer.failure.message));

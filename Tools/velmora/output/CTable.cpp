@@ -6,7 +6,7 @@
 
 namespace {
 /// A text is not broken into lines narrower than this as long as a column can be left out instead.
-constexpr size_t kNarrowestText = 10;
+constexpr size_t kNarrowestText = 16;
 /// Between columns.
 constexpr size_t kGap = 2;
 
