@@ -18,11 +18,11 @@ problems = []
 
 
 def validator(name):
-    return jsonschema.Draft202012Validator({"$defs": schema["$defs"], "$ref": "#/$defs/" + name})
+    return jsonschema.Draft202012Validator({"$defs": schema["$defs"], "$ref": "#/$defs/" + name.replace(" --", "-")})
 
 
-def run(name, arguments, good, bad):
-    """Runs a command that is to print so many records with "ok", and so many without."""
+def run(name, arguments, good, bad, status=None):
+    """Runs a command that is to print so many records of good inputs, and so many of bad ones."""
     words = name.split() + [str(argument) for argument in arguments]
     result = subprocess.run([velmora] + words, capture_output=True, timeout=120)
     records = [json.loads(line) for line in result.stdout.splitlines()]
@@ -34,7 +34,7 @@ def run(name, arguments, good, bad):
     counts = [sum(record.get("ok", True) is ok for record in records) for ok in (True, False)]
     if counts != [good, bad]:
         wrong.append(f"{counts[0]} good and {counts[1]} bad records, not {good} and {bad}")
-    if result.returncode != (1 if bad else 0):
+    if result.returncode != (min(bad, 1) if status is None else status):
         wrong.append(f"status {result.returncode}: {result.stderr.decode()}")
     problems.extend(f"velmora {' '.join(words)}: {text}" for text in wrong)
     return records
@@ -61,6 +61,10 @@ with tempfile.TemporaryDirectory() as folder_name:
     run("schema", as_json + ["--plugin", missing], 0, 1)
     run("doctor", as_json, 1, 0)
     run("doctor", as_json + ["--plugin", missing], 0, 1)
+    run("index", as_json + [samples, folder], 1, 0, 1)
+    run("index --status", as_json, 1, 0)
+    run("index --failed", as_json, 0, 1, 0)
+    run("index --forget", [samples, "--forget", missing] + as_json, 1, 1)
 
     # A schema that lets everything pass would be no test of anything.
     record = run("import", as_json + [good], 1, 0)[0]

@@ -233,7 +233,7 @@ std::string CheckRender(const tRenderOptions& options)
 {
     uint32_t width = 0;
     uint32_t height = 0;
-    const std::string wrong = CheckPictureOptions(options, GoesToStandardOutput(options.output));
+    std::string wrong = CheckPictureOptions(options, GoesToStandardOutput(options.output));
     if (!wrong.empty()) {
         return wrong;
     }
@@ -281,7 +281,7 @@ void AddThumbnailOptions(CParser& parser, tThumbnailOptions& options)
 std::string CheckThumbnail(const tThumbnailOptions& options)
 {
     uint32_t side = 0;
-    const std::string wrong = CheckPictureOptions(options, false);
+    std::string wrong = CheckPictureOptions(options, false);
     if (!wrong.empty()) {
         return wrong;
     }
