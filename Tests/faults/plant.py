@@ -204,7 +204,10 @@ def run(path, folder, number, seconds, only, first=False):
         failed = []
         times = {}
         if report.exists():
-            for case in ElementTree.parse(report).iter("testcase"):
+            # Messages may show bytes that no XML can hold, and gtest writes them as they are.
+            text = re.sub("[^\t\n\r -\ud7ff\ue000-\ufffd\U00010000-\U0010ffff]", "?",
+                          report.read_bytes().decode(errors="replace"))
+            for case in ElementTree.fromstring(text.encode()).iter("testcase"):
                 name = "%s.%s" % (case.get("classname"), case.get("name"))
                 times[name] = float(case.get("time", 0))
                 if case.find("failure") is not None:
