@@ -1,7 +1,7 @@
 // The search index: storing rows, ranked queries, and whole runs of the host over a folder of small documents.
 #include "Documents.h"
 #include "index/CIndexDatabase.h"
-#include "index/CQuery.h"
+#include "index/CIndexSearch.h"
 
 #include <benchmark/benchmark.h>
 
@@ -71,9 +71,15 @@ public:
     /// About as many words as a layout of 4 kB has.
     tIndexedTexts Document(int number)
     {
-        return {"Plan " + std::to_string(number),   Words(2, 2000, "author"), Words(8, 20000, "word"),
-                "1." + std::to_string(number % 10), Words(4, 500, "layer"),   Words(2, 200, "library"),
-                Words(6, 5000, "article"),          Words(20, 20000, "word")};
+        return {"Plan " + std::to_string(number),
+                Words(2, 2000, "author"),
+                Words(8, 20000, "word"),
+                "1." + std::to_string(number % 10),
+                Words(4, 500, "layer"),
+                Words(2, 200, "library"),
+                Words(6, 5000, "article"),
+                Words(20, 20000, "word"),
+                "Layouts, Folder " + std::to_string(number / kFilesInFolder)};
     }
 
 private:
@@ -91,11 +97,13 @@ void Fill(CIndexDatabase& index)
         origin.hash = "0123456789abcdef";
         origin.importer = "1";
         index.Find(origin.path);
-        index.StoreTexts(origin, writer.Document(i), 1700000000);
+        index.StoreTexts(origin, writer.Document(i), {1700000000, static_cast<uint32_t>(i % 200), 5000, {{"H0", 1650}}},
+                         1700000000);
         if (i % 1000 == 999) {
             index.Commit();
         }
     }
+    index.Optimize(); // as a run does that has added most of what there is
     index.Commit();
 }
 
@@ -135,18 +143,21 @@ void Query(benchmark::State& state, const char* text)
         Fill(index);
     }
     CIndexDatabase index(path, CIndexDatabase::eAccess::kRead);
-    std::string expression;
     for (auto unused : state) {
-        const CQuery query(text, [&](std::string_view word) { return index.HasWords(word); });
-        expression = query.GetExpression();
+        CIndexSearch search(index, text);
         size_t found = 0;
-        index.Search(expression, {}, 20, [&](const tFoundDocument&) {
+        search.Find({{}, eSearchOrder::kRelevance, 0, 20}, [&](const tFoundDocument&) {
             ++found;
             return true;
         });
         benchmark::DoNotOptimize(found);
+        if (found == 0) { // as a terminal is told
+            const std::string suggestion = search.Suggest();
+            state.SetLabel(suggestion);
+        }
     }
-    state.counters["documents"] = static_cast<double>(index.Count(expression, {}));
+    state.counters["whole"] = static_cast<double>(CIndexSearch(index, text, true).Count({}));
+    state.counters["documents"] = static_cast<double>(CIndexSearch(index, text).Count({}));
 }
 
 /// Copies of one small layout that differ in their texts.
@@ -202,6 +213,16 @@ BENCHMARK_CAPTURE(Query, two_rare_words, "word1234 word777")->Unit(benchmark::kM
 BENCHMARK_CAPTURE(Query, two_usual_words, "word40 author:author12")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Query, two_common_words, "word5 word9")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Query, word_of_nearly_all, "word1 word2")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, one_word_of_most, "word2")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, two_words_of_most, "word2 word3")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, common_and_rare, "word2 word12345")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, words_never_together, "name:plan article:word2")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, part, "ticle77")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, two_parts, "ord40 thor12")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, part_of_all, "*ord*")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, mistyped, "autohr1234 word1")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, figure_alone, "elements:150..160")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Query, word_and_figure, "word2 elements:150")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Query, phrase, "\"word40 word12\"")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Query, beginning, "word77* layer4")->Unit(benchmark::kMillisecond);
 BENCHMARK(IndexFolder)->UseManualTime()->Iterations(1)->Unit(benchmark::kSecond);

@@ -36,6 +36,21 @@ inline constexpr int kDeepestQuery = 20;
 inline constexpr size_t kMostQueryTerms = 200;
 /// More bytes than this are not a query but a file that got into the command line.
 inline constexpr size_t kMostQueryBytes = 16384;
+/// Words of the index that a part of a word stands for, and those of a whole query: each costs some 10 µs and what its
+/// documents take. People's words are in dozens of others.
+inline constexpr size_t kMostPartWords = 200;
+inline constexpr size_t kMostQueryPartWords = 1000;
+/// Documents that are ranked where there are more, and only the best are wanted: about a millisecond.
+inline constexpr size_t kMostRanked = 500;
+/// So many times as far as it took to find those, it is looked for documents with the words in prominent places.
+inline constexpr int64_t kProminentReach = 16;
+/// Bytes of a text in which a passage is looked for, from its beginning: a thick book.
+inline constexpr size_t kMostPassageText = size_t{1} << 20;
+
+// The words of an index, of which parts are found.
+/// Bytes of a word; of those that are gathered until they are written.
+inline constexpr size_t kLongestPart = 64;
+inline constexpr size_t kMostNewWordBytes = size_t{64} << 20;
 
 // What is made.
 

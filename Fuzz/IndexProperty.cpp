@@ -1,6 +1,7 @@
 #include "CScratchFolder.h"
 #include "Properties.h"
 #include "index/CIndexDatabase.h"
+#include "index/CIndexSearch.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fcntl.h>
@@ -46,9 +47,13 @@ static void Read(const std::string& path)
     Try(path, [&] { index.ForEachFailed([](const tFailedDocument&) { return true; }); });
     Try(path, [&] { index.Find("/a/1"); });
     Try(path, [&] { index.IsReachable("/a/1"); });
-    for (const char* expression : {"\"gleis\"", "name : \"ha\" * OR \"kai\"", "\"a\" AND \"b\""}) {
-        Try(path, [&] { index.Count(expression, "/a"); });
-        Try(path, [&] { index.Search(expression, {}, 5, [](const tFoundDocument&) { return true; }); });
+    for (const char* query : {"gleis", "name:ha* OR *ai", "a b", "gauge:H0 elements:>1", "xaf OR created:<2030"}) {
+        CIndexSearch search(index, query);
+        Try(path, [&] { search.Count("/a"); });
+        Try(path, [&] {
+            search.Find({{}, eSearchOrder::kRelevance, 0, 5}, [](const tFoundDocument&) { return true; });
+        });
+        Try(path, [&] { search.Suggest(); });
     }
 }
 
@@ -56,7 +61,8 @@ static void Change(const std::string& path)
 {
     CIndexDatabase index(path, eAccess::kWrite);
     Try(path, [&] {
-        index.StoreTexts({"/a/1", {1, 2, 3}, "hash", "importer"}, {"Hafen", "", "Gleis", "", "", "", "", "Kai"}, 1);
+        index.StoreTexts({"/a/1", {1, 2, 3}, "hash", "importer"}, {"Hafen", "", "Gleis", "", "", "", "", "Kai"},
+                         {1, 2, 3, {{"H0", 1650}}}, 1);
     });
     Try(path, [&] { index.StoreFailure({"/a/2", {1, 2, 3}, {}, "importer"}, {"4", "damaged", 9}); });
     Try(path, [&] { index.AddRoot("/a"); });
@@ -90,10 +96,11 @@ std::string Properties::MakeIndex()
     {
         CIndexDatabase index(path, eAccess::kWrite);
         index.StoreTexts({"/a/1", {1, 2, 3}, "hash", "importer"},
-                         {"Nebenbahn", "Müller", "Straße", "1.2", "Gleise", "Halvensen H0", "3601", "Überholgleis"}, 1);
+                         {"Nebenbahn", "Müller", "Straße", "1.2", "Gleise", "Halvensen H0", "3601", "Überholgleis"},
+                         {1, 2, 3, {{"H0", 1650}}}, 1);
         index.StoreTexts({"/a/b/2", {1, 2, 3}, "hash", "importer"},
                          {"Hafen", "Brøndal", "Gleis im Bau", "2", "Wasser", "Quirrin", "Q 1", std::string(900, 'x')},
-                         1);
+                         {}, 1);
         index.StoreFailure({"/a/3", {1, 2, 3}, {}, "importer"}, {"4", "element 3 is damaged", 9});
         index.AddRoot("/a");
         index.Commit();

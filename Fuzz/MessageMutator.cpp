@@ -59,6 +59,8 @@ void Change(tAnswer& answer, std::minstd_rand& random)
     Change(answer.failure.message);
     Change(random() % 2 == 0 ? answer.report : answer.picture);
     Change(random() % 2 == 0 ? answer.libraries : answer.articles, random);
+    answer.figures = {static_cast<uint32_t>(random()), 3, static_cast<uint32_t>(random()), {}};
+    answer.figures.gauges.resize(random() % 3, {"H0", 1650});
     if (answer.attributes.size() < 2 || random() % 8 == 0) {
         answer.attributes.push_back({"kMDItemLayerNames", true, {}});
     }

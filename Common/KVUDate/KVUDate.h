@@ -14,4 +14,7 @@ public:
 
     /// Writes the local time. An empty text where it cannot be told.
     static void FormatNow(char* text, size_t size);
+
+    /// Reads such a date, from 1970 on. @return false for any other text; the time is then of no use
+    static bool Parse(const char* text, tm& time);
 };

@@ -68,6 +68,8 @@ public:
     const char* GetAuthor() const { return mAuthor; }
     const char* GetDesc() const { return mDescription; }
     const char* GetRevision() const { return mRevision; }
+    /// As KVUDate spells it; of a layout without one, when it was made in memory.
+    const char* GetCreationDate() const { return mCreationDate; }
     CLayerManager* GetLayerList() { return mLayers.get(); }
     std::vector<CCompositeGeometry*>& GetElements() { return mElements; }
     const std::vector<CGroup*>& GetGroups() const { return mGroups; }

@@ -35,7 +35,16 @@ TEST(KVUDate, IsWhatTheCLocaleWrites)
         strftime(expected, sizeof expected, "%b %e. %Y, %T", &time); // tests never set LC_TIME
         KVUDate::Format(text, sizeof text, time);
         EXPECT_STREQ(text, expected);
+        tm parsed = {};
+        EXPECT_TRUE(KVUDate::Parse(text, parsed) && timegm(&parsed) == timegm(&time)) << text;
     }
+    for (const char* wrong : {"", "-", "Foo  1. 2020, 01:02:03", "Jan  1. 1969, 01:02:03", "Jan 32. 2020, 01:02:03",
+                              "Jan  1. 2020, 24:02:03", "Jan  1. 2020, 01:02:03 "}) {
+        EXPECT_FALSE(KVUDate::Parse(wrong, time)) << wrong;
+    }
+    time.tm_mon = 12;
+    time.tm_mday = 23;
+    time.tm_year = 126;
     KVUDate::Format(text, 8, time);
     EXPECT_STREQ(text, "? 23. 2");
 }

@@ -22,7 +22,7 @@ std::string Repeat(const char* text, size_t count)
 
 bool IsQuery(const std::string& text)
 {
-    return CQuery(text, [](std::string_view) { return true; }).IsGood();
+    return CQuery(text, [](std::string_view) { return size_t{1}; }).IsGood();
 }
 
 bool IsLine(size_t length)

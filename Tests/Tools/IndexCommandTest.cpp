@@ -2,6 +2,7 @@
 #include "ExitCodes.h"
 #include "ProgramRun.h"
 #include "index/CIndexDatabase.h"
+#include "index/CIndexSearch.h"
 #include "index/FileSystemName.h"
 #include "index/Tokenizer.h"
 #include "support/Random.h"
@@ -100,14 +101,15 @@ TEST(IndexCommand, FollowsItsDocuments)
     expectRun({"--rebuild"}, {{"changed", 2}});
 
     // A name of any bytes, in each kind of output.
-    EXPECT_EQ(Search(database, {"nebenbahn"}), folder + "/sub/b\\n\\xFF.velmora\n  «Nebenbahn»\n");
+    EXPECT_EQ(Search(database, {"nebenbahn"}), folder + "/sub/b\\n\\xFF.velmora\n  revision 1.2\n  «Nebenbahn»\n");
     const tJSON found = tJSON::parse(Search(database, {"--format", "json", "nebenbahn"}));
-    EXPECT_EQ(found["passage"], "«Nebenbahn»");
+    EXPECT_EQ(found["passage"], "Nebenbahn");
+    EXPECT_EQ(found["matches"][0], tJSON::parse(R"({"field":"description","offset":0,"length":9})"));
     EXPECT_TRUE(found.contains("path_base64"));
     EXPECT_EQ(Search(database, {"-0", "--only-in", folder + "/./sub/", "layer"}),
               folder + "/sub/b\n\xFF.velmora" + '\0');
     EXPECT_EQ(Search(database, {"--limit", "1", "layer", "-nebenbahn"}),
-              folder + "/a.velmora\n  Schmalspur\n  «Layer» 0\n");
+              folder + "/a.velmora\n  Schmalspur\n  revision 1.2\n  «Layer» 0\n");
 
     // A folder above takes over.
     Index(database, {folder + "/.."}, kExitOK);
@@ -264,6 +266,14 @@ TEST(IndexCommand, KnowsEveryLibraryAndArticle)
     // The summary of the second, which is text, names one article.
     EXPECT_EQ(Search(database, {"--count", "library:halvensen", "article:3602", "-text:3602"}), "2\n");
     EXPECT_EQ(Search(database, {"--count", "author:Mueller"}), "1\n");
+    // The figures are those that a list of parts has.
+    const tJSON parts =
+        tJSON::parse(RunVelmora({"parts", "--format", "json", SOURCE_FOLDER "/Samples/terminus.velmora"}).out);
+    const tJSON found = tJSON::parse(Search(database, {"--format", "json", "name:terminus"}));
+    EXPECT_NEAR(found["tracks"].get<double>(), parts["track_length"].get<double>() / 1000, 0.001);
+    EXPECT_EQ(found["gauges"][0], parts["scales"].begin().key());
+    EXPECT_EQ(found["created"].get<std::string>().substr(0, 5), "2026-");
+    EXPECT_EQ(Search(database, {"--count", "gauge:16.5", "elements:>900", "created:2026"}), "1\n");
 }
 
 TEST(IndexCommand, GoesOnAfterBeingKilled)
@@ -352,7 +362,7 @@ TEST(IndexCommand, IsSearchedWhereNobodyCanWrite)
     const auto search = [&] { // as somebody who may not write, which root may everywhere
         const bool isOther = geteuid() != 0 || setresuid(65534, 65534, 65534) == 0;
         CIndexDatabase index(place + "/index.db", CIndexDatabase::eAccess::kRead);
-        _exit(isOther && index.Count("\"plan\"", {}) == 3 ? 0 : 1);
+        _exit(isOther && CIndexSearch(index, "plan").Count({}) == 3 ? 0 : 1);
     };
     EXPECT_EXIT(search(), testing::ExitedWithCode(0), "");
     std::filesystem::permissions(place, std::filesystem::perms(0755));
@@ -365,7 +375,7 @@ TEST(IndexCommand, HasOneWriterAndManyReaders)
     Index(database, {folder});
     std::optional<CIndexDatabase> held(std::in_place, database, CIndexDatabase::eAccess::kWrite);
     CIndexDatabase& writer = *held;
-    writer.StoreTexts({"/elsewhere", {}, "", ""}, {"", "", "plan", "", "", "", "", ""}, 1);
+    writer.StoreTexts({"/elsewhere", {}, "", ""}, {"", "", "plan", "", "", "", "", ""}, {}, 1);
     const tProgramResult second = Velmora("index", database, {folder});
     EXPECT_EQ(second.status, kExitLocked) << second.err;
     EXPECT_EQ(Search(database, {"--count", "plan"}), "3\n"); // not yet committed

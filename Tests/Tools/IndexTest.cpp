@@ -2,7 +2,7 @@
 #include "ProgramRun.h"
 #include "index/CIndexDatabase.h"
 #include "index/CIndexRun.h"
-#include "index/CQuery.h"
+#include "index/CIndexSearch.h"
 #include "index/Schema.h"
 #include "index/Tokenizer.h"
 
@@ -14,24 +14,46 @@
 
 using eAccess = CIndexDatabase::eAccess;
 
-static void Store(CIndexDatabase& index, const std::string& path, const tIndexedTexts& texts)
+static void Store(CIndexDatabase& index, const std::string& path, const tIndexedTexts& texts,
+                  const tFigures& figures = {}, int64_t modified = 0)
 {
-    index.StoreTexts({path, {1, 2, 3}, "hash", "importer"}, texts, 1);
+    index.StoreTexts({path, {1000 * static_cast<int64_t>(path.size()), 2, 3}, "hash", "importer", modified}, texts,
+                     figures, 1);
 }
 
-/// The paths a query finds, best first, joined by blanks.
-static std::string Find(CIndexDatabase& index, const std::string& text)
+/// The paths a query finds, joined by blanks.
+static std::string Find(CIndexDatabase& index, const std::string& text, const tSearchWish& wish = {})
 {
-    const CQuery query(text, [&](std::string_view word) { return index.HasWords(word); });
-    if (!query.IsGood()) {
-        return "wrong: " + query.GetMessage();
+    CIndexSearch search(index, text);
+    if (!search.GetQuery().IsGood()) {
+        return "wrong: " + search.GetQuery().GetMessage();
     }
     std::string paths;
-    index.Search(query.GetExpression(), {}, -1, [&](const tFoundDocument& found) {
+    search.Find(wish, [&](const tFoundDocument& found) {
         paths += (paths.empty() ? "" : " ") + found.path;
         return true;
     });
     return paths;
+}
+
+static int64_t Count(CIndexDatabase& index, const std::string& text, const std::string& folder = {})
+{
+    return CIndexSearch(index, text).Count(folder);
+}
+
+/// Expects what queries find: "QUERY = PATHS; QUERY = PATHS".
+static void ExpectFound(CIndexDatabase& index, const std::string& text, const tSearchWish& wish = {})
+{
+    std::istringstream cases(text);
+    for (std::string line; std::getline(cases >> std::ws, line, ';');) {
+        const size_t equals = line.find(" =");
+        const std::string query = line.substr(0, equals);
+        const std::string expected = line.substr(std::min(equals + 3, line.size()));
+        EXPECT_EQ(Find(index, query, wish), expected) << line;
+        EXPECT_EQ(Count(index, query, wish.folder),
+                  expected.empty() ? 0 : 1 + std::count(expected.begin(), expected.end(), ' '))
+            << line;
+    }
 }
 
 TEST(Query, FindsWhatPeopleMean)
@@ -49,41 +71,102 @@ TEST(Query, FindsWhatPeopleMean)
     Store(index, "/ab/4", {"x\"y", "", "weissagung 12:30 C++", "", "", "", "", "author gleis-anschluss"});
     index.Commit();
     // A query, and what it finds: where several are found, the shorter field and the description weigh more.
-    std::istringstream cases(
-        R"(uberholgleis = /a/1; SÄGEWERK = /a/1; author:müller = /a/b/3 /a/1; author:mueller = /a/b/3 /a/1;
-author:muller = /a/1; Juergen Mueller = /a/1; strasse = /a/1 /a/b/3; straße = /a/1 /a/b/3;
-strassenbahn OR fluss = /a/2 /a/1; brondal oettinger = /a/2; gleisdr* = /a/2; ma* bahn* = ;
+    ExpectFound(index,
+                R"(uberholgleis = /a/1; SÄGEWERK = /a/1; author:müller = /a/b/3 /a/1; author:mueller = /a/b/3 /a/1;
+author:muller = /a/1; Juergen Mueller = /a/1; strasse = /a/1 /a/b/3 /a/2; straße = /a/1 /a/b/3 /a/2;
+strassenbahn OR fluss = /a/2 /a/1; brondal oettinger = /a/2; gleisdr* = /a/2; ma* bahn* = ; bröndal = /a/2; BROENDAL = /a/2; aase = /a/2;
+bahn = /a/b/3 /a/1 /a/2; *bahn = /a/1 /a/2; *hnho* = /a/b/3; bahn* = /a/b/3; fen = /a/2; weg = ; -*bahn* gleis = /ab/4;
+author:üll = /a/1 /a/b/3; gleis wasser = /a/2; *ße = /a/1 /a/b/3; gl = /a/2 /a/b/3 /a/1 /ab/4; g = ;
 "bahnsteig b" = /a/b/3; "bahnsteig b" -author:åse = /a/b/3; "b bahnsteig" = ; "gleis i"* = /a/b/3;
 layer:(gleise -wasser) = /a/1; library:halvensen article:3602 = /a/b/3; articles:"q 1140" = /a/2;
 name:hafen || name:kopfbahnhof = /a/2 /a/b/3; halvensen && NOT (nebenbahn OR wasser) = /a/b/3;
 revision:1.2 = /a/1; 12:30 = /ab/4; C++ & author = /ab/4; gleis-anschluss = /ab/4; "author:gleis" = /ab/4;
 text:author = /ab/4; description:author =)");
-    for (std::string line; std::getline(cases >> std::ws, line, ';');) {
-        const size_t equals = line.find(" =");
-        EXPECT_EQ(Find(index, line.substr(0, equals)), line.substr(std::min(equals + 3, line.size()))) << line;
-    }
-    EXPECT_EQ(index.Count("\"gleis\"", {}), 3);
-    EXPECT_EQ(index.Count("\"gleis\"", "/a"), 2);
-    EXPECT_EQ(index.Count("\"gleis\"", "/a/b"), 1);
-    std::string passage;
-    index.Search("\"sagewerk\"", {}, 1, [&](const tFoundDocument& found) {
+    ExpectFound(index, "gleis = /a/b/3 /a/2 /a/1; size:>1 = /a/2 /a/b/3 /a/1", {"/a", eSearchOrder::kRelevance});
+    ExpectFound(index, "gleis = /a/b/3", {"/a/b", eSearchOrder::kRelevance});
+    tPassage passage;
+    CIndexSearch(index, "gewe").Find({}, [&](const tFoundDocument& found) {
         passage = found.passage;
+        EXPECT_EQ(found.match, eWordMatch::kPart);
         return true;
     });
-    EXPECT_EQ(passage, std::string("Überholgleis, ") + kMatchBegin + "Sägewerk" + kMatchEnd);
+    ASSERT_EQ(passage.matches.size(), 1U);
+    EXPECT_EQ(passage.text, "Überholgleis, Sägewerk");
+    EXPECT_EQ(passage.text.substr(passage.matches[0].start, passage.matches[0].end), "Sägewerk");
+    CIndexSearch mistyped(index, "author:müler Nebnebahn");
+    EXPECT_EQ(mistyped.Count({}), 0);
+    EXPECT_EQ(mistyped.Suggest(), "author:muller nebenbahn");
+}
+
+TEST(Query, FindsByFigureAndSorts)
+{
+    CIndexDatabase index(MakeFolder("figures") + "/index.db", eAccess::kWrite);
+    constexpr int64_t kMarch = 1742000000; // 15 March 2025
+    constexpr uint32_t kLate2019 = 1577836799;
+    Store(index, "/1", {"Zoo", "Ärmel", "gleis", "", "", "", "", "", "Keller, Süd"},
+          {kLate2019, 100, 12500, {{"H0", 1650}, {"N", 900}}}, kMarch);
+    Store(index, "/22", {"ähre", "Zander", "gleis", "", "", "", "", "", "keller"}, {0, 500, 4000, {{"H0e", 900}}},
+          kMarch + 40 * 86400);
+    Store(index, "/333", {"Bahn", "", "", "", "", "", "", "", ""}, {kLate2019 + 1, 501, 99, {}}, 0);
+    index.Commit();
+    ExpectFound(index, R"(elements:100..500 = /22 /1; elements:>100 = /22 /333; elements:>=501 = /333; elements:..99 = ;
+tracks:12.5 = /1; tracks:13 = /1; tracks:>4 = /1; tracks:<=4 = /22 /333; size:2kB = /1; size:>2.5k = /22 /333; size:<1KiB = ;
+gauge:h0 = /1; gauge:HO = /1; gauge:9 = /22 /1; gauge:>9 = /1; gauge:H = ; gauge:"H0" -gauge:N = ; created:2019 = /1;
+created:<2020 = /1; created:2019-12-31..2020-01 = /333 /1; -created:>2019 = /22 /1; modified:2025 = /22 /1;
+modified:2025-03 = /1; modified:>2025-03-31 = /22; gleis elements:>100 = /22; gleis -elements:>100 = /1;
+elements:>100 -gleis = /333; gleis OR elements:501 = /22 /333 /1; (leis tracks:<5) OR (bah -size:<1) = /22 /333;
+folder:keller = /22 /1; süd = /1; folder:ell = /22 /1; NOT (gauge:9 OR size:<1) = /333)");
+    ExpectFound(index, "size:>0 = /22 /333 /1", {{}, eSearchOrder::kName});
+    ExpectFound(index, "size:>0 = /1 /22 /333", {{}, eSearchOrder::kAuthor});
+    ExpectFound(index, "gleis OR bahn = /22 /1 /333", {{}, eSearchOrder::kModified});
+    EXPECT_EQ(Find(index, "size:>0", {{}, eSearchOrder::kName, 1, 1}), "/333");
+    EXPECT_EQ(Find(index, "gleis", {{}, eSearchOrder::kRelevance, 1, 5}), "/1");
+}
+
+TEST(Query, RanksTheSameHoweverManyAreWanted)
+{
+    CIndexDatabase index(MakeFolder("common") + "/index.db", eAccess::kWrite);
+    for (int i = 0; i < 3000; ++i) { // every document has both words, a few in a prominent place
+        const bool isProminent = i % 100 == 7;
+        Store(index, "/" + std::to_string(i),
+              {"", "", isProminent ? "kurve gleis" : "", "", "", "", "", "gleis kurve"});
+    }
+    Store(index, "/part", {"", "", "", "", "", "", "", "gleisbett kurven"});
+    index.Commit();
+    CIndexSearch search(index, "gleis kurve");
+    std::vector<std::string> all;
+    std::vector<std::string> some;
+    search.Find({}, [&](const tFoundDocument& found) {
+        all.push_back(found.path);
+        return true;
+    });
+    CIndexSearch limited(index, "gleis kurve");
+    EXPECT_TRUE(limited.Find({{}, eSearchOrder::kRelevance, 0, 40}, [&](const tFoundDocument& found) {
+        some.push_back(found.path);
+        return true;
+    }));
+    ASSERT_EQ(all.size(), 3001U);
+    EXPECT_EQ(all.back(), "/part");
+    ASSERT_EQ(some.size(), 40U);
+    EXPECT_TRUE(std::equal(some.begin(), some.end(), all.begin()));
 }
 
 TEST(Query, SaysWhereItIsWrong)
 {
-    const auto hasWords = [](std::string_view text) { return text.find_first_not_of("-&") != std::string_view::npos; };
+    const auto countWords = [](std::string_view text) {
+        const size_t signs = static_cast<size_t>(std::count(text.begin(), text.end(), '-'));
+        return text.find_first_not_of("-&") != std::string_view::npos ? 1 + signs : 0;
+    };
     // A query, the character where it is wrong, and part of what is said of it.
     std::istringstream cases(R"(= 1 no word; & -- = 1 no word; -gleis = 1 only exclusions;
 weiß OR (-a -b) = 9 only exclusions; ä (ö = 3 never closed; ä ö) = 4 never opened; ä "ö = 3 no counterpart;
 a OR = 3 both sides; OR a = 1 both sides; a AND AND b = 7 both sides; a NOT = 3 nothing to exclude; ß fo:x = 3 no field;
-author: x = 1 without a blank; author:(a text:b) = 11 within another field; gl*s = 3 end of a word)");
+author: x = 1 without a blank; author:(a text:b) = 11 within another field; gl*s = 3 end of a word;
+*a*b* = 3 beginning; ä *a-b = 3 single word; size:x = 6 a size is like; elements:9..1 = 10 must not be less; tracks:>.. = 8 like 100;
+modified:2025-13 = 10 a date is; created:2023-02-29 = 9 a date is; size:99999999999 = 6 a size; author:(size:>1) = 9 within another field)");
     for (std::string line; std::getline(cases >> std::ws, line, ';');) {
         const size_t equals = line.find("= ");
-        const CQuery query(line.substr(0, equals), hasWords);
+        const CQuery query(line.substr(0, equals), countWords);
         const std::string said = std::to_string(query.GetColumn()) + " " + query.GetMessage();
         const std::string expected = line.substr(equals + 2);
         EXPECT_EQ(said.find(expected.substr(0, expected.find(' ') + 1)), 0U) << line << ": " << said;
@@ -93,22 +176,28 @@ author: x = 1 without a blank; author:(a text:b) = 11 within another field; gl*s
 
 TEST(IndexFile, OfAnOlderVersionIsBroughtToTodays)
 {
-    for (const eAccess access : {eAccess::kRead, eAccess::kWrite}) {
-        const std::string path = MakeFolder("migrated") + "/index.db";
-        {
-            CIndexDatabase today(path, eAccess::kWrite);
-            Store(today, "/a/1", {"", "", "Überholgleis", "", "", "", "", ""});
-            today.Commit();
+    for (int version = 1; version < static_cast<int>(Schema::GetSteps().size()); ++version) {
+        for (const eAccess access : {eAccess::kRead, eAccess::kWrite}) {
+            const std::string path = MakeFolder("migrated") + "/index.db";
+            {
+                SQLite::Database raw(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+                ASSERT_TRUE(Tokenizer::Register(raw.getHandle()));
+                for (int step = 0; step < version; ++step) {
+                    raw.exec(Schema::GetSteps()[static_cast<size_t>(step)]);
+                }
+                raw.exec("INSERT INTO document (path, size, modified, inode, importer, indexed, description) VALUES"
+                         " (x'2F61', 5, 1742000000000000000, 1, '1', 2, 'Überholgleis');"
+                         "INSERT INTO document (path, size, modified, inode, importer, failure_code, failure_message,"
+                         " failure_time) VALUES (x'2F62', 5, 0, 1, '1', 'timeout', 'late', 9);"
+                         "PRAGMA application_id = " +
+                         std::to_string(Schema::kApplicationID) + "; PRAGMA user_version = " + std::to_string(version));
+            }
+            CIndexDatabase index(path, access);
+            EXPECT_EQ(index.GetStatus().version, static_cast<int>(Schema::GetSteps().size()));
+            EXPECT_EQ(index.GetStatus().failed, 1);
+            ExpectFound(index, "uberholgl* = /a; holgl = /a; size:5 = /a; modified:2025-03 = /a; elements:>=0 = ");
+            EXPECT_EQ(index.Find("/a")->importer, ""); // what is not known yet comes with the next run
         }
-        SQLite::Database raw(path, SQLite::OPEN_READWRITE);
-        ASSERT_TRUE(Tokenizer::Register(raw.getHandle()));
-        raw.exec("UPDATE document SET failure_code = 'timeout', failure_message = 'late', failure_time = 9;"
-                 "DROP INDEX document_failed; DROP TABLE place; DROP TABLE unreadable; PRAGMA user_version = 1");
-        CIndexDatabase index(path, access);
-        EXPECT_EQ(index.GetStatus().version, static_cast<int>(Schema::GetSteps().size()));
-        EXPECT_EQ(index.GetStatus().failed, 1);
-        EXPECT_EQ(Find(index, "uberholgl*"), "/a/1");
-        EXPECT_EQ(raw.execAndGet("SELECT count(*) FROM sqlite_master WHERE name = 'document_failed'").getInt(), 1);
     }
 }
 
@@ -172,7 +261,8 @@ TEST(IndexFile, DoesNothingForWhoeverMadeIt)
     SQLite::Database(path, SQLite::OPEN_READWRITE)
         .exec("UPDATE words_data SET block = x'00000001010100' || x'00B0808000' WHERE id = 10");
     sqlite3_memory_highwater(1);
-    EXPECT_ANY_THROW(CIndexDatabase(path, eAccess::kRead).Count("\"gleis\"", {}));
+    CIndexDatabase damaged(path, eAccess::kRead);
+    EXPECT_ANY_THROW(Count(damaged, "gleis"));
     EXPECT_LE(sqlite3_memory_highwater(0), 1 << 30);
     // SQLite would take a change back that another program did not finish, and remove the file that the journal names.
     std::filesystem::remove(path);
@@ -292,7 +382,7 @@ TEST(IndexRun, RemovesWhatIsGoneAndKeepsWhatItCouldNotLookAt)
         run.Take(folder + "/new", {}, "nn", MakeFailure(eFailure::kLoader, "damaged"));
         run.Finish(folder);
         EXPECT_EQ(run.GetSummary().removed, failures == 3 ? 3 : 4);
-        EXPECT_EQ(index->Count("\"gleis\"", folder + "/closed"), failures == 3 ? 2 : 0);
+        EXPECT_EQ(Count(*index, "gleis", folder + "/closed"), failures == 3 ? 2 : 0);
         int64_t listed = 0;
         index->ForEachFailed([&](const tFailedDocument&) { return ++listed > 0; });
         EXPECT_EQ(run.GetSummary().failed, failures);
@@ -303,5 +393,5 @@ TEST(IndexRun, RemovesWhatIsGoneAndKeepsWhatItCouldNotLookAt)
     }
     CIndexRun run(*index, {"importer"});
     run.Finish(folder + "0");
-    EXPECT_EQ(index->Count("\"gleis\"", {}), 0);
+    EXPECT_EQ(Count(*index, "gleis"), 0);
 }

@@ -34,6 +34,7 @@ static std::vector<tAnswer> SampleAnswers()
     index.verb = eVerb::kIndex;
     index.libraries = {"Library"};
     index.articles = {"3601", "Q 1"};
+    index.figures = {1, 0x12345678, 0xFFFFFFFF, {{"H0", 1650}}};
     return {attributes, schema, report, picture, index, loader, MakeFailure(eFailure::kPlugIn, "none")};
 }
 

@@ -149,7 +149,8 @@ size_t MaxAnswerSize(eVerb verb, uint64_t documentSize)
 bool IsAffordable(const tAnswer& answer, uint64_t documentSize)
 {
     const uint64_t most = std::min(Bounds::kMostValues, documentSize) + Bounds::kBaseValues;
-    uint64_t count = answer.attributes.size() + answer.libraries.size() + answer.articles.size();
+    uint64_t count =
+        answer.attributes.size() + answer.libraries.size() + answer.articles.size() + answer.figures.gauges.size();
     for (const tAttribute& attribute : answer.attributes) {
         count += attribute.texts.size();
     }
@@ -334,6 +335,13 @@ std::string Encode(const tAnswer& answer)
     if (answer.verb == eVerb::kIndex) {
         writer.PutTexts(answer.libraries);
         writer.PutTexts(answer.articles);
+        writer.Put(answer.figures.created);
+        writer.Put(answer.figures.elements);
+        writer.Put(answer.figures.tracks);
+        writer.PutList(answer.figures.gauges, [&](const tGauge& gauge) {
+            writer.Put(std::string_view(gauge.scale));
+            writer.Put(gauge.width);
+        });
     }
     writer.PutList(answer.attributes, [&](const tAttribute& attribute) {
         writer.Put(std::string_view(attribute.key));
@@ -366,6 +374,15 @@ bool Decode(std::string_view message, tAnswer& answer)
     if (answer.verb == eVerb::kIndex) {
         reader.GetTexts(answer.libraries);
         reader.GetTexts(answer.articles);
+        answer.figures.created = reader.GetNumber();
+        answer.figures.elements = reader.GetNumber();
+        answer.figures.tracks = reader.GetNumber();
+        reader.GetList(answer.figures.gauges, [&] {
+            tGauge gauge;
+            gauge.scale = reader.GetText();
+            gauge.width = reader.GetNumber();
+            return gauge;
+        });
     }
     reader.GetList(answer.attributes, [&] {
         tAttribute attribute;

@@ -25,7 +25,7 @@ enum class eVerb : uint8_t {
     kStock = 6,   ///< with a stock file's: its entries
     kExamine = 7, ///< what the worker finds of its surroundings, or whether it can do what a sandbox should refuse
     kRender = 8,  ///< with a layout's: its picture, and a report about it
-    kIndex = 9    ///< with a layout's: the attributes the plug-in gives, and the names of its libraries and articles
+    kIndex = 9    ///< with a layout's: the attributes the plug-in gives, and names of libraries and articles, figures
 };
 
 enum class ePictureKind : uint8_t { kPNG = 1, kSVG = 2, kPDF = 3 };
@@ -109,6 +109,21 @@ struct tSchema {
     std::vector<tSchemaType> types;
 };
 
+/// A scale that a layout's tracks have.
+struct tGauge {
+    std::string scale;  ///< its name
+    uint32_t width = 0; ///< in hundredths of a mm
+    bool operator==(const tGauge&) const = default;
+};
+
+/// What a layout can be asked for by number.
+struct tFigures {
+    uint32_t created = 0;       ///< seconds of the document's own clock since its 1970; 0 for unknown
+    uint32_t elements = 0;      ///< how many
+    uint32_t tracks = 0;        ///< length of all tracks in mm
+    std::vector<tGauge> gauges; ///< each once
+};
+
 /// An answer: a failure, or what the verb asked for.
 struct tAnswer {
     bool ok = false;
@@ -117,6 +132,7 @@ struct tAnswer {
     std::vector<tAttribute> attributes; ///< kImport and kIndex
     std::vector<std::string> libraries; ///< kIndex: each name once
     std::vector<std::string> articles;  ///< kIndex: each name once
+    tFigures figures;                   ///< kIndex
     tSchema schema;                     ///< kSchema
     std::string report;                 ///< the other verbs: a JSON object in UTF-8
     std::string picture;                ///< kRender: a file's bytes

@@ -9,7 +9,8 @@
 tAnswer AnswerImport(const CPlugIn& plugIn, const std::string& contentType, int document);
 
 /// The plug-in's attributes of a document as AnswerImport gives them, and by the worker's own core the names of its
-/// track libraries and articles, in order of first appearance: the attributes name one article of each library only.
+/// track libraries and articles, in order of first appearance (the attributes name one article of each library only),
+/// and its figures.
 tAnswer AnswerIndex(const CPlugIn& plugIn, const std::string& contentType, int document);
 
 /// What the plug-in's property list declares.

@@ -110,7 +110,8 @@ int CIndexing::Run()
         for (const std::string& root : mRoots) {
             run.Finish(root);
         }
-        if (options.rebuild) {
+        const tIndexSummary& summary = run.GetSummary();
+        if (summary.added + summary.changed > summary.unchanged) { // what so much has scattered
             mIndex.Optimize();
         }
     }

@@ -2,14 +2,15 @@
 #include "ExitCodes.h"
 #include "Interrupt.h"
 #include "commands/IndexOptions.h"
+#include "commands/SearchRecords.h"
 #include "index/CIndexDatabase.h"
-#include "index/CQuery.h"
+#include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
-#include "output/JSON.h"
 
-#include <algorithm>
+#include <climits>
 #include <cstdlib>
+#include <filesystem>
 #include <unistd.h>
 
 /// People read so many; programs get all.
@@ -19,25 +20,35 @@ namespace {
 struct tSearchOptions {
     std::vector<std::string> words; ///< of the query
     std::string format = "text";
-    std::string database;       ///< the search index; empty for the user's own
-    std::string onlyIn;         ///< a folder; empty for everywhere
-    long long limit = -1;       ///< at most so many; 0 for all, below for the default
-    bool countOnly = false;     ///< how many
-    bool nullSeparated = false; ///< paths alone, with zeros between
+    std::string database;           ///< the search index; empty for the user's own
+    std::string onlyIn;             ///< a folder; empty for everywhere
+    long long limit = -1;           ///< at most so many; 0 for all, below for the default
+    long long offset = 0;           ///< so many are passed over
+    std::string sort = "relevance"; ///< or name, modified, author
+    bool exact = false;             ///< only whole words
+    bool countOnly = false;         ///< how many
+    bool nullSeparated = false;     ///< paths alone, with zeros between
 };
 } // namespace
 
 static void AddSearchOptions(CParser& parser, tSearchOptions& options)
 {
     parser.SetFooter(
-        "A query is words, \"several words\" in their order, and the beginnings of words (gleis*). All must be\n"
-        "found, OR makes one of several do, -word excludes. author:, description:, revision:, layer:, library:,\n"
-        "article:, text: and name: before a word, a phrase or a (group) look in one field only.");
+        "A query is words, also parts of words (whole words come first), \"several words\" in their order, and with *\n"
+        "what begins (gleis*), ends (*bahn) or goes on both ways. All must be found, OR makes one of several do,\n"
+        "-word excludes. author:, description:, revision:, layer:, library:, article:, text:, name: and folder:\n"
+        "before a word, a phrase or a (group) look in one field only. size:>1MB, elements:100..500, tracks:>12.5\n"
+        "(metres), gauge:H0, modified:2025-03 and created:<2020 ask for figures.");
     parser.Add("QUERY", options.words, "What to search for; several are joined").Named(" ");
     AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
     parser.Add("--limit", options.limit, "At most so many; 0 for all (the default, but 20 as text)")
         .Between(0, 1000000000)
         .Named("N");
+    parser.Add("--offset", options.offset, "Pass over so many").Between(0, 1000000000).Named("N");
+    parser.Add("--sort", options.sort, "relevance (the usual), name, modified (the latest first) or author")
+        .OneOf({"relevance", "name", "modified", "author"})
+        .Named("ORDER");
+    parser.AddFlag("--exact", options.exact, "Only whole words, where no * says otherwise");
     parser.AddFlag("--count", options.countOnly, "Print how many there are, nothing else");
     parser.Add("--only-in", options.onlyIn, "Only documents in this folder and below").Named("DIR");
     parser.AddFlag("-0,--null", options.nullSeparated, "Print paths only, with a zero byte behind each");
@@ -55,83 +66,142 @@ static std::string CheckSearch(const tSearchOptions& options)
     return {};
 }
 
-/// A text with its matches, ready to be printed.
-/// @param begin, end  what stands around matches
-static std::string Mark(const std::string& passage, const char* begin, const char* end, bool escape)
+/// How results are shown: what a terminal can, beyond text.
+struct tLook {
+    bool isBold = false;   ///< matches are bold; else they stand between « and »
+    bool isLinked = false; ///< paths can be clicked
+    std::string here;      ///< paths below this folder are shown from there, unless it is empty
+    std::string host;      ///< of the links
+};
+
+static tLook GetLook()
+{
+    tLook look;
+    const char* const terminal = getenv("TERM");
+    if (isatty(STDOUT_FILENO) == 0) { // scripts get whole paths
+        return look;
+    }
+    look.isBold = look.isLinked = terminal != nullptr && *terminal != 0 && std::string_view(terminal) != "dumb";
+    std::error_code ignored;
+    look.here = std::filesystem::current_path(ignored).string();
+    look.here += look.here.ends_with('/') ? "" : "/";
+    char host[HOST_NAME_MAX + 1] = "";
+    look.host = gethostname(host, sizeof host - 1) == 0 ? host : "";
+    return look;
+}
+
+/// A passage with its matches, ready to be printed.
+static std::string Mark(const tPassage& passage, bool isBold)
 {
     std::string marked;
-    bool inMatch = false;
-    for (size_t at = 0; at <= passage.size();) {
-        const size_t next = std::min(passage.find_first_of("\x02\x03", at), passage.size());
-        const std::string piece = passage.substr(at, next - at);
-        marked += escape ? Escapes::ForTerminal(piece) : piece;
-        if (next < passage.size() && inMatch != (passage[next] == kMatchBegin)) {
-            inMatch = !inMatch;
-            marked += inMatch ? begin : end;
-        }
-        at = next + 1;
+    size_t at = 0;
+    for (const tPassage::tMatch& match : passage.matches) {
+        marked += Escapes::ForTerminal(passage.text.substr(at, match.start - at)) + (isBold ? "\x1B[1m" : "«") +
+                  Escapes::ForTerminal(passage.text.substr(match.start, match.end - match.start)) +
+                  (isBold ? "\x1B[22m" : "»");
+        at = match.end;
     }
-    return inMatch ? marked + end : marked;
+    return marked + Escapes::ForTerminal(passage.text.substr(at));
 }
 
-/// Whether standard output is a terminal that shows bold letters.
-static bool IsBoldShown()
+/// The path as it is shown, as a link to the document where the terminal knows such.
+static std::string ShowPath(const std::string& path, const tLook& look)
 {
-    const char* noColor = getenv("NO_COLOR");
-    const char* terminal = getenv("TERM");
-    return isatty(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == 0) && terminal != nullptr &&
-           std::string(terminal) != "dumb";
+    const bool isBelow = look.here.size() > 1 && path.starts_with(look.here);
+    const std::string shown = Escapes::ForTerminal(isBelow ? path.substr(look.here.size()) : path);
+    return look.isLinked ? "\x1B]8;;file://" + Escapes::ForURL(look.host) + Escapes::ForURL(path) + "\x1B\\" + shown +
+                               "\x1B]8;;\x1B\\"
+                         : shown;
 }
 
-static void WriteText(COutput& output, const tFoundDocument& found, bool bold)
+static void WriteText(COutput& output, const tFoundDocument& found, bool isReachable, const tLook& look)
 {
-    output.Write(Escapes::ForTerminal(found.path) + "\n");
-    const bool isDescription = Mark(found.passage, "", "", false) == found.description;
-    if (!found.description.empty() && !isDescription) {
-        output.Write("  " + Escapes::ForTerminal(found.description) + "\n");
+    std::string text = ShowPath(found.path, look) + (isReachable ? "\n" : " (not reachable)\n");
+    if (!found.description.empty() && found.passage.text != found.description) {
+        text += "  " + Escapes::ForTerminal(found.description) + "\n";
     }
-    if (!found.passage.empty()) {
-        output.Write("  " + Mark(found.passage, bold ? "\x1B[1m" : "«", bold ? "\x1B[22m" : "»", true) + "\n");
+    const std::string revision = found.revision.empty() ? "" : "revision " + found.revision;
+    const std::string origin = found.author + (found.author.empty() || revision.empty() ? "" : ", ") + revision;
+    if (!origin.empty() && found.passage.text != origin) {
+        text += "  " + Escapes::ForTerminal(origin) + "\n";
+    }
+    if (!found.passage.text.empty()) {
+        text += "  " + Mark(found.passage, look.isBold) + "\n";
+    }
+    output.Write(text);
+}
+
+/// What people read beside the results.
+static void PrintRemarks(CIndexSearch& search, const tSearchOptions& options, bool hasFound, bool isMore,
+                         const std::string& folder)
+{
+    if (isMore) {
+        COutput::PrintMessage("there are " + std::to_string(search.Count(folder)) +
+                              " documents; --limit 0 shows all, --offset the next ones");
+    }
+    for (const std::string& note : search.GetNotes()) {
+        COutput::PrintMessage(Escapes::ForTerminal(note));
+    }
+    if (!hasFound && options.offset == 0 && isatty(STDOUT_FILENO) != 0 && isatty(STDERR_FILENO) != 0) {
+        const std::string suggestion = search.Suggest();
+        COutput::PrintMessage("nothing found" +
+                              (suggestion.empty() ? "" : "; did you mean: " + Escapes::ForTerminal(suggestion)));
     }
 }
 
-static void WriteJSON(COutput& output, const tFoundDocument& found)
+/// Prints the documents. @return an eExitCode
+static int PrintFound(CIndexDatabase& index, CIndexSearch& search, const tSearchOptions& options, tSearchWish wish)
 {
-    JSON::tRecord record;
-    JSON::PutPath(record, "path", found.path);
-    record["author"] = found.author;
-    record["description"] = found.description;
-    record["passage"] = Mark(found.passage, "«", "»", false);
-    record["score"] = found.score;
-    output.Write(JSON::ToLine(record));
-}
-
-/// Prints the documents. @return whether there were more than the limit lets through
-static bool PrintFound(CIndexDatabase& index, const tSearchOptions& options, const std::string& expression,
-                       const std::string& folder, COutput& output)
-{
-    const bool json = options.format == "json";
-    const long long standard = json || options.nullSeparated ? 0 : kDefaultLimit;
-    const long long limit = options.limit < 0 ? standard : options.limit;
-    const bool bold = IsBoldShown();
-    long long count = 0;
-    bool more = false;
-    index.Search(expression, folder, limit > 0 ? limit + 1 : -1, [&](const tFoundDocument& found) {
-        more = limit > 0 && ++count > limit;
-        if (more) {
-            return false;
-        }
+    const bool isJSON = options.format == "json";
+    const bool isForPeople = !isJSON && !options.nullSeparated;
+    wish.limit = options.limit >= 0 ? options.limit : isForPeople ? kDefaultLimit : 0;
+    wish.hasPassages = !options.nullSeparated;
+    const tLook look = GetLook();
+    COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
+    bool hasFound = false;
+    const bool isMore = search.Find(wish, [&](const tFoundDocument& found) {
         if (options.nullSeparated) {
             output.Write(found.path);
             output.Write(std::string_view("\0", 1));
-        } else if (json) {
-            WriteJSON(output, found);
+        } else if (isJSON) {
+            lines.Write(SearchRecords::Make(found, index.IsReachable(found.path)));
         } else {
-            WriteText(output, found, bold);
+            WriteText(output, found, index.IsReachable(found.path), look);
         }
+        hasFound = true;
         return output.Flush() && !Interrupt::IsRequested();
     });
-    return more;
+    const bool written = output.Flush() || output.IsReaderGone();
+    if (Interrupt::IsRequested()) {
+        return kExitInterrupted;
+    }
+    if (isForPeople && !output.IsReaderGone()) {
+        PrintRemarks(search, options, hasFound, isMore, wish.folder);
+    }
+    return written ? kExitOK : kExitFailed;
+}
+
+static int Search(CIndexDatabase& index, const tSearchOptions& options, const std::string& text)
+{
+    CIndexSearch search(index, text, options.exact);
+    if (!search.GetQuery().IsGood()) {
+        COutput::PrintMessage(SearchRecords::DescribeMistake(search.GetQuery(), text));
+        return kExitUsage;
+    }
+    tSearchWish wish;
+    wish.folder = options.onlyIn.empty() ? std::string() : ResolvePath(options.onlyIn);
+    wish.offset = options.offset;
+    wish.order = options.sort == "name"       ? eSearchOrder::kName
+                 : options.sort == "modified" ? eSearchOrder::kModified
+                 : options.sort == "author"   ? eSearchOrder::kAuthor
+                                              : eSearchOrder::kRelevance;
+    if (!options.countOnly) {
+        return PrintFound(index, search, options, wish);
+    }
+    COutput output(STDOUT_FILENO);
+    output.Write(std::to_string(search.Count(wish.folder)) + "\n");
+    return output.Flush() || output.IsReaderGone() ? kExitOK : kExitFailed;
 }
 
 static int RunSearch(const tSearchOptions& options)
@@ -146,29 +216,7 @@ static int RunSearch(const tSearchOptions& options)
             throw CIndexError("there is no folder for the index: name one with --database");
         }
         CIndexDatabase index(path, CIndexDatabase::eAccess::kRead);
-        const CQuery query(text, [&](std::string_view word) { return index.HasWords(word); });
-        if (!query.IsGood()) {
-            COutput::PrintMessage("the query is wrong at character " + std::to_string(query.GetColumn()) + ": " +
-                                  query.GetMessage() + "\n  " + Escapes::ForTerminal(text));
-            return kExitUsage;
-        }
-        const std::string folder = options.onlyIn.empty() ? std::string() : ResolvePath(options.onlyIn);
-        COutput output(STDOUT_FILENO);
-        bool more = false;
-        if (options.countOnly) {
-            output.Write(std::to_string(index.Count(query.GetExpression(), folder)) + "\n");
-        } else {
-            more = PrintFound(index, options, query.GetExpression(), folder, output);
-        }
-        const bool written = output.Flush() || output.IsReaderGone();
-        if (Interrupt::IsRequested()) {
-            return kExitInterrupted;
-        }
-        if (more && options.format == "text" && !options.nullSeparated && !output.IsReaderGone()) {
-            COutput::PrintMessage("there are " + std::to_string(index.Count(query.GetExpression(), folder)) +
-                                  " documents; --limit 0 shows all");
-        }
-        return written ? kExitOK : kExitFailed;
+        return Search(index, options, text);
     } catch (const CIndexError& error) {
         COutput::PrintMessage(error.what());
     } catch (const std::exception& error) {
@@ -183,5 +231,5 @@ static int RunSearch(const tSearchOptions& options)
 const tCommand kSearchCommand = {"search", "Find layouts in the index, best first",
                                  "  velmora search turntable\n"
                                  "  velmora search author:meier layer:station -text:draft\n"
-                                 "  velmora search '\"single track\" OR bergbahn*' --only-in ~/Layouts\n",
+                                 "  velmora search 'elements:>100' gauge:H0 --only-in ~/Layouts\n",
                                  CallCommand<tSearchOptions, AddSearchOptions, RunSearch, CheckSearch>, true};

@@ -3,7 +3,7 @@
 #include "index/CIndexFile.h"
 #include "index/FileSystemName.h"
 #include "index/LiesIn.h"
-#include "index/Tokenizer.h"
+#include "index/PathRange.h"
 #include "output/CReplacedFile.h"
 #include "output/Escapes.h"
 
@@ -14,12 +14,6 @@
 #include <unistd.h>
 
 namespace {
-/// How much a match weighs, in the order of the columns of `words`: name, author, description, revision, layer,
-/// library, article, text.
-constexpr const char* kRank = "bm25(6.0, 4.0, 5.0, 1.0, 3.0, 2.0, 2.0, 1.0)";
-
-constexpr int kPassageWords = 14;
-
 std::string Quote(const std::string& path)
 {
     return Escapes::ForTerminal(path);
@@ -36,25 +30,15 @@ std::string GetBytes(const SQLite::Column& column)
     return bytes == nullptr ? std::string() : std::string(bytes, static_cast<size_t>(column.getBytes()));
 }
 
-/// The paths below a folder are those from "folder/" up to, not including, "folder0": '0' follows '/'.
-struct tRange {
-    explicit tRange(const std::string& folder)
-    {
-        from = folder.ends_with('/') ? folder : folder + "/";
-        to = from.substr(0, from.size() - 1) + "0";
-    }
-    /// Binds itself as the parameters 1 (the folder), 2 and 3.
-    void Bind(SQLite::Statement& row, const std::string& folder) const
-    {
-        BindBytes(row, 1, folder);
-        BindBytes(row, 2, from);
-        BindBytes(row, 3, to);
-    }
-    std::string from;
-    std::string to;
-};
+/// Binds a folder as the parameters 1 (itself), 2 and 3 (what lies below).
+void BindRange(SQLite::Statement& row, const std::string& folder, const tPathRange& range)
+{
+    BindBytes(row, 1, folder);
+    BindBytes(row, 2, range.from);
+    BindBytes(row, 3, range.to);
+}
 
-/// What lies at or below the folder of a tRange.
+/// What lies at or below the folder that BindRange bound.
 constexpr const char* kInRange = "(path = ?1 OR (path >= ?2 AND path < ?3))";
 
 /// Rows of documents and failures that lie at or below a folder that could not be looked at: from "folder/" on, with
@@ -96,6 +80,7 @@ public:
 
     SQLite::Database& Get() { return mFile.GetDatabase(); }
     const CIndexFile& GetFile() const { return mFile; }
+    CVocabulary& GetVocabulary() { return mFile.GetVocabulary(); }
 
     /// The number that a query over what lies at and below a path answers. @param text  with :range, :kept, :newest
     int64_t Count(std::string text, const std::string& path)
@@ -108,8 +93,8 @@ public:
             }
         }
         SQLite::Statement row(Get(), text);
-        const tRange range(path);
-        range.Bind(row, path);
+        const tPathRange range(path);
+        BindRange(row, path, range);
         int64_t count = 0;
         while (row.executeStep()) {
             count = row.getColumn(0).getInt64();
@@ -127,6 +112,7 @@ public:
     void Commit()
     {
         if (mTransaction) {
+            mFile.GetVocabulary().Store(Get(), false);
             mTransaction->commit();
             mTransaction.reset();
         }
@@ -141,10 +127,11 @@ public: // behind the connection, so that they go before it
     CKept mFind{"SELECT id, size, modified, inode, hash, importer, failure_code FROM document WHERE path = ?1"};
     CKept mStoreTexts{
         "INSERT INTO document (path, size, modified, inode, hash, importer, indexed, name, author, description,"
-        " revision, layer, library, article, text) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14,"
-        " ?15) ON CONFLICT (path) DO UPDATE SET size = ?2, modified = ?3, inode = ?4, hash = ?5, importer = ?6,"
+        " revision, layer, library, article, text, folder) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12,"
+        " ?13, ?14, ?15, ?16) ON CONFLICT (path) DO UPDATE SET size = ?2, modified = ?3, inode = ?4, hash = ?5, "
+        "importer = ?6,"
         " indexed = ?7, name = ?8, author = ?9, description = ?10, revision = ?11, layer = ?12, library = ?13,"
-        " article = ?14, text = ?15, failure_code = NULL, failure_message = NULL, failure_time = NULL"
+        " article = ?14, text = ?15, folder = ?16, failure_code = NULL, failure_message = NULL, failure_time = NULL"
         " RETURNING id"};
     CKept mStoreFailure{
         "INSERT INTO document (path, size, modified, inode, hash, importer, failure_code, failure_message,"
@@ -152,6 +139,11 @@ public: // behind the connection, so that they go before it
         " modified = ?3, inode = ?4, hash = ?5, importer = ?6, failure_code = ?7, failure_message = ?8,"
         " failure_time = ?9 RETURNING id"};
     CKept mStoreStamp{"UPDATE document SET size = ?2, modified = ?3, inode = ?4 WHERE id = ?1"};
+    CKept mStoreFigures{"INSERT OR REPLACE INTO figure (id, size, modified, created, elements, tracks)"
+                        " VALUES (?1, ?2, ?3, nullif(?4, 0), ?5, ?6)"};
+    CKept mRemoveGauges{"DELETE FROM gauge WHERE id = ?1"};
+    CKept mStoreGauge{"INSERT OR IGNORE INTO gauge (id, scale, width) VALUES (?1, ?2, ?3)"};
+    CKept mStoreModified{"UPDATE figure SET size = ?2, modified = ?3 WHERE id = ?1"};
     CKept mSeen{"INSERT OR IGNORE INTO seen VALUES (?1)"};
 };
 
@@ -233,7 +225,7 @@ static int64_t StepForID(SQLite::Statement& row)
     return id;
 }
 
-void CIndexDatabase::StoreTexts(const tOrigin& origin, const tIndexedTexts& texts, int64_t now)
+void CIndexDatabase::StoreTexts(const tOrigin& origin, const tIndexedTexts& texts, const tFigures& figures, int64_t now)
 {
     mImpl->Begin();
     SQLite::Statement& row = mImpl->mStoreTexts.Use(mImpl->Get());
@@ -241,10 +233,30 @@ void CIndexDatabase::StoreTexts(const tOrigin& origin, const tIndexedTexts& text
     row.bind(7, now);
     int index = 8;
     for (const std::string* text : {&texts.name, &texts.author, &texts.description, &texts.revision, &texts.layers,
-                                    &texts.libraries, &texts.articles, &texts.text}) {
+                                    &texts.libraries, &texts.articles, &texts.text, &texts.folder}) {
         row.bindNoCopy(index++, *text);
     }
-    MarkSeen(StepForID(row));
+    const int64_t id = StepForID(row);
+    MarkSeen(id);
+    SQLite::Statement& numbers = mImpl->mStoreFigures.Use(mImpl->Get());
+    numbers.bind(1, id);
+    numbers.bind(2, origin.stamp.size);
+    numbers.bind(3, origin.modified);
+    numbers.bind(4, figures.created);
+    numbers.bind(5, figures.elements);
+    numbers.bind(6, figures.tracks);
+    numbers.exec();
+    SQLite::Statement& old = mImpl->mRemoveGauges.Use(mImpl->Get());
+    old.bind(1, id);
+    old.exec();
+    for (const tGauge& gauge : figures.gauges) {
+        SQLite::Statement& one = mImpl->mStoreGauge.Use(mImpl->Get());
+        one.bind(1, id);
+        one.bindNoCopy(2, gauge.scale);
+        one.bind(3, gauge.width);
+        one.exec();
+    }
+    mImpl->GetVocabulary().Store(mImpl->Get(), true);
 }
 
 void CIndexDatabase::StoreFailure(const tOrigin& origin, const tIndexFailure& failure)
@@ -258,7 +270,7 @@ void CIndexDatabase::StoreFailure(const tOrigin& origin, const tIndexFailure& fa
     MarkSeen(StepForID(row));
 }
 
-void CIndexDatabase::StoreStamp(int64_t id, const tFileStamp& stamp)
+void CIndexDatabase::StoreStamp(int64_t id, const tFileStamp& stamp, int64_t modified)
 {
     mImpl->Begin();
     SQLite::Statement& row = mImpl->mStoreStamp.Use(mImpl->Get());
@@ -267,6 +279,11 @@ void CIndexDatabase::StoreStamp(int64_t id, const tFileStamp& stamp)
     row.bind(3, stamp.modified);
     row.bind(4, static_cast<int64_t>(stamp.inode));
     row.exec();
+    SQLite::Statement& figures = mImpl->mStoreModified.Use(mImpl->Get());
+    figures.bind(1, id);
+    figures.bind(2, stamp.size);
+    figures.bind(3, modified);
+    figures.exec();
 }
 
 bool CIndexDatabase::StoreUnreadable(const std::string& path, const tIndexFailure& failure)
@@ -360,12 +377,12 @@ bool CIndexDatabase::IsReachable(const std::string& path)
 std::optional<int64_t> CIndexDatabase::Forget(const std::string& path)
 {
     mImpl->Begin();
-    const tRange range(path);
+    const tPathRange range(path);
     int64_t changes = 0;
     int64_t documents = 0;
     for (const char* table : {"root", "place", "unreadable", "document"}) {
         SQLite::Statement row(mImpl->Get(), std::string("DELETE FROM ") + table + " WHERE " + kInRange);
-        range.Bind(row, path);
+        BindRange(row, path, range);
         documents = row.exec();
         changes += documents;
     }
@@ -435,8 +452,8 @@ int64_t CIndexDatabase::RemoveUnseen(const std::string& root, const std::functio
                                                kInRange + " AND id NOT IN (SELECT id FROM seen)) WHERE NOT" + kIsKept +
                                                ") RETURNING path");
     mImpl->Begin();
-    const tRange range(root);
-    range.Bind(remove, root);
+    const tPathRange range(root);
+    BindRange(remove, root, range);
     int64_t count = 0;
     for (; remove.executeStep(); ++count) {
         if (use) {
@@ -495,57 +512,7 @@ void CIndexDatabase::ForEachFailed(const std::function<bool(const tFailedDocumen
     }
 }
 
-int64_t CIndexDatabase::Count(const std::string& expression, const std::string& folder)
+SQLite::Database& CIndexDatabase::GetConnection()
 {
-    SQLite::Statement row(mImpl->Get(), folder.empty()
-                                            ? "SELECT count(*) FROM words WHERE words MATCH ?1"
-                                            : "SELECT count(*) FROM words JOIN document ON document.id = words.rowid"
-                                              " WHERE words MATCH ?1 AND path >= ?2 AND path < ?3");
-    row.bind(1, expression);
-    const tRange range(folder);
-    if (!folder.empty()) {
-        BindBytes(row, 2, range.from);
-        BindBytes(row, 3, range.to);
-    }
-    row.executeStep();
-    return row.getColumn(0).getInt64();
-}
-
-void CIndexDatabase::Search(const std::string& expression, const std::string& folder, int64_t limit,
-                            const std::function<bool(const tFoundDocument&)>& use)
-{
-    // The order by rank is the full-text index's own, which computes no passage for what is not asked for.
-    std::string text = "SELECT document.path, document.author, document.description,"
-                       " snippet(words, -1, ?2, ?3, '…', ?4), rank"
-                       " FROM words CROSS JOIN document ON document.id = words.rowid"
-                       " WHERE words MATCH ?1 AND rank MATCH ?5";
-    text += folder.empty() ? "" : " AND path >= ?7 AND path < ?8";
-    SQLite::Statement row(mImpl->Get(), text + " ORDER BY rank LIMIT ?6");
-    row.bind(1, expression);
-    row.bind(2, std::string(1, kMatchBegin));
-    row.bind(3, std::string(1, kMatchEnd));
-    row.bind(4, kPassageWords);
-    row.bind(5, kRank);
-    row.bind(6, limit);
-    const tRange range(folder);
-    if (!folder.empty()) {
-        BindBytes(row, 7, range.from);
-        BindBytes(row, 8, range.to);
-    }
-    while (row.executeStep()) {
-        tFoundDocument found;
-        found.path = GetBytes(row.getColumn(0));
-        found.author = row.getColumn(1).getString();
-        found.description = row.getColumn(2).getString();
-        found.passage = row.getColumn(3).getString();
-        found.score = -row.getColumn(4).getDouble();
-        if (!use(found)) {
-            return;
-        }
-    }
-}
-
-bool CIndexDatabase::HasWords(std::string_view text)
-{
-    return !Tokenizer::Split(mImpl->Get().getHandle(), std::string(text)).empty();
+    return mImpl->Get();
 }

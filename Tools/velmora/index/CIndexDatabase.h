@@ -1,14 +1,19 @@
 // The index file: one row a document in SQLite, and a full-text index over it.
 #pragma once
 
+#include "protocol/Messages.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
+
+namespace SQLite {
+class Database;
+}
 
 /// What an index cannot do, in words for people; names the file.
 class CIndexError : public std::runtime_error {
@@ -48,6 +53,7 @@ struct tOrigin {
     tFileStamp stamp;
     std::string hash;     ///< ContentHash of the content; empty when it could not be read
     std::string importer; ///< which importer read it
+    int64_t modified = 0; ///< seconds since 1970, also where the stamp does not trust it
 };
 
 /// The texts of a document by which it is found. Lists are joined with ", ".
@@ -60,6 +66,7 @@ struct tIndexedTexts {
     std::string libraries;
     std::string articles;
     std::string text;
+    std::string folder = {}; ///< names of the folders above
 };
 
 /// Why a document could not be read when it was tried last.
@@ -113,19 +120,6 @@ struct tCensus {
     int64_t lost = 0;    ///< of the missing: their content is not that of a new document
 };
 
-/// A found document.
-struct tFoundDocument {
-    std::string path;
-    std::string author;
-    std::string description;
-    std::string passage; ///< an excerpt; matches between kMatchBegin and kMatchEnd
-    double score = 0;    ///< the greater the better
-};
-
-/// Around matches in a passage. A document that holds such characters marks more than was found, nothing else.
-inline constexpr char kMatchBegin = '\x02';
-inline constexpr char kMatchEnd = '\x03';
-
 struct tIndexOpening {
     double waitSeconds = 0; ///< for another writer to end
     /// To rebuild: a broken file may be replaced though no roots can be read from it.
@@ -171,11 +165,12 @@ public:
     bool IsReachable(const std::string& path);
 
     // Changes. Each begins a transaction if there is none.
-    void StoreTexts(const tOrigin& origin, const tIndexedTexts& texts, int64_t now);
+    void StoreTexts(const tOrigin& origin, const tIndexedTexts& texts, const tFigures& figures, int64_t now);
     /// The texts that are there stay, and are found.
     void StoreFailure(const tOrigin& origin, const tIndexFailure& failure);
     /// The content is the same, only the file's stamp is not.
-    void StoreStamp(int64_t id, const tFileStamp& stamp);
+    /// @param modified  as in tOrigin
+    void StoreStamp(int64_t id, const tFileStamp& stamp, int64_t modified);
     /// A folder that cannot be read, which may hold what it held. @return whether that is new
     bool StoreUnreadable(const std::string& path, const tIndexFailure& failure);
     void AddRoot(const std::string& path);
@@ -202,14 +197,8 @@ public:
     /// Merges what many runs have added, so that queries have less to look at.
     void Optimize();
 
-    // Queries. An expression is of FTS5's language, see CQuery; a folder, if not empty, is where documents must lie.
-    int64_t Count(const std::string& expression, const std::string& folder);
-    /// Best first. @param limit  how many at most; negative for all @param use  answers false to end
-    void Search(const std::string& expression, const std::string& folder, int64_t limit,
-                const std::function<bool(const tFoundDocument&)>& use);
-
-    /// Whether there is a letter or digit in a text, as the index sees it.
-    bool HasWords(std::string_view text);
+    /// What queries are asked of; the index lives longer than they do.
+    SQLite::Database& GetConnection();
 
 private:
     class CImpl;

@@ -3,6 +3,7 @@
 #include "Bounds.h"
 #include "Interrupt.h"
 #include "Places.h"
+#include "index/Ranking.h"
 #include "index/Schema.h"
 #include "index/Tokenizer.h"
 #include "output/Escapes.h"
@@ -247,7 +248,8 @@ void CIndexFile::Open(const std::string& path, int flags)
     mDatabase.emplace(isFixed ? FixedName(path) : PlainName(path),
                       flags | SQLite::OPEN_NOMUTEX /* one thread */ | (isFixed ? SQLite::OPEN_URI : 0),
                       Bounds::kIndexMilliseconds);
-    if (!Tokenizer::Register(mDatabase->getHandle())) {
+    const auto take = [this](std::string_view word) { mVocabulary.Take(word); };
+    if (!Tokenizer::Register(mDatabase->getHandle(), take) || !Ranking::Register(mDatabase->getHandle())) {
         throw CIndexError("SQLite has no full-text search here");
     }
     sqlite3* const connection = mDatabase->getHandle();
@@ -290,6 +292,7 @@ void CIndexFile::Migrate(const std::string& path)
     for (size_t i = static_cast<size_t>(GetVersion(path)); i < steps.size(); ++i) { // another one may have been here
         mDatabase->exec(steps[i]);
     }
+    mVocabulary.Store(*mDatabase, false);
     mDatabase->exec("PRAGMA application_id = " + std::to_string(Schema::kApplicationID));
     mDatabase->exec("PRAGMA user_version = " + std::to_string(steps.size()));
     transaction.commit();
@@ -305,7 +308,9 @@ void CIndexFile::CountAllAsChanged(const std::string& path)
         }
         SQLite::Transaction transaction(*mDatabase, SQLite::TransactionBehavior::IMMEDIATE);
         mDatabase->exec("UPDATE document SET importer = '', hash = NULL");
+        mVocabulary.Clear(*mDatabase);
         mDatabase->exec("INSERT INTO words (words) VALUES ('rebuild')");
+        mVocabulary.Store(*mDatabase, false);
         transaction.commit();
     } catch (const SQLite::Exception& error) {
         if (IsBroken(error)) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "index/CIndexDatabase.h"
+#include "index/CVocabulary.h"
 #include "protocol/CDescriptor.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -17,6 +18,8 @@ public:
     CIndexFile(const std::string& path, eAccess access, const tIndexOpening& opening);
 
     SQLite::Database& GetDatabase() { return *mDatabase; }
+    /// Has taken the words of what was stored through the connection.
+    CVocabulary& GetVocabulary() { return mVocabulary; }
 
     /// What a broken file was renamed to, and why; empty when it was not.
     const std::string& GetSetAside() const { return mSetAside; }
@@ -41,6 +44,7 @@ private:
     void Replace(const std::string& path, const tIndexOpening& opening);
 
     CDescriptor mLock;
+    CVocabulary mVocabulary; // the connection uses it
     std::optional<SQLite::Database> mDatabase;
     std::string mSetAside;
     std::string mReason;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <sys/stat.h>
 
@@ -88,10 +89,27 @@ static std::string NameFor(const std::string& path)
     return UTF8::MakeValid(name);
 }
 
+/// The names of the folders above a document, for people: below the user's own folder if it is there, else all.
+static std::string FoldersOf(const std::string& path)
+{
+    static const std::string sHome = [] {
+        const char* const home = getenv("HOME");
+        return home != nullptr && *home == '/' ? std::string(home) + "/" : std::string("/");
+    }();
+    const size_t start = path.starts_with(sHome) ? sHome.size() : path.starts_with('/') ? 1 : 0;
+    const size_t end = std::max(path.find_last_of('/') + 1, start + 1) - 1;
+    std::string names = UTF8::MakeValid(path.substr(start, end - start));
+    for (size_t at = 0; (at = names.find('/', at)) != std::string::npos; at += 2) {
+        names.replace(at, 1, ", ");
+    }
+    return names;
+}
+
 static tIndexedTexts TextsOf(const std::string& path, const tAnswer& answer)
 {
     tIndexedTexts texts;
     texts.name = NameFor(path);
+    texts.folder = FoldersOf(path);
     texts.libraries = Join(answer.libraries);
     texts.articles = Join(answer.articles);
     const struct {
@@ -110,7 +128,7 @@ static tIndexedTexts TextsOf(const std::string& path, const tAnswer& answer)
         }
     }
     for (std::string* text : {&texts.name, &texts.author, &texts.description, &texts.revision, &texts.layers,
-                              &texts.libraries, &texts.articles, &texts.text}) {
+                              &texts.libraries, &texts.articles, &texts.text, &texts.folder}) {
         std::replace(text->begin(), text->end(), '\0', ' '); // where SQLite's functions would end the text
     }
     return texts;
@@ -162,7 +180,7 @@ bool CIndexRun::WantsOpen(const std::string& path, const tFileStatus& status, in
     const std::optional<tKnownDocument> known = mDatabase.Find(path);
     made.isKnown = known.has_value();
     if (known && !made.hash.empty() && known->hash == made.hash && IsSettled(*known)) {
-        mDatabase.StoreStamp(known->id, made.Stamp(status));
+        mDatabase.StoreStamp(known->id, made.Stamp(status), status.modified / kSecond);
         CountAsBefore(*known);
         return false;
     }
@@ -191,9 +209,9 @@ CIndexRun::eTaken CIndexRun::Take(const std::string& path, const tFileStatus& st
         mDatabase.KeepBelow(path);
     }
     const tNote made(note);
-    const tOrigin origin = {path, made.Stamp(status), made.hash, mSettings.importer};
+    const tOrigin origin = {path, made.Stamp(status), made.hash, mSettings.importer, status.modified / kSecond};
     if (answer.ok) {
-        mDatabase.StoreTexts(origin, TextsOf(path, answer), seconds);
+        mDatabase.StoreTexts(origin, TextsOf(path, answer), answer.figures, seconds);
         ++(made.isKnown ? mSummary.changed : mSummary.added);
         Tell({made.isKnown ? tIndexChange::eKind::kChanged : tIndexChange::eKind::kAdded, path, {}});
     } else {

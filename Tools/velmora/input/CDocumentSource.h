@@ -29,7 +29,7 @@ struct tInput {
     CDescriptor document; ///< a regular file; not open before Open, and when failure is set
     std::optional<tFailure> failure;
     size_t ownPart = 0; ///< where in the path the name of a named file begins, or what lies below a named folder
-    std::string note; ///< for whoever handles the input, empty at first
+    std::string note;   ///< for whoever handles the input, empty at first
 };
 
 /// Walks operands and lists lazily: what it keeps in memory is the names of the folders it is in.

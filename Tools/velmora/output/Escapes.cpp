@@ -118,6 +118,22 @@ bool Escapes::FromBase64(std::string_view text, std::string& bytes)
     return Base64(bytes) == text; // also that the bits left over are zeros
 }
 
+std::string Escapes::ForURL(std::string_view text)
+{
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string escaped;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if ((byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+            std::string_view("-._~/").find(character) != std::string_view::npos) {
+            escaped += character;
+        } else {
+            escaped.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+        }
+    }
+    return escaped;
+}
+
 std::string Escapes::Base64(std::string_view bytes)
 {
     std::string result;

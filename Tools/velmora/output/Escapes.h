@@ -16,6 +16,9 @@ std::string ForXML(std::string_view text);
 /// Appends a JSON string, with its quotes. @param text  valid UTF-8
 void AppendJSON(std::string& json, std::string_view text);
 
+/// A part of a URL: bytes other than letters, digits, "-._~" and "/" in percent signs.
+std::string ForURL(std::string_view text);
+
 /// RFC 4648, with padding.
 std::string Base64(std::string_view bytes);
 
