@@ -10,15 +10,34 @@
 static volatile sig_atomic_t sRequested = 0;
 static int sPipe[2] = {-1, -1};
 
-static void HandleInterrupt(int)
+static void HandleInterrupt(int number)
 {
     if (sRequested != 0) {
         _exit(kExitInterrupted);
     }
-    sRequested = 1;
+    sRequested = number;
     const int savedError = errno;
     [[maybe_unused]] const ssize_t written = write(sPipe[1], "", 1);
     errno = savedError;
+}
+
+static bool MakePipe()
+{
+    if (sPipe[0] < 0) {
+        if (pipe(sPipe) != 0) {
+            return false;
+        }
+        fcntl(sPipe[0], F_SETFD, FD_CLOEXEC);
+        fcntl(sPipe[1], F_SETFD, FD_CLOEXEC);
+    }
+    return true;
+}
+
+static void Catch(int number)
+{
+    struct sigaction action = {};
+    action.sa_handler = HandleInterrupt; // without SA_RESTART: a read from a terminal or pipe ends, too
+    sigaction(number, &action, nullptr);
 }
 
 void Interrupt::Install()
@@ -26,14 +45,21 @@ void Interrupt::Install()
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
     struct sigaction old = {};
-    if (sPipe[0] >= 0 || sigaction(SIGINT, nullptr, &old) != 0 || old.sa_handler == SIG_IGN || pipe(sPipe) != 0) {
-        return;
+    if (sigaction(SIGINT, nullptr, &old) == 0 && old.sa_handler == SIG_DFL && MakePipe()) {
+        Catch(SIGINT);
     }
-    fcntl(sPipe[0], F_SETFD, FD_CLOEXEC);
-    fcntl(sPipe[1], F_SETFD, FD_CLOEXEC);
-    struct sigaction action = {};
-    action.sa_handler = HandleInterrupt; // without SA_RESTART: a read from a terminal or pipe ends, too
-    sigaction(SIGINT, &action, nullptr);
+}
+
+void Interrupt::InstallForService()
+{
+    if (MakePipe()) {
+        Catch(SIGTERM);
+    }
+}
+
+bool Interrupt::IsTermination()
+{
+    return sRequested == SIGTERM;
 }
 
 bool Interrupt::IsRequested()

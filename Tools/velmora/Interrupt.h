@@ -7,8 +7,14 @@ namespace Interrupt {
 /// may not grow, themselves.
 void Install();
 
-/// Whether SIGINT has arrived.
+/// Takes SIGTERM like SIGINT from now on, for a program that runs until it is told to end.
+void InstallForService();
+
+/// Whether SIGINT has arrived, or SIGTERM after InstallForService.
 bool IsRequested();
+
+/// Whether it was SIGTERM: to end like this is then what was wanted.
+bool IsTermination();
 
 /// Becomes readable when SIGINT arrives, and stays so; -1 before Install.
 int GetDescriptor();

@@ -81,7 +81,7 @@ int CIndexing::Run()
     for (const std::string& path : mOptions.paths) {
         paths.push_back(ResolvePath(path));
     }
-    if (mOptions.rebuild || (paths.empty() && mOptions.filesFrom.empty())) { // everything
+    if (mOptions.rebuild || mOptions.watch || (paths.empty() && mOptions.filesFrom.empty())) { // everything
         for (const tPlace& place : mPlaces) {
             if (place.isRoot) {
                 paths.push_back(place.path);
@@ -124,6 +124,32 @@ int CIndexing::Run()
         return kExitInterrupted;
     }
     return isBad ? kExitFailed : kExitOK;
+}
+
+void CIndexing::Update(const std::vector<std::string>& changed, const std::vector<std::string>& gone)
+{
+    mWalked = Outermost(changed);
+    tIndexOptions options = mOptions;
+    options.paths = mWalked;
+    options.quiet = true;
+    std::optional<tFailure> ignored;
+    CIndexRun run(mIndex, {IdentifyImporter(GetWorkerSettings(options, ignored)), options.retryFailed, options.verify,
+                           eTrust::kWitnessed});
+    run.SetListener([this](const tIndexChange& change) { Tell(change); });
+    bool whole = true;
+    if (!mWalked.empty() && Walk(run, options, whole)) {
+        return;
+    }
+    for (const std::string& path : mWalked) {
+        if (whole && std::filesystem::is_directory(path)) {
+            run.Finish(path);
+        }
+    }
+    for (auto path = gone.rbegin(); path != gone.rend(); ++path) {
+        run.Finish(*path);
+    }
+    run.Commit();
+    SayKept(run);
 }
 
 /// Sorts the paths into those that can be walked, those that are known and not there, and errors.
@@ -173,7 +199,8 @@ std::optional<int> CIndexing::Walk(CIndexRun& run, tIndexOptions& options, bool&
     if (const std::optional<int> status = batch.Begin()) {
         return status;
     }
-    if (batch.CannotServe()) {
+    mCanServe = !batch.CannotServe();
+    if (!mCanServe) {
         return kExitFailed;
     }
     bool stopped = false;
@@ -211,7 +238,8 @@ void CIndexing::Take(CIndexRun& run, const tInput& input, const tAnswer& answer)
         mMissing = true;
         break;
     case CIndexRun::eTaken::kGone: // since its folder was listed, or a list names it
-        if (std::none_of(mWalked.begin(), mWalked.end(), [&](const std::string& root) { return LiesIn(path, root); })) {
+        if (mListener == nullptr &&
+            std::none_of(mWalked.begin(), mWalked.end(), [&](const std::string& root) { return LiesIn(path, root); })) {
             TakeGone(run, path, input.path);
         }
         break;
@@ -250,18 +278,21 @@ int64_t CIndexing::SayKept(const CIndexRun& run) const
         }
         ++count;
         const std::string path = Escapes::ForTerminal(kept.path);
-        const std::string documents = std::to_string(kept.documents);
+        std::string text = path;
         if (kept.why == tKept::eWhy::kTooMany) {
-            COutput::PrintMessage(path + ": " + documents + " of " + std::to_string(kept.known) +
-                                  " documents are missing, and kept ('velmora index --remove-missing' removes them)");
-            continue;
+            text += ": " + std::to_string(kept.documents) + " of " + std::to_string(kept.known);
+            text += " documents are missing, and kept ('velmora index --remove-missing' removes them)";
+        } else {
+            text += kept.why == tKept::eWhy::kNotThere ? " is not reachable"
+                    : kept.why == tKept::eWhy::kEmpty  ? " holds no documents any more"
+                                                       : " is on another file system than before";
+            text += ": what the index knows of it is kept, " + std::to_string(kept.documents);
+            text += kept.documents == 1 ? " document" : " documents";
+            text += " ('velmora index --forget ";
+            text += path;
+            text += "' drops it)";
         }
-        const char* why = kept.why == tKept::eWhy::kNotThere ? " is not reachable"
-                          : kept.why == tKept::eWhy::kEmpty  ? " holds no documents any more"
-                                                             : " is on another file system than before";
-        COutput::PrintMessage(path + why + ": what the index knows of it is kept, " + documents +
-                              (kept.documents == 1 ? " document" : " documents") + " ('velmora index --forget " + path +
-                              "' drops it)");
+        COutput::PrintMessage(text);
     }
     return count;
 }

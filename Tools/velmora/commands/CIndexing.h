@@ -23,6 +23,14 @@ public:
     /// What the options say: the paths, or all that was indexed before. @return an eExitCode
     int Run();
 
+    /// What the system has told of: reads what has changed, and believes what is gone.
+    /// @param changed  as the index knows paths; folders are walked
+    /// @param gone     sorted: what a folder held goes before the folder, which may turn out to be out of reach
+    void Update(const std::vector<std::string>& changed, const std::vector<std::string>& gone);
+
+    /// Whether there are workers, which has been said if not; after Run or Update.
+    bool CanServe() const { return mCanServe; }
+
 private:
     bool Prepare(const std::vector<std::string>& paths);
     void RememberRoots(const std::vector<std::string>& roots);
@@ -41,5 +49,6 @@ private:
     std::vector<std::string> mWalked; ///< of these: are there
     std::string mShown;               ///< the input at hand, as the user has named it
     std::chrono::steady_clock::time_point mBegin = std::chrono::steady_clock::now();
+    bool mCanServe = true;
     bool mMissing = false; ///< something that was named does not exist
 };

@@ -20,6 +20,7 @@ void AddIndexOptions(CParser& parser, tIndexOptions& options)
     parser.AddFlag("--rebuild", options.rebuild,
                    "Read every document again; a broken index is set aside and made anew");
     parser.AddFlag("--remove-missing", options.removeMissing, "Believe it when most documents of a folder are missing");
+    parser.AddFlag("--watch", options.watch, "Go on: read what changes in the folders when it has changed");
     parser.Add("--forget", options.forget, "Drop a folder or document, which may not be there, and do nothing else")
         .Named("DIR")
         .TakesOne();
@@ -34,13 +35,16 @@ void AddIndexOptions(CParser& parser, tIndexOptions& options)
 std::string CheckIndex(const tIndexOptions& options)
 {
     const bool reads = !options.filesFrom.empty() || options.retryFailed || options.verify || options.rebuild ||
-                       options.removeMissing || options.newFailures || !options.paths.empty();
+                       options.removeMissing || options.newFailures || options.watch || !options.paths.empty();
     const int others = (options.showStatus ? 1 : 0) + (options.listFailed ? 1 : 0) + (options.forget.empty() ? 0 : 1);
     if (others > 1) {
         return "--status, --failed and --forget go one at a time";
     }
     if (others > 0 && reads) {
         return "--status, --failed and --forget read nothing: no documents and no other work go with them";
+    }
+    if (options.watch && (options.rebuild || !options.filesFrom.empty())) {
+        return "--watch goes on with folders: neither --rebuild nor --files-from goes with it";
     }
     if (std::find(options.paths.begin(), options.paths.end(), "-") != options.paths.end()) {
         return "standard input has no name under which it could be found again";
@@ -78,7 +82,7 @@ int RunIndex(const tIndexOptions& options)
             const bool json = options.format == "json";
             return options.showStatus ? ShowStatus(index, json) : ListFailed(index, json);
         }
-        return Write(path, options);
+        return options.watch ? WatchFolders(path, options) : Write(path, options);
     } catch (const CIndexLocked& error) {
         COutput::PrintMessage(error.what());
         return kExitLocked;

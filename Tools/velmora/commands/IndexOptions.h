@@ -15,6 +15,7 @@ struct tIndexOptions : tBatchOptions {
     bool verify = false;             ///< compare contents, not times
     bool removeMissing = false;      ///< also most of what a folder holds
     bool newFailures = false;        ///< pass over failures of before
+    bool watch = false;              ///< go on until told to end
     unsigned waitSeconds = 0;        ///< for another run to end
 };
 
@@ -33,6 +34,9 @@ int ShowStatus(CIndexDatabase& index, bool json);
 
 /// Prints what could not be read. @return an eExitCode
 int ListFailed(CIndexDatabase& index, bool json);
+
+/// Keeps the index current until a signal ends it. @return an eExitCode
+int WatchFolders(const std::string& database, const tIndexOptions& options);
 
 /// Drops what lies at and below the paths, and says how many documents that were. @return an eExitCode
 int ForgetPaths(CIndexDatabase& index, const tIndexOptions& options);

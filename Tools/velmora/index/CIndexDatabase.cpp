@@ -202,6 +202,11 @@ std::optional<tKnownDocument> CIndexDatabase::Find(const std::string& path)
     return known;
 }
 
+bool CIndexDatabase::Holds(const std::string& path)
+{
+    return mImpl->Count("SELECT EXISTS (SELECT 1 FROM document WHERE :range)", path) != 0;
+}
+
 static void BindOrigin(SQLite::Statement& row, const tOrigin& origin)
 {
     BindBytes(row, 1, origin.path);

@@ -155,6 +155,8 @@ public:
 
     // What is there.
     std::optional<tKnownDocument> Find(const std::string& path);
+    /// Whether there is a document at or below a path.
+    bool Holds(const std::string& path);
     tIndexStatus GetStatus();
     void ForEachFailed(const std::function<bool(const tFailedDocument&)>& use);
 

@@ -231,7 +231,7 @@ void CIndexRun::CountFailure(const std::string& path, const tIndexFailure& failu
     Tell({tIndexChange::eKind::kFailed, path, failure, isNew});
 }
 
-void CIndexRun::Tell(tIndexChange change) const
+void CIndexRun::Tell(const tIndexChange& change) const
 {
     if (mChanged) {
         mChanged(change);
@@ -249,7 +249,6 @@ void CIndexRun::Finish(const std::string& path)
     const int64_t failures = mDatabase.CountUnseenFailures(path); // of folders that could not be looked into
     mSummary.failed += failures;
     mSummary.knownFailed += failures;
-    Commit();
 }
 
 void CIndexRun::Commit()

@@ -62,7 +62,7 @@ public:
     eTaken Take(const std::string& path, const tFileStatus& status, const std::string& note, const tAnswer& answer);
 
     /// To be called when everything at and below a path was seen, or is not there: what is missing leaves the index,
-    /// unless it is only out of reach.
+    /// unless it is only out of reach. Not yet permanent.
     void Finish(const std::string& path);
 
     /// @param changed  called for each change
@@ -85,7 +85,7 @@ private:
     void CountAsBefore(const tKnownDocument& known);
     void CountOne();
     void CountFailure(const std::string& path, const tIndexFailure& failure, bool isNew);
-    void Tell(tIndexChange change) const;
+    void Tell(const tIndexChange& change) const;
 
     CIndexDatabase& mDatabase;
     tSettings mSettings;

@@ -31,14 +31,14 @@ void CReach::NoteDevice(const std::string& path, uint64_t device)
     mMountPoints.emplace(folder, FileSystemName::Of(folder));
 }
 
-/// Whether something that is not there was removed: what it was on is there, as it was.
-bool CReach::IsGone(const std::string& path, const tPlace& place) const
+/// Whether something that is not there was removed: what it was on is there, as it was, or has been removed itself.
+bool CReach::IsGone(const std::string& path, const tPlace& place, eTrust trust)
 {
     if (place.path == path) { // nobody can say; the user can
         return false;
     }
     const std::string now = FileSystemName::Of(place.path.empty() ? FolderOf(path) : place.path);
-    return !now.empty() && (place.fileSystem.empty() || place.fileSystem == now);
+    return now.empty() ? trust == eTrust::kWitnessed : place.fileSystem.empty() || place.fileSystem == now;
 }
 
 bool CReach::Judge(const std::string& path, eTrust trust)
@@ -51,7 +51,7 @@ bool CReach::Judge(const std::string& path, eTrust trust)
     }
     const bool isPlace = place.path == path;
     const std::string now = FileSystemName::Of(path);
-    const bool isUnknown = now.empty() && !IsGone(path, place);
+    const bool isUnknown = now.empty() && !IsGone(path, place, trust);
     if (!isUnknown) {
         JudgeMountPoints(path);
     }

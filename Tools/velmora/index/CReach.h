@@ -57,7 +57,7 @@ public:
 
 private:
     void NoteDevice(const std::string& path, uint64_t device);
-    bool IsGone(const std::string& path, const tPlace& place) const;
+    static bool IsGone(const std::string& path, const tPlace& place, eTrust trust);
     void JudgeMountPoints(const std::string& path);
     void Keep(tPlace place, tKept::eWhy why, const tCensus& census, bool remember);
     void Settle(const tPlace& before, const std::string& fileSystem);

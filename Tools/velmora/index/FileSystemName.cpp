@@ -27,7 +27,7 @@ std::string FileSystemName::Of(const std::string& path)
     if (stat(path.c_str(), &status) != 0 || statvfs(path.c_str(), &system) != 0) {
         return {};
     }
-    const std::string uuid = FindUUID(status.st_dev);
+    std::string uuid = FindUUID(status.st_dev);
     if (!uuid.empty()) {
         return uuid;
     }

@@ -167,6 +167,13 @@ static bool HasMagic(int folder, const std::string& name)
            std::string_view(bytes, sizeof bytes) == kMagic;
 }
 
+bool CDocumentSource::IsDocument(const std::string& path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           (DocumentNames::HasExtension(DocumentNames::NameOfFile(path)) || HasMagic(AT_FDCWD, path));
+}
+
 void CDocumentSource::OpenNamed(tInput& input)
 {
     CDocumentSource source({});

@@ -76,6 +76,9 @@ public:
     /// @return false when there is none left, or the user has interrupted
     bool Next(tInput& input);
 
+    /// Whether a walk would take a file.
+    static bool IsDocument(const std::string& path);
+
     /// Opens the file at the input's path, as if a list had named it.
     static void OpenNamed(tInput& input);
 
