@@ -10,7 +10,10 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
+#include <fstream>
 #include <future>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using tJSON = nlohmann::json;
@@ -200,6 +203,65 @@ TEST(IndexCommand, KeepsWhatIsOutOfReach)
         EXPECT_EQ(index.GetStatus().documents, step.documents);
         EXPECT_EQ(index.IsReachable(disk + "/60.velmora"), step.reachable);
     }
+}
+
+TEST(IndexCommand, FollowsItsFolders)
+{
+    namespace fs = std::filesystem;
+    const std::string folder = MakeFolder("watched");
+    const std::string database = MakeFolder("watched-index") + "/index.db";
+    const auto make = [&](const char* name) { WriteFile(folder + name, MakeLayout("plan")); };
+    std::optional<CIndexDatabase> writer;
+    const auto overflow = [&](int process) { // more than the system keeps, then a folder that nothing is told of
+        kill(process, SIGSTOP);
+        int most = 0;
+        std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
+        for (int i = 0; i < most + 10; ++i) { // of two in turn: the same event twice is one
+            utimensat(AT_FDCWD, (folder + (i % 2 == 0 ? "/b.velmora" : "/late.txt")).c_str(), nullptr, 0);
+        }
+        make("/lost/1.velmora");
+        kill(process, SIGCONT);
+    };
+    make("/a.velmora");
+    const struct {
+        std::vector<std::string> lines; ///< that have to come, in any order
+        std::function<void(int process)> then;
+    } steps[] = {
+        {{"added /a.velmora"}, [&](int) { make("/sub/deep/1.velmora"), WriteFile(folder + "/bad.velmora", "bad"); }},
+        {{"added /sub/deep/1.velmora", "failed /bad.velmora: is not a layout document"},
+         [&](int) { fs::rename(folder + "/sub", folder + "/moved"), fs::remove(folder + "/a.velmora"); }},
+        {{"added /moved/deep/1.velmora", "removed /sub/deep/1.velmora", "removed /a.velmora"},
+         [&](int) { // between its turns others may write; while they do it waits
+             EXPECT_EQ(Index(database, {folder}, kExitFailed)["documents"], 1);
+             writer.emplace(database, CIndexDatabase::eAccess::kWrite);
+             make("/moved/deep/2.velmora"), make("/b.velmora"), WriteFile(folder + "/late.txt", "");
+             writer.reset();
+         }},
+        {{"added /moved/deep/2.velmora", "added /b.velmora"}, overflow},
+        {{"added /lost/1.velmora"}, [&](int) { make("/lost/2.velmora"), fs::remove_all(folder + "/moved"); }},
+        {{"added /lost/2.velmora", "removed /moved/deep/1.velmora", "removed /moved/deep/2.velmora"},
+         [&](int process) { kill(process, SIGTERM); }},
+    };
+    size_t next = 0;
+    size_t begin = 0;
+    tProgramRun run;
+    run.arguments = {BUILD_FOLDER "/velmora", "index", "--watch", "--database", database, folder};
+    run.signal = SIGKILL; // when something never comes
+    run.signalAfter = std::chrono::minutes(2);
+    run.onOutput = [&](int process, const std::string& out) {
+        const auto hasCome = [&](std::string line) {
+            return out.find(line.insert(line.find('/'), folder) + "\n", begin) != std::string::npos;
+        };
+        if (next < std::size(steps) && std::all_of(steps[next].lines.begin(), steps[next].lines.end(), hasCome)) {
+            begin = out.size();
+            steps[next++].then(process);
+        }
+        return true;
+    };
+    const tProgramResult result = RunProgram(run);
+    EXPECT_EQ(result.status, kExitOK) << "step " << next << "\n" << result.out << result.err;
+    EXPECT_EQ(next, std::size(steps));
+    EXPECT_EQ(Search(database, {"--count", "plan"}), "3\n");
 }
 
 TEST(IndexCommand, ReplacesABrokenIndexThatIsItsOwn)

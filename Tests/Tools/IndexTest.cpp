@@ -381,6 +381,7 @@ TEST(IndexRun, RemovesWhatIsGoneAndKeepsWhatItCouldNotLookAt)
         }
         run.Take(folder + "/new", {}, "nn", MakeFailure(eFailure::kLoader, "damaged"));
         run.Finish(folder);
+        run.Commit();
         EXPECT_EQ(run.GetSummary().removed, failures == 3 ? 3 : 4);
         EXPECT_EQ(Count(*index, "gleis", folder + "/closed"), failures == 3 ? 2 : 0);
         int64_t listed = 0;

@@ -56,6 +56,12 @@ bool CReach::Judge(const std::string& path, eTrust trust)
         JudgeMountPoints(path);
     }
     const tCensus census = mDatabase.TakeCensus(path);
+    if (isUnknown && census.missing == 0 && !(isPlace && place.isRoot)) { // nothing of the index is concerned
+        if (isPlace) {
+            mDatabase.RemovePlace(path);
+        }
+        return false;
+    }
     const bool isElsewhere = !now.empty() && !place.fileSystem.empty() && now != place.fileSystem;
     const bool mayBeEmpty =
         !isPlace || trust == eTrust::kWitnessed || (trust == eTrust::kAsked && now == place.fileSystem);
