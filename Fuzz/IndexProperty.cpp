@@ -85,7 +85,10 @@ std::string Properties::Index(std::string_view input)
     Write(path, input);
     Try(path, [&] { Read(path); });
     Try(path, [&] { Change(path); });
-    Try(path, [&] { CIndexDatabase(path, eAccess::kRebuild, {0, true}).Commit(); });
+    Try(path, [&] {
+        std::string why;
+        RemoveIndex(CIndexDatabase(path, eAccess::kRebuild, {0, true}).GetSetAside(why));
+    });
     return {};
 }
 

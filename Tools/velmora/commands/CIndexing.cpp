@@ -4,7 +4,7 @@
 #include "Importer/Names.h"
 #include "Interrupt.h"
 #include "index/ContentHash.h"
-#include "index/LiesIn.h"
+#include "index/FolderPaths.h"
 #include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"

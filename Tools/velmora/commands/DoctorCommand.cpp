@@ -305,7 +305,7 @@ std::string CExamination::GetText(const tLook& look) const
     text += Line("Index", DescribePlace(mIndex, " (not there yet)"));
     if (mIndex.contains("documents")) {
         text += Line("", std::to_string(mIndex.value("documents", 0LL)) + " documents, " +
-                             std::to_string(mIndex.value("failed", 0LL)) + " of them failed when last read");
+                             std::to_string(mIndex.value("failed", 0LL)) + " that could not be read");
     }
     if (mSandbox.contains("mode")) {
         const std::string note = mSandbox.value("note", "");

@@ -4,7 +4,7 @@
 #include "Places.h"
 #include "Platform/FolderWatch.h"
 #include "commands/CIndexing.h"
-#include "index/LiesIn.h"
+#include "index/FolderPaths.h"
 #include "input/DocumentNames.h"
 #include "output/CJSONLines.h"
 #include "output/COutput.h"
@@ -52,11 +52,6 @@ bool Exists(const std::string& path)
     return lstat(path.c_str(), &status) == 0;
 }
 
-std::string FolderOf(const std::string& path)
-{
-    return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
-}
-
 /// Keeps an index current. It is open for writing only while something is written, so that other runs have their turn.
 class CFollower {
 public:
@@ -74,10 +69,14 @@ public:
             return kExitFailed;
         }
         Interrupt::InstallForService();
+        try {
+            CIndexDatabase index(mDatabase, eAccess::kRead);
+            mRoots = RootsOf(index);
+        } catch (const CIndexMissing&) {
+        }
         for (const std::string& path : mOptions.paths) {
             mRoots.insert(ResolvePath(path));
         }
-        Look();
         WatchAll(); // before the walk: what changes during it is told of
         mMountPoints = ListMountPoints();
         mMustWalk = true;
@@ -202,7 +201,9 @@ private:
             for (const dirent* entry = entries != nullptr ? readdir(entries) : nullptr; entry != nullptr;
                  entry = readdir(entries)) {
                 const std::string name = entry->d_name;
-                std::string path = folder + (folder.ends_with('/') ? "" : "/") + name;
+                std::string path = folder;
+                path += folder.ends_with('/') ? "" : "/";
+                path += name;
                 const bool mayBe = entry->d_type == DT_DIR || (entry->d_type == DT_UNKNOWN && IsFolder(path));
                 if (mayBe && name != "." && name != ".." && !IsExcluded(path)) {
                     open.push_back(std::move(path));
@@ -263,14 +264,20 @@ private:
         }
     }
 
-    void TakeRoots(CIndexDatabase& index)
+    static std::set<std::string> RootsOf(CIndexDatabase& index)
     {
         std::set<std::string> roots;
         for (const tPlace& place : index.GetPlaces()) {
-            if (place.isRoot) {
+            if (place.isRoot && place.path.starts_with('/')) { // who knows who wrote there
                 roots.insert(place.path);
             }
         }
+        return roots;
+    }
+
+    void TakeRoots(CIndexDatabase& index)
+    {
+        std::set<std::string> roots = RootsOf(index);
         if (roots == mRoots || roots.empty()) { // a new file knows none yet
             return;
         }

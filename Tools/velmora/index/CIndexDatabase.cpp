@@ -2,7 +2,7 @@
 
 #include "index/CIndexFile.h"
 #include "index/FileSystemName.h"
-#include "index/LiesIn.h"
+#include "index/FolderPaths.h"
 #include "index/PathRange.h"
 #include "output/CReplacedFile.h"
 #include "output/Escapes.h"

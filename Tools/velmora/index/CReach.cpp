@@ -1,15 +1,10 @@
 #include "index/CReach.h"
 
 #include "index/FileSystemName.h"
-#include "index/LiesIn.h"
+#include "index/FolderPaths.h"
 
 #include <algorithm>
 #include <sys/stat.h>
-
-static std::string FolderOf(const std::string& path)
-{
-    return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
-}
 
 void CReach::NoteDevice(const std::string& path, uint64_t device)
 {
