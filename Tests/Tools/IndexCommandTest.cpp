@@ -321,6 +321,33 @@ TEST(IndexCommand, ReplacesABrokenIndexThatIsItsOwn)
     }
 }
 
+TEST(SearchCommand, ShowsATerminalWhereDocumentsAre)
+{
+    const std::string folder = std::filesystem::canonical(MakeFolder("terminal"));
+    const std::string database = MakeFolder("terminal-index") + "/index.db";
+    WriteFile(folder + "/a b.velmora", MakeLayout("Hauptbahn"));
+    Index(database, {folder});
+    tProgramRun run;
+    run.columns = 80;
+    run.folder = folder;
+    run.environment = {"TERM=xterm", "NO_COLOR=1"};
+    run.arguments = {BUILD_FOLDER "/velmora", "search", "--database", database, "haup"};
+    const std::string found = RunProgram(run).out;
+    EXPECT_NE(found.find(folder + "/a%20b.velmora\x1B\\"
+                                  "a b.velmora\x1B]8;;\x1B\\"),
+              std::string::npos)
+        << found;
+    EXPECT_NE(found.find("  \x1B[1mHauptbahn\x1B["), std::string::npos) << found;
+    run.environment[0] = "TERM=dumb";
+    EXPECT_EQ(RunProgram(run).out.substr(0, 11), "a b.velmora");
+    // What is unknown is asked back on a terminal only.
+    run.arguments.back() = "Hupatbahn";
+    run.arguments.insert(run.arguments.begin(), {"/bin/sh", "-c", "exec \"$0\" \"$@\" 2>&1"});
+    EXPECT_EQ(RunProgram(run).out, "velmora: nothing found; did you mean: hauptbahn\r\n");
+    run.columns = 0;
+    EXPECT_EQ(RunProgram(run).out, "");
+}
+
 TEST(IndexCommand, KnowsEveryLibraryAndArticle)
 {
     const std::string database = MakeFolder("names-index") + "/index.db";

@@ -7,6 +7,7 @@
 #include "output/CJSONLines.h"
 #include "output/COutput.h"
 #include "output/Escapes.h"
+#include "output/Terminal.h"
 
 #include <climits>
 #include <cstdlib>
@@ -35,10 +36,11 @@ static void AddSearchOptions(CParser& parser, tSearchOptions& options)
 {
     parser.SetFooter(
         "A query is words, also parts of words (whole words come first), \"several words\" in their order, and with *\n"
-        "what begins (gleis*), ends (*bahn) or goes on both ways. All must be found, OR makes one of several do,\n"
-        "-word excludes. author:, description:, revision:, layer:, library:, article:, text:, name: and folder:\n"
-        "before a word, a phrase or a (group) look in one field only. size:>1MB, elements:100..500, tracks:>12.5\n"
-        "(metres), gauge:H0, modified:2025-03 and created:<2020 ask for figures.");
+        "what begins (gleis*), ends (*bahn) or goes on at both ends. All must be found, OR makes one of several do,\n"
+        "-word excludes. author:, description:, revision:, layer:, library:, article:, text:, name: and folder: "
+        "before\n"
+        "a word, a phrase or a (group) look in one field only. size:>1MB, elements:100..500, tracks:>12.5 (metres),\n"
+        "gauge:H0, modified:2025-03 and created:<2020 ask for figures.");
     parser.Add("QUERY", options.words, "What to search for; several are joined").Named(" ");
     AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
     parser.Add("--limit", options.limit, "At most so many; 0 for all (the default, but 20 as text)")
@@ -66,22 +68,22 @@ static std::string CheckSearch(const tSearchOptions& options)
     return {};
 }
 
-/// How results are shown: what a terminal can, beyond text.
-struct tLook {
-    bool isBold = false;   ///< matches are bold; else they stand between « and »
+/// How hits are shown: what a terminal can, beyond text.
+struct tHitLook {
+    tLook text;
     bool isLinked = false; ///< paths can be clicked
     std::string here;      ///< paths below this folder are shown from there, unless it is empty
     std::string host;      ///< of the links
 };
 
-static tLook GetLook()
+static tHitLook GetHitLook()
 {
-    tLook look;
-    const char* const terminal = getenv("TERM");
-    if (isatty(STDOUT_FILENO) == 0) { // scripts get whole paths
+    tHitLook look;
+    look.text = Terminal::GetLook(STDOUT_FILENO);
+    if (!look.text.isTerminal) { // scripts get whole paths
         return look;
     }
-    look.isBold = look.isLinked = terminal != nullptr && *terminal != 0 && std::string_view(terminal) != "dumb";
+    look.isLinked = Terminal::IsCapable(STDOUT_FILENO);
     std::error_code ignored;
     look.here = std::filesystem::current_path(ignored).string();
     look.here += look.here.ends_with('/') ? "" : "/";
@@ -90,22 +92,35 @@ static tLook GetLook()
     return look;
 }
 
-/// A passage with its matches, ready to be printed.
-static std::string Mark(const tPassage& passage, bool isBold)
+static constexpr size_t kIndent = 2;
+
+/// A part of a passage: its line breaks are breaks on a terminal.
+static std::string ShowPart(std::string_view part, const tLook& look)
 {
+    std::string shown;
+    for (const std::string& line : Terminal::ToLines(part, look, tLook::kUnlimited)) {
+        shown += (shown.empty() ? "" : "\n" + std::string(kIndent, ' ')) + line;
+    }
+    return shown;
+}
+
+/// A passage with its matches, ready to be printed.
+static std::string Mark(const tPassage& passage, const tLook& look)
+{
+    const std::string_view text = passage.text;
     std::string marked;
     size_t at = 0;
     for (const tPassage::tMatch& match : passage.matches) {
-        marked += Escapes::ForTerminal(passage.text.substr(at, match.start - at)) + (isBold ? "\x1B[1m" : "«") +
-                  Escapes::ForTerminal(passage.text.substr(match.start, match.end - match.start)) +
-                  (isBold ? "\x1B[22m" : "»");
+        const std::string part = Escapes::ForTerminal(text.substr(match.start, match.end - match.start));
+        marked += ShowPart(text.substr(at, match.start - at), look) +
+                  (look.isBold ? Terminal::Emphasize(part, look) : "«" + part + "»");
         at = match.end;
     }
-    return marked + Escapes::ForTerminal(passage.text.substr(at));
+    return marked + ShowPart(text.substr(at), look);
 }
 
 /// The path as it is shown, as a link to the document where the terminal knows such.
-static std::string ShowPath(const std::string& path, const tLook& look)
+static std::string ShowPath(const std::string& path, const tHitLook& look)
 {
     const bool isBelow = look.here.size() > 1 && path.starts_with(look.here);
     const std::string shown = Escapes::ForTerminal(isBelow ? path.substr(look.here.size()) : path);
@@ -114,19 +129,22 @@ static std::string ShowPath(const std::string& path, const tLook& look)
                          : shown;
 }
 
-static void WriteText(COutput& output, const tFoundDocument& found, bool isReachable, const tLook& look)
+static void WriteText(COutput& output, const tFoundDocument& found, bool isReachable, const tHitLook& look)
 {
     std::string text = ShowPath(found.path, look) + (isReachable ? "\n" : " (not reachable)\n");
-    if (!found.description.empty() && found.passage.text != found.description) {
-        text += "  " + Escapes::ForTerminal(found.description) + "\n";
-    }
     const std::string revision = found.revision.empty() ? "" : "revision " + found.revision;
     const std::string origin = found.author + (found.author.empty() || revision.empty() ? "" : ", ") + revision;
-    if (!origin.empty() && found.passage.text != origin) {
-        text += "  " + Escapes::ForTerminal(origin) + "\n";
+    const size_t width = look.text.width == tLook::kUnlimited ? look.text.width : look.text.width - kIndent;
+    for (const std::string& part : {found.description, origin}) {
+        if (part.empty() || part == found.passage.text) {
+            continue;
+        }
+        for (const std::string& line : Terminal::ToLines(part, look.text, width)) {
+            text += std::string(kIndent, ' ') + line + "\n";
+        }
     }
     if (!found.passage.text.empty()) {
-        text += "  " + Mark(found.passage, look.isBold) + "\n";
+        text += std::string(kIndent, ' ') + Mark(found.passage, look.text) + "\n";
     }
     output.Write(text);
 }
@@ -156,7 +174,7 @@ static int PrintFound(CIndexDatabase& index, CIndexSearch& search, const tSearch
     const bool isForPeople = !isJSON && !options.nullSeparated;
     wish.limit = options.limit >= 0 ? options.limit : isForPeople ? kDefaultLimit : 0;
     wish.hasPassages = !options.nullSeparated;
-    const tLook look = GetLook();
+    const tHitLook look = GetHitLook();
     COutput output(STDOUT_FILENO);
     CJSONLines lines(output);
     bool hasFound = false;
