@@ -63,6 +63,7 @@ with tempfile.TemporaryDirectory() as folder_name:
     run("doctor", as_json + ["--plugin", missing], 0, 1)
     run("index", as_json + [samples, folder], 1, 0, 1)
     run("index --status", as_json, 1, 0)
+    run("search", as_json + ["kopfbahnhof"], 1, 0)
     run("index --failed", as_json, 0, 1, 0)
     run("index --forget", [samples, "--forget", missing] + as_json, 1, 1)
 
