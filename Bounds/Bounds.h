@@ -52,6 +52,12 @@ inline constexpr size_t kMostPassageText = size_t{1} << 20;
 inline constexpr size_t kLongestPart = 64;
 inline constexpr size_t kMostNewWordBytes = size_t{64} << 20;
 
+// A currency that the user names.
+/// Digits behind the point: those of ISO 4217 have 4 at the most.
+inline constexpr int kMostDecimals = 6;
+/// Bytes of its symbol: a word stands in each row of a list.
+inline constexpr size_t kMostSymbolBytes = 16;
+
 // What is made.
 
 /// Components that one element takes from an editing program; a file may hold more.
@@ -64,6 +70,8 @@ inline constexpr size_t kMostFindings = 200;
 inline constexpr int kMostPictureSide = 16384;
 /// Pixels altogether.
 inline constexpr int64_t kMostPicturePixels = 50000000;
+/// Plans on a page of parts, which is in memory as a whole; more would be a book.
+inline constexpr size_t kMostPlans = 4;
 /// Pixels of a side of a thumbnail: twice the largest that file managers ask for.
 inline constexpr uint32_t kMostThumbnailSide = 2048;
 

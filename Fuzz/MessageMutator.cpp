@@ -41,7 +41,7 @@ void Change(tHello& hello, std::minstd_rand& random)
 
 void Change(tRequest& request, std::minstd_rand& random)
 {
-    request.verb = static_cast<eVerb>(1 + random() % 9);
+    request.verb = static_cast<eVerb>(1 + random() % 10);
     std::string* const texts[] = {&request.contentType, &request.picture.style, &request.fileName};
     Change(*texts[random() % 3]);
     Change(request.picture.layers, random);
@@ -52,7 +52,7 @@ void Change(tAnswer& answer, std::minstd_rand& random)
 {
     if (random() % 4 == 0) {
         answer.ok = !answer.ok;
-        answer.verb = static_cast<eVerb>(1 + random() % 9);
+        answer.verb = static_cast<eVerb>(1 + random() % 10);
     }
     answer.failure.kind = static_cast<eFailure>(random() % 7);
     answer.failure.loaderCode = answer.failure.kind == eFailure::kLoader ? 1 + static_cast<int32_t>(random() % 5) : 0;

@@ -48,7 +48,8 @@ constexpr const char* kKeys[] = {
     "text",         "code",        "elements", "lost",   "articles",        "number",    "library", "description",
     "manufacturer", "price",       "currency", "count",  "length",          "radius",    "arc",     "maximum_length",
     "scale",        "content",     "gauge",    "name",   "items",           "parts",     "scales",  "track_length",
-    "tracks",       "accessories", "graphics", "texts",  "flexible_tracks", "strays",    "stray",   "labels_left_out"};
+    "tracks",       "accessories", "graphics", "texts",  "flexible_tracks", "strays",    "stray",   "labels_left_out",
+    "layers",       "layer",       "lengths",  "line",   "author",          "revision",  "entries", "place"};
 
 /// A value with members and entries of the names that the commands ask for.
 nlohmann::json MakeValue(CBytes& bytes, int depth)
@@ -229,24 +230,33 @@ std::string OfRecord(const std::string& path, std::string_view message)
 
 std::string OfParts(const std::string& path, CBytes& bytes, const CReport& layout)
 {
-    tPartsList list;
-    Parts::AddLayout(list, layout);
+    tPartsReport report;
+    const unsigned form = bytes.Byte();
+    report.hasStock = form % 2 != 0;
+    report.toBuyOnly = form % 4 >= 2;
+    report.perLayout = form % 8 >= 4;
+    report.grouping = static_cast<eGrouping>(form / 8 % 3);
+    report.currencies.Add("129=EUR:" + std::to_string(form / 32));
+    const auto add = [&](const CReport& one) {
+        Parts::AddLayout(report.total, one, true);
+        report.layouts.push_back({path, one.GetText("author"), one.GetText("revision"), "", bytes.Text(), {}});
+        Parts::AddLayout(report.layouts.back().list, one, true);
+    };
+    add(layout);
     for (unsigned n = bytes.Byte() % 3; n > 0; --n) {
         CReport more;
         CReport::Parse(MakeValue(bytes, 0).dump(), more);
-        Parts::AddLayout(list, more);
+        add(more);
     }
-    list.hasStock = bytes.Byte() % 2 != 0;
-    for (auto& [key, part] : list.parts) {
+    for (auto& [key, part] : report.total.parts) {
         part.inStock = bytes.Number<int64_t>();
+        part.toBuy = bytes.Number<int64_t>();
     }
-    Parts::Mark(list, {{bytes.Text(), {bytes.Text()}}});
-    std::string lines;
-    for (const std::string& line : Parts::Summarize(list)) {
-        lines += Escapes::ForTerminal(line) + "\n";
-    }
-    return First({WrongTable(Parts::MakeTable(list)), WrongText(lines), WrongJSON(Parts::FormatJSON(list)),
-                  WrongCSV(Parts::MakeTable(list)), WrongHTML(Parts::FormatHTML(list, {path}))});
+    Parts::Mark(report.total, {{bytes.Text(), {bytes.Text()}}});
+    return First({WrongText(Parts::FormatText(report, {})),
+                  WrongTable(Parts::MakeTable(report, Parts::GetGroups(report, report.total)[0])),
+                  WrongJSON(Parts::FormatJSON(report)), WrongCSV(Parts::MakePlainTable(report)),
+                  WrongHTML(Parts::FormatHTML(report))});
 }
 } // namespace
 

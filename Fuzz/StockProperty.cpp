@@ -38,7 +38,7 @@ std::string Properties::Stock(std::string_view bytes)
     const std::string path = sFile.Path();
     size_t entries = 0;
     const CStock::eFileState state =
-        CStock::ForEachEntry(path.c_str(), [&entries](const std::string&, const std::string&, int) { ++entries; });
+        CStock::ForEachEntry(path.c_str(), [&entries](const CStock::tEntry&) { ++entries; });
     CStock stock;
     const bool loaded = stock.LoadFromFile(path.c_str());
     if (loaded != (state == CStock::eFileState::kWhole) ||

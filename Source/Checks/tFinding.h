@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <string>
 
-/// One finding. Texts are plain English without line breaks; they quote nothing of the document but numbers.
+/// One finding. Texts are plain English without line breaks; of a tagged document they quote nothing but
+/// numbers, of a stock file also texts, in UTF-8.
 struct tFinding {
     enum class eKind {
         kDamage, ///< the document is not as it was written
@@ -17,4 +18,5 @@ struct tFinding {
     int element = 0;   ///< number of the element, from 1; 0 outside elements
     int component = 0; ///< number of the component in it, from 1; 0 outside components
     std::string text;  ///< what was expected, and what was found
+    size_t line = 0;   ///< in a file of text, from 1; 0 where it is not known
 };

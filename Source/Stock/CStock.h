@@ -1,6 +1,8 @@
 // What the user owns.
 #pragma once
 
+#include "Stock/CStockPlaces.h"
+
 #include <functional>
 #include <map>
 #include <string>
@@ -45,10 +47,27 @@ public:
         kNoStock,    ///< it is no stock file or holds nothing
         kBadEntry    ///< an entry lacks its product number or its library; those before it were handed over
     };
-    /// Calls `use` for each entry of a stock file, whether or not its library is known.
-    /// Names come in UTF-8, so that those outside Mac OS Roman can be told from each other. What is wrong is reported
-    /// with a warning.
-    using tUseEntry = std::function<void(const std::string& library, const std::string& productNumber, int count)>;
+    /// An entry as it stands in a stock file. Names are UTF-8, so that those outside Mac OS Roman can be told from each
+    /// other.
+    struct tEntry {
+        enum class eCount {
+            kProper,  ///< a whole number from 0 to 2,147,483,647, maybe with blanks around it
+            kMissing, ///< there is no such element
+            kWrong    ///< anything else
+        };
+        std::string library;
+        std::string productNumber;
+        std::string countText; ///< as it stands there
+        int count = 0;         ///< as LoadFromFile takes it: a number at the beginning, of either sign, or 0
+        eCount state = eCount::kMissing;
+        tStockPlace place;
+
+        /// What a careful reader takes it for: 0 where it is no proper number.
+        int GetProperCount() const { return state == eCount::kProper ? count : 0; }
+    };
+    /// Calls `use` for each entry of a stock file, whether or not its library is known. What is wrong is reported with
+    /// a warning.
+    using tUseEntry = std::function<void(const tEntry& entry)>;
     static eFileState ForEachEntry(const char* path, const tUseEntry& use);
     /// Writes the stock file. @return false without a name, and as SaveToFile
     bool Save();

@@ -13,7 +13,9 @@
 #include <boost/foreach.hpp>
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -61,11 +63,15 @@ private:
     pugi::xml_node mFound;
 };
 
-/// The text right below the element with that key below an item; null where the first node of that key is none, or the
-/// first below it is no text.
-std::unique_ptr<CXMLTextNode> ReadText(const pugi::xml_node& item, const char* key)
+/// The first node with that key below an item.
+pugi::xml_node FindValue(const pugi::xml_node& item, const char* key)
 {
-    const pugi::xml_node element = item.find_child([key](const pugi::xml_node& node) { return HasKey(node, key); });
+    return item.find_child([key](const pugi::xml_node& node) { return HasKey(node, key); });
+}
+
+/// The text right below an element; null where the node is none, or the first below it is no text.
+std::unique_ptr<CXMLTextNode> ReadText(const pugi::xml_node& element)
+{
     if (IsElement(element)) {
         for (const pugi::xml_node& child : element) {
             if (std::unique_ptr<CXMLNode> node = NodeOf(child)) {
@@ -80,10 +86,33 @@ std::unique_ptr<CXMLTextNode> ReadText(const pugi::xml_node& item, const char* k
 /// The plain text, in UTF-8, of the element with that key below an item. @return false where it is missing or empty
 bool ReadName(const pugi::xml_node& item, const char* key, std::string& name)
 {
-    const std::unique_ptr<CXMLTextNode> text = ReadText(item, key);
+    const std::unique_ptr<CXMLTextNode> text = ReadText(FindValue(item, key));
     // Not the value in Mac OS Roman, in which different names may be the same.
     name = text ? UXML::Unescape(text->GetKeyInUtf8().c_str()) : std::string();
     return !name.empty();
+}
+
+/// Fills in what stands in place of the count.
+void ReadCount(const pugi::xml_node& element, CStock::tEntry& entry)
+{
+    using eCount = CStock::tEntry::eCount;
+    entry.state = IsElement(element) ? eCount::kWrong : eCount::kMissing;
+    const std::unique_ptr<CXMLTextNode> text = ReadText(element);
+    if (!text) {
+        return;
+    }
+    entry.countText = text->GetKeyInUtf8();
+    entry.count = text->GetValueAsInteger();
+    static constexpr char kBlanks[] = " \t\r\n";
+    const std::string& all = entry.countText;
+    const size_t first = std::min(all.find_first_not_of(kBlanks), all.size());
+    const std::string digits = all.substr(first, all.find_last_not_of(kBlanks) + 1 - first);
+    static const std::string kMost = std::to_string(std::numeric_limits<int>::max());
+    const std::string number = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+    if (!digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos &&
+        (number.size() < kMost.size() || (number.size() == kMost.size() && number <= kMost))) {
+        entry.state = eCount::kProper;
+    }
 }
 
 /// A new element below a node that is known by itself, not by its key: an article may be named like an element.
@@ -107,8 +136,8 @@ void AddValue(CXMLDocument& document, CXMLNode* parent, const char* name, std::u
 bool CStock::LoadFromFile(const char* path)
 {
     ClearStock();
-    return ForEachEntry(path, [this](const std::string& libraryName, const std::string& productNumber, int count) {
-               LoadItem(libraryName, productNumber, count);
+    return ForEachEntry(path, [this](const tEntry& entry) {
+               LoadItem(entry.library, entry.productNumber, entry.count);
            }) == eFileState::kWhole;
 }
 
@@ -123,6 +152,7 @@ CStock::eFileState CStock::ForEachEntry(const char* path, const tUseEntry& use)
     if (!document || document->traverse(root) || !IsElement(root.GetFound())) {
         return eFileState::kNoStock;
     }
+    CStockPlaces places(bytes);
     eFileState state = eFileState::kNoStock;
     for (const pugi::xml_node& item : root.GetFound()) {
         if (!NodeOf(item)) {
@@ -133,16 +163,18 @@ CStock::eFileState CStock::ForEachEntry(const char* path, const tUseEntry& use)
             ULog::Warn("%s: Invalid stock file format. (Invalid node type under '%s' node)", kLoadFunction, kRoot);
             return eFileState::kBadEntry;
         }
-        std::string productNumber;
-        std::string libraryName;
-        for (const auto& [key, name] : {std::pair(kProductNumber, &productNumber), std::pair(kLibrary, &libraryName)}) {
+        tEntry entry;
+        for (const auto& [key, name] :
+             {std::pair(kProductNumber, &entry.productNumber), std::pair(kLibrary, &entry.library)}) {
             if (!ReadName(item, key, *name)) {
                 ULog::Warn("%s: Invalid stock file format. (Stock item is missing '%s' node)", kLoadFunction, key);
                 return eFileState::kBadEntry;
             }
         }
-        const std::unique_ptr<CXMLTextNode> count = ReadText(item, kCount);
-        use(libraryName, productNumber, count ? count->GetValueAsInteger() : 0);
+        const pugi::xml_node count = FindValue(item, kCount);
+        ReadCount(count, entry);
+        entry.place = places.Find(item, IsElement(count) ? count : pugi::xml_node());
+        use(entry);
     }
     return state;
 }

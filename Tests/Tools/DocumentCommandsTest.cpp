@@ -3,7 +3,11 @@
 #include "input/LibraryFiles.h"
 
 #include <algorithm>
+#include <fcntl.h>
+#include <map>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 using tJSON = nlohmann::json;
@@ -11,6 +15,8 @@ using tJSON = nlohmann::json;
 static const std::string kSamples = SOURCE_FOLDER "/Samples";
 static const std::string kOval = kSamples + "/oval.velmora";
 static const std::string kLibrary = kSamples + "/libraries/Halvensen H0 Profilgleis";
+
+static const std::string kTrack = "Halvensen H0 Profilgleis";
 
 static tJSON RunForJSON(std::vector<std::string> arguments, const std::vector<std::string>& environment = {})
 {
@@ -75,6 +81,88 @@ TEST(Parts, AddUpTheLayoutsAndWhatMustBeBought)
     const std::string page = RunVelmora({"parts", "--stock", stock, "--format", "html", kOval}).out;
     EXPECT_NE(page.find("<td>Quirrin Bauten &amp; Zubehör</td>"), std::string::npos);
     EXPECT_NE(page.find("<th class=\"number\">To buy</th>"), std::string::npos);
+}
+
+TEST(Parts, GroupsAndListsOfLayoutsAddUpToTheTotal)
+{
+    const std::string stock =
+        WriteStock(TestPath("Stock.xml"),
+                   StockItem("3100", kTrack, 9) + StockItem("3110", kTrack, 10) + StockItem("3120", kTrack, 1));
+    const auto sumOf = [](const tJSON& list, const char* key) {
+        std::map<std::string, int> sums;
+        for (const tJSON& part : list) {
+            sums[part["library"].get<std::string>() + part["number"].get<std::string>()] += part[key].get<int>();
+        }
+        return sums;
+    };
+    for (const std::string by : {"layer", "library"}) {
+        const tJSON all =
+            RunForJSON({"parts", "--stock", stock, "--per-layout", "--by", by, kOval, kSamples + "/terminus.velmora"});
+        for (const char* key : {"count", "to_buy"}) { // the stock is given out once
+            tJSON ofGroups = tJSON::array();
+            tJSON ofLayouts = tJSON::array();
+            for (const tJSON& group : all["groups"]) {
+                EXPECT_EQ(group.contains(by), true);
+                ofGroups.insert(ofGroups.end(), group["parts"].begin(), group["parts"].end());
+            }
+            for (const tJSON& layout : all["by_layout"]) {
+                ofLayouts.insert(ofLayouts.end(), layout["parts"].begin(), layout["parts"].end());
+            }
+            EXPECT_EQ(sumOf(ofGroups, key), sumOf(all["parts"], key));
+            EXPECT_EQ(sumOf(ofLayouts, key), sumOf(all["parts"], key));
+        }
+        EXPECT_EQ(all["by_layout"][0]["author"], "J\xC3\xBCrgen S\xC3\xA4nftl");
+    }
+    const tJSON toBuy = RunForJSON({"parts", "--stock", stock, "--to-buy", kOval});
+    for (const tJSON& part : toBuy["parts"]) {
+        EXPECT_GT(part["to_buy"], 0);
+        EXPECT_NE(part["number"], "3100");
+    }
+}
+
+TEST(Parts, AreWrittenForSpreadsheetsWithMoneyAndLengths)
+{
+    const std::string home = MakeFolder("home");
+    const std::string flexible = SOURCE_FOLDER "/Tests/data/documents/unusual-flexible.velmora";
+    const tJSON list = RunForJSON({"parts", "--currency", "129=EUR:2", "--no-stock", flexible});
+    EXPECT_NEAR(list["parts"][0]["lengths"][0], list["track_length"], 1e-9);
+    EXPECT_EQ(list["parts"][0]["currency_code"], "EUR");
+
+    WriteFile(home + "/velmora/config", "; mine\n[currencies]\n129 = EUR:2:Eu;ro\n");
+    const std::vector<std::string> environment = {"XDG_CONFIG_HOME=" + home, "LC_ALL=C"};
+    const auto run = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"parts", "--no-stock"});
+        return RunVelmora(arguments, "", environment);
+    };
+    EXPECT_NE(run({kOval}).out.find("  6.49 Eu;ro  45.43 Eu;ro"), std::string::npos);
+    const std::string csv = run({"--format", "csv", "--separator", ";", "--bom", "--by", "layer", kOval}).out;
+    EXPECT_EQ(csv.substr(0, 17), "\xEF\xBB\xBFLayer;Library;") << csv;
+    EXPECT_NE(csv.find(";7;649;4543;129;;;;EUR\r\n"), std::string::npos) << csv;
+
+    const std::string book = TestPath("parts.xlsx");
+    ASSERT_EQ(run({"-o", book, "--stock", kSamples + "/stock.xml"}).status, 2); // with --no-stock
+    ASSERT_EQ(run({"-o", book, kOval}).status, 0);
+    EXPECT_NE(run({"-o", book, kOval}).err.find("--force"), std::string::npos);
+    tProgramRun unpack;
+    unpack.arguments = {CMAKE_PROGRAM, "-E", "tar", "xf", book};
+    unpack.folder = home;
+    ASSERT_EQ(RunProgram(unpack).status, 0);
+    const std::string sheet = ReadFile(home + "/xl/worksheets/sheet1.xml");
+    EXPECT_NE(sheet.find("<f>H2*I2</f><v>45.43</v>"), std::string::npos) << sheet;
+    EXPECT_NE(sheet.find(",\"EUR\",J2:J16)</f><v>397.45</v>"), std::string::npos) << sheet;
+
+    const std::string page = run({"--format", "html", kOval}).out;
+    EXPECT_NE(page.find("<img alt=\"Plan\" src=\"data:image/svg+xml;base64,"), std::string::npos);
+    EXPECT_NE(page.find("rgen S\xC3\xA4nftl \xC2\xB7 revision 1.2"), std::string::npos) << page.substr(0, 3000);
+    EXPECT_EQ(run({"--format", "html", "--no-picture", kOval}).out.find("<img"), std::string::npos);
+
+    for (const std::string wrong : {"[currencies]\n129 = EUR\n", "129 = EUR:2\n", "[currencies]\n129 = eur:2\n",
+                                    "[currencies]\nx = EUR:2\n", "[currencies]\n129 = EUR:2:\x1B[31m\n", "[c\n"}) {
+        WriteFile(home + "/velmora/config", wrong);
+        const tProgramResult result = run({kOval});
+        EXPECT_EQ(result.status, 2) << wrong;
+        EXPECT_NE(result.err.find("/velmora/config, line "), std::string::npos) << result.err;
+    }
 }
 
 TEST(Parts, TakeTheUsersStockAndSaySo)
@@ -193,6 +281,96 @@ TEST(DocumentCommands, GoOverListsAsEditorsOnWindowsWriteThem)
         run.push_back("-0q"); // then a carriage return belongs to the name
         EXPECT_EQ(ParseLines(RunVelmora(run, good + "\r").out).at(0)["path"], good + "\r");
     }
+}
+
+TEST(Stock, WrongCountsAreNamedByLineAndTakenAsNothing)
+{
+    const auto item = [](const std::string& number, const std::string& count) {
+        return "<StockItem><ProductNr>" + number + "</ProductNr><Railset>" + kTrack + "</Railset>" + count +
+               "</StockItem>\n";
+    };
+    const std::string stock = WriteStock(
+        TestPath("Stock.xml"), "\n" + item("3100", "<Count>-5</Count>") + item("3100", "<Count>\n 2147483647</Count>") +
+                                   item("3110", "<Count>2147483648</Count>") + item("3120", "<Count>1x</Count>") +
+                                   item("\n3131", "") + item("none", "<Count>007</Count>"));
+    const tProgramResult check = RunVelmora({"check", "--library", kLibrary, "--format", "json", stock});
+    EXPECT_EQ(check.status, 1);
+    std::string found;
+    const tJSON checked = tJSON::parse(check.out);
+    for (const tJSON& finding : checked["findings"]) {
+        found += std::to_string(finding["line"].get<int>()) + (finding["damage"] == true ? "! " : " ");
+    }
+    EXPECT_EQ(found, "3! 4 4 6! 7! 8 8 8 10 ") << check.out;
+
+    const tJSON list = RunForJSON({"parts", "--stock", stock, kOval});
+    for (const tJSON& part : list["parts"]) {
+        EXPECT_EQ(part["in_stock"], part["number"] == "3100" ? 2147483647 : 0) << part;
+        EXPECT_EQ(part["to_buy"], part["number"] == "3100" ? 0 : part["count"].get<int>()) << part;
+    }
+    const std::string err = RunVelmora({"stock", stock}).err;
+    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 3) << err;
+    std::string many;
+    for (int i = 0; i < 100; ++i) {
+        many += item("1", "<Count>-1</Count>");
+    }
+    EXPECT_NE(RunVelmora({"stock", WriteStock(TestPath("Many.xml"), many)}).err.find("and 90 more"), std::string::npos);
+    for (const char* format : {"text", "csv", "json", "html", "xlsx"}) {
+        const tProgramResult missing = RunVelmora({"parts", "--stock", "/nowhere", "--format", format, kOval, "/none"});
+        EXPECT_EQ(missing.status, 1);
+        EXPECT_EQ(missing.out, "");
+    }
+}
+
+TEST(Stock, PiecesGoOutAndComeBackAndNothingElseChanges)
+{
+    // What a file may look like: attributes, comments, CDATA, elements in any order, without an end, or missing.
+    const std::string others = "<!-- mine --><StockItem note='>'><Note>&lt;Count&gt;</Note><Count>";
+    const std::string track = "</Count><Railset>" + kTrack + "</Railset><ProductNr>";
+    const auto file = [&](const std::string& one, const std::string& two, const std::string& three) {
+        return "\xEF\xBB\xBF<?xml version=\"1.0\"?>\r\n<Velmora_Stock date=\"2024\">\r\n" + others + one + track +
+               "3100</ProductNr></StockItem>" + others + two + "<!-- c -->" + track + "3100</ProductNr></StockItem>" +
+               "<StockItem>" + three + "<ProductNr><![CDATA[x]]>3110</ProductNr><Railset>" + kTrack +
+               "</Railset></StockItem>\r\n</Velmora_Stock >\r\n";
+    };
+    const std::string path = TestPath("Stock.xml");
+    const auto move = [&path](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "stock");
+        arguments.push_back(path);
+        return RunVelmora(arguments);
+    };
+    const std::string before = file("4", " 5 ", "<Count/>");
+    WriteFile(path, before);
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+    const tProgramResult refused = move({"--take", kOval});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("--partial"), std::string::npos) << refused.err;
+    EXPECT_EQ(move({"--take", kOval, "--partial", "--dry-run"}).status, 0);
+    EXPECT_EQ(move({"--put", kOval, "--put", "/nowhere"}).status, 1);
+    EXPECT_EQ(ReadFile(path), before);
+    EXPECT_FALSE(fs::exists(path + "~"));
+
+    EXPECT_EQ(move({"--take", kOval, "--partial"}).status, 0); // 7 of 3100, 9 of 3110
+    EXPECT_EQ(ReadFile(path), file("0", "2", "<Count/>"));
+    EXPECT_EQ(ReadFile(path + "~"), before);
+    EXPECT_EQ(fs::status(path + "~").permissions(), fs::status(path).permissions());
+
+    const int lock = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    EXPECT_NE(move({"--put", kOval}).err.find("another velmora"), std::string::npos);
+    close(lock);
+    EXPECT_EQ(move({"--put", kOval}).status, 0);
+    const std::string after = ReadFile(path);
+    const std::string expected = file("7", "2", "<Count>9</Count>");
+    EXPECT_EQ(after.substr(0, expected.size() - 19), expected.substr(0, expected.size() - 19));
+    EXPECT_EQ(after.substr(after.size() - 19), "</Velmora_Stock >\r\n");
+    EXPECT_EQ(RunForJSON({"parts", "--stock", path, "--to-buy", kOval})["parts"].size(), 0u);
+    EXPECT_EQ(move({"--take", kOval}).status, 0); // all of it is there now
+    EXPECT_EQ(RunForJSON({"stock", path})["items"].back()["count"], 0);
+
+    const std::string latin = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><!-- \xE4 -->" + before.substr(24);
+    WriteFile(path, latin);
+    EXPECT_NE(move({"--take", kOval, "--partial"}).err.find("nothing was written"), std::string::npos);
+    EXPECT_EQ(ReadFile(path), latin);
 }
 
 TEST(DocumentCommands, SayInOneLineWhatCannotBeListed)

@@ -2,6 +2,7 @@
 #include "output/CProgress.h"
 #include "output/CTable.h"
 #include "output/Escapes.h"
+#include "output/Money.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -104,4 +105,32 @@ TEST(Table, GuardsEachKindOfReader)
     EXPECT_NE(table.ToCSV(true).find("\"a \"\"b\"\", c\\n\",12\r\n"), std::string::npos);
     EXPECT_EQ(table.ToText(), "Name        Count\n=1+1           -3\na \"b\", c\\n     12\n<ü>             7\n");
     EXPECT_NE(table.ToHTML().find("<tr><td>&lt;ü&gt;</td><td class=\"number\">7</td></tr>"), std::string::npos);
+}
+
+TEST(Money, IsWrittenAsTheCountryDoes)
+{
+    CCurrencies currencies;
+    EXPECT_EQ(currencies.Add("129=EUR:2") + currencies.Add("-7=XTS:0") + currencies.Add("8=BHD:3:BD"), "");
+    const tMoneyForm germany = {",", ".", "\3\3", false, true};
+    const tMoneyForm india = {".", ",", "\3\2", true, false};
+    const struct {
+        long long amount;
+        long long currency;
+        const tMoneyForm& form;
+        const char* text;
+    } cases[] = {{649, 129, germany, "6,49 €"},
+                 {-5, 129, germany, "-0,05 €"},
+                 {100000, 129, germany, "1.000,00 €"},
+                 {99999, 129, germany, "999,99 €"},
+                 {123456789012, 129, india, "€1,23,45,67,890.12"},
+                 {std::numeric_limits<long long>::min(), -7, germany, "-9.223.372.036.854.775.808 XTS"},
+                 {1, 8, tMoneyForm(), "0.001 BD"},
+                 {-649, 1, germany, "-649"}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(currencies.Format(c.amount, c.currency, c.form), c.text);
+    }
+    for (const char* wrong : {"", "129", "129=EUR", "=EUR:2", "129=EURO:2", "129=EUR:7", "129=EUR:2:", "1e2=EUR:2",
+                              "129=EUR:-1", "129=EUR:2:12345678901234567", "4294967296=EUR:2"}) {
+        EXPECT_NE(currencies.Add(wrong), "") << wrong;
+    }
 }

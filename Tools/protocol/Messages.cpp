@@ -238,7 +238,7 @@ std::string Encode(const tRequest& request)
 bool Decode(std::string_view message, tRequest& request)
 {
     CMessageReader reader(message);
-    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
+    request.verb = reader.GetEnum(eVerb::kImport, eVerb::kBalance);
     request.contentType = reader.GetText();
     if (request.verb == eVerb::kRender) {
         tPictureWish& wish = request.picture;
@@ -359,7 +359,7 @@ bool Decode(std::string_view message, tAnswer& answer)
         DecodeFailure(reader, answer.failure);
         return reader.IsWhole();
     }
-    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kIndex);
+    answer.verb = reader.GetEnum(eVerb::kImport, eVerb::kBalance);
     if (answer.verb == eVerb::kSchema) {
         DecodeSchema(reader, answer.schema);
         return reader.IsWhole();

@@ -25,7 +25,8 @@ enum class eVerb : uint8_t {
     kStock = 6,   ///< with a stock file's: its entries
     kExamine = 7, ///< what the worker finds of its surroundings, or whether it can do what a sandbox should refuse
     kRender = 8,  ///< with a layout's: its picture, and a report about it
-    kIndex = 9    ///< with a layout's: the attributes the plug-in gives, and names of libraries and articles, figures
+    kIndex = 9,   ///< with a layout's: the attributes the plug-in gives, and names of libraries and articles, figures
+    kBalance = 10 ///< with two lists of amounts, needed and owned: what of the one the other lacks, and what it keeps
 };
 
 enum class ePictureKind : uint8_t { kPNG = 1, kSVG = 2, kPDF = 3 };

@@ -1,5 +1,4 @@
 // Requests about one document other than its search attributes. Their answers are JSON, which the host formats.
-#include "CXMLDocument/UXMLFile.h"
 #include "Checks/CDocumentChecker.h"
 #include "Elements/Utilities/UElementInspector.h"
 #include "Elements/Utilities/UElementStatistics.h"
@@ -10,11 +9,10 @@
 #include "BuildingBlocks/BasicGeometries/CFlexTrackBIG.h"
 #include "BuildingBlocks/BasicGeometries/CStraightBIG.h"
 #include "BuildingBlocks/CCompositeGeometry.h"
+#include "Layers/CLayer.h"
 #include "Layouts/CLayoutStatistics.h"
 #include "Platform/MacRoman.h"
 #include "Platform/Streams.h"
-#include "Preferences/CVLPreferences.h"
-#include "Stock/CStock.h"
 #include "TrackLibraries/CRailSet.h"
 #include "TrackLibraries/Utilities/ULibraryFiles.h"
 #include "UnitLength/URailConstants.h"
@@ -27,7 +25,7 @@
 #include <cstring>
 #include <iterator>
 #include <map>
-#include <unistd.h>
+#include <span>
 
 namespace {
 using tJSON = nlohmann::ordered_json;
@@ -37,38 +35,6 @@ std::string Text(const char* macRoman)
     return Platform::MacRomanToUtf8(macRoman);
 }
 
-tAnswer Report(eVerb verb, CJSONObject& report)
-{
-    tAnswer answer;
-    answer.ok = true;
-    answer.verb = verb;
-    answer.report = report.Take();
-    return answer;
-}
-
-/// Reads the whole document. @return false when it cannot be read
-bool ReadAll(int document, std::vector<unsigned char>& bytes)
-{
-    const off_t end = lseek(document, 0, SEEK_END); // the sandbox refuses to look at a file's status
-    if (end < 0) {
-        return false;
-    }
-    bytes.resize(static_cast<size_t>(end));
-    size_t have = 0;
-    while (have < bytes.size()) {
-        const ssize_t got = pread(document, bytes.data() + have, bytes.size() - have, static_cast<off_t>(have));
-        if (got < 0) {
-            return false;
-        }
-        if (got == 0) {
-            break;
-        }
-        have += static_cast<size_t>(got);
-    }
-    bytes.resize(have);
-    return true;
-}
-
 bool LooksLikeXML(const std::vector<unsigned char>& bytes)
 {
     const auto first = std::find_if(bytes.begin(), bytes.end(), [](unsigned char byte) {
@@ -76,60 +42,6 @@ bool LooksLikeXML(const std::vector<unsigned char>& bytes)
                byte != 0xBF;
     });
     return first != bytes.end() && *first == '<';
-}
-
-/// Why a file is no XML, to stand behind something else; empty for a file that is.
-std::string DescribeXMLProblem(const std::string& path)
-{
-    std::string bytes;
-    UXMLFile::ReadBytes(path, bytes);
-    const tXMLProblem problem = UXMLFile::FindProblem(bytes);
-    return problem.text.empty()
-               ? std::string()
-               : ": " + (problem.line > 0 ? "line " + std::to_string(problem.line) + ": " : "") + problem.text;
-}
-
-/// Reads the entries of a stock file, in UTF-8, up to the first that is none.
-/// @param entries  receives their number
-/// @param problem  what is wrong with it; empty when all is well
-/// @return false when the file cannot be read
-bool ReadStock(const std::string& path, const CStock::tUseEntry& use, size_t& entries, std::string& problem)
-{
-    entries = 0;
-    switch (CStock::ForEachEntry(path.c_str(), [&](const std::string& library, const std::string& number, int count) {
-        ++entries;
-        use(library, number, count);
-    })) {
-    case CStock::eFileState::kWhole:
-        break;
-    case CStock::eFileState::kUnreadable:
-        return false;
-    case CStock::eFileState::kNoStock:
-        problem = "is not a stock file" + DescribeXMLProblem(path);
-        break;
-    case CStock::eFileState::kBadEntry:
-        problem = "entry " + std::to_string(entries + 1) + " lacks its product number or its library";
-        break;
-    }
-    return true;
-}
-
-tAnswer FindingsReport(const char* kind, const std::vector<tFinding>& findings, const tJSON& reader)
-{
-    CJSONObject report;
-    report.Put("kind", kind);
-    report.BeginList("findings");
-    for (const tFinding& finding : findings) {
-        report.Add({{"offset", finding.offset},
-                    {"key", finding.key},
-                    {"element", finding.element},
-                    {"component", finding.component},
-                    {"damage", finding.kind == tFinding::eKind::kDamage},
-                    {"text", finding.text}});
-    }
-    report.EndList();
-    report.Put("reader", reader);
-    return Report(eVerb::kCheck, report);
 }
 
 /// Elements that a layout promises, as its own reader sees it. @return false when the file cannot be read
@@ -226,6 +138,31 @@ tJSON Article(CCompositeGeometry* element)
     return article;
 }
 
+std::string LayerOf(const CCompositeGeometry* element)
+{
+    return element->GetLayer() != nullptr ? Text(element->GetLayer()->GetName()) : std::string();
+}
+
+/// The elements of one article on the layers they are on, in the order of the names' bytes. Of flexible tracks also the
+/// length of each piece, mm, as they are cut to length.
+tJSON Layers(std::span<CCompositeGeometry* const> elements)
+{
+    std::map<std::string, tJSON> layers;
+    for (CCompositeGeometry* element : elements) {
+        tJSON& layer = layers.try_emplace(LayerOf(element), tJSON({{"layer", ""}, {"count", 0}})).first->second;
+        layer["count"] = layer["count"].get<int>() + 1;
+        if (UElementInspector::HasFlexComponent(element)) {
+            layer["lengths"].push_back(element->GetTrackLength());
+        }
+    }
+    tJSON list = tJSON::array();
+    for (auto& [name, layer] : layers) {
+        layer["layer"] = name;
+        list.push_back(std::move(layer));
+    }
+    return list;
+}
+
 /// The articles of a layout by library and number. Numbers repeat between libraries, so each is counted by itself.
 void AddParts(const UElementStatistics::tElements& elements, CJSONObject& report)
 {
@@ -248,6 +185,7 @@ void AddParts(const UElementStatistics::tElements& elements, CJSONObject& report
             std::find_if(first, parts.end(), [&](const auto* element) { return compare(*first, element) != 0; });
         tJSON article = Article(*first);
         article["count"] = end - first;
+        article["layers"] = Layers({first, end});
         report.Add(article);
         first = end;
     }
@@ -258,34 +196,25 @@ void AddParts(const UElementStatistics::tElements& elements, CJSONObject& report
 tAnswer AnswerCheck(const std::string& path, int document)
 {
     std::vector<unsigned char> bytes;
-    if (!ReadAll(document, bytes)) {
+    if (!ReadWhole(document, bytes)) {
         return MakeUnreadable();
     }
     tJSON reader;
+    CJSONObject report;
     switch (CDocumentChecker::GetKind(bytes)) {
     case CDocumentChecker::eDocument::kLayout:
-        return !ReadLayout(path, reader) ? MakeUnreadable()
-                                         : FindingsReport("layout", CDocumentChecker::CheckLayout(bytes), reader);
+        return !ReadLayout(path, reader)
+                   ? MakeUnreadable()
+                   : MakeFindingsReport(report, "layout", CDocumentChecker::CheckLayout(bytes), reader);
     case CDocumentChecker::eDocument::kLibrary:
         return !ReadLibrary(path, reader)
                    ? MakeUnreadable()
-                   : FindingsReport("track library", CDocumentChecker::CheckLibrary(bytes), reader);
+                   : MakeFindingsReport(report, "track library", CDocumentChecker::CheckLibrary(bytes), reader);
     case CDocumentChecker::eDocument::kUnknown:
         break;
     }
     if (LooksLikeXML(bytes)) {
-        size_t entries = 0;
-        std::string problem;
-        const bool isRead = ReadStock(
-            path, [](const std::string&, const std::string&, int) {}, entries, problem);
-        if (!isRead) {
-            return MakeUnreadable();
-        }
-        std::vector<tFinding> findings;
-        if (!problem.empty()) {
-            findings.push_back({tFinding::eKind::kDamage, 0, 0, static_cast<int>(entries) + 1, 0, problem});
-        }
-        return FindingsReport("stock file", findings, {{"elements", entries}});
+        return CheckStock(path);
     }
     tAnswer unknown = MakeFailure(eFailure::kLoader, "is no layout, track library or stock file");
     unknown.failure.loaderCode = CLayout::kNoLayout;
@@ -309,6 +238,9 @@ tAnswer AnswerParts(const std::string& path, int document)
     }
     CJSONObject report;
     AddParts(layout.GetElements(), report);
+    report.PutAll({{"author", Text(layout.GetAuthor())},
+                   {"revision", Text(layout.GetRevision())},
+                   {"description", Text(layout.GetDesc())}});
     report.PutAll({{"track_length", layout.GetStatistics()->GetOverallTrackLength()},
                    {"tracks", kinds.tracks},
                    {"accessories", kinds.accessories},
@@ -316,7 +248,7 @@ tAnswer AnswerParts(const std::string& path, int document)
                    {"graphics", kinds.graphics},
                    {"texts", kinds.texts},
                    {"scales", scaleCounts}});
-    return Report(eVerb::kParts, report);
+    return MakeReport(eVerb::kParts, report);
 }
 
 tAnswer AnswerLibrary(const std::string& path, const std::string& fileName)
@@ -344,34 +276,5 @@ tAnswer AnswerLibrary(const std::string& path, const std::string& fileName)
         report.Add(article);
     }
     report.EndList();
-    return Report(eVerb::kLibrary, report);
-}
-
-std::string GetStockFileName()
-{
-    return Text(CVLPreferences::Instance()->mStockFileName);
-}
-
-tAnswer AnswerStock(const std::string& path)
-{
-    CJSONObject report;
-    report.BeginList("items");
-    size_t entries = 0;
-    std::string problem;
-    const bool isRead = ReadStock(
-        path,
-        [&report](const std::string& library, const std::string& number, int count) {
-            report.Add({{"library", library}, {"number", number}, {"count", count}});
-        },
-        entries, problem);
-    if (!isRead) {
-        return MakeUnreadable();
-    }
-    if (!problem.empty()) {
-        tAnswer failed = MakeFailure(eFailure::kLoader, problem);
-        failed.failure.loaderCode = CLayout::kNoLayout;
-        return failed;
-    }
-    report.EndList();
-    return Report(eVerb::kStock, report);
+    return MakeReport(eVerb::kLibrary, report);
 }

@@ -2,7 +2,12 @@
 #pragma once
 
 #include "CPlugIn.h"
+#include "Checks/tFinding.h"
+#include "protocol/CJSONObject.h"
 #include "protocol/Messages.h"
+
+#include <string>
+#include <vector>
 
 /// The plug-in's attributes of a document, or why there are none.
 /// @param document  open for reading; not owned; -1 is out of form and fails
@@ -31,6 +36,19 @@ tAnswer AnswerParts(const std::string& path, int document);
 tAnswer AnswerLibrary(const std::string& path, const std::string& fileName);
 /// The entries of a stock file.
 tAnswer AnswerStock(const std::string& path);
+/// What of a list of parts a stock lacks, and what is left of the stock without them.
+/// @param document  JSON: both lists, each an array of arrays of library, number and count
+tAnswer AnswerBalance(int document);
+/// What is wrong with a stock file, as AnswerCheck says it, and its entries.
+tAnswer CheckStock(const std::string& path);
+
+/// An answer that is a report.
+tAnswer MakeReport(eVerb verb, CJSONObject& report);
+/// The report of a check. @param report  what it has begun with
+tAnswer MakeFindingsReport(CJSONObject& report, const char* kind, const std::vector<tFinding>& findings,
+                           const CJSONObject::tValue& reader);
+/// Reads a whole document. @return false when it cannot be read
+bool ReadWhole(int document, std::vector<unsigned char>& bytes);
 
 /// What the user's preferences call the stock file, in UTF-8: a path, or a name in the application's folder.
 /// Not in a jail.

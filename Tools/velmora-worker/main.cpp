@@ -118,6 +118,8 @@ static tAnswer Answer(const CPlugIn& plugIn, const tRequest& request, int docume
         return AnswerLibrary(path, request.fileName);
     case eVerb::kStock:
         return AnswerStock(path);
+    case eVerb::kBalance:
+        return AnswerBalance(document);
     case eVerb::kIndex:
         return AnswerIndex(plugIn, request.contentType, document);
     case eVerb::kRender:

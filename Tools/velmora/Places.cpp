@@ -133,6 +133,17 @@ std::string Places::FindPreferencesFile()
 #endif
 }
 
+std::string Places::FindConfiguration()
+{
+#if defined(__APPLE__)
+    const std::string folder = FindDataFolder();
+    return folder.empty() ? folder : folder + "/config";
+#else
+    const std::string configuration = UserFolder("XDG_CONFIG_HOME", "/.config");
+    return configuration.empty() ? configuration : configuration + "/velmora/config";
+#endif
+}
+
 void Places::MakeLogFolder()
 {
 #if !defined(__APPLE__)

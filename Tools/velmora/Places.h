@@ -33,6 +33,10 @@ void MakeFolderOf(const std::string& path);
 /// for it
 std::string FindPreferencesFile();
 
+/// The user's configuration of this program, which need not exist: ${XDG_CONFIG_HOME:-~/.config}/velmora/config.
+/// @return empty when there is no place for it
+std::string FindConfiguration();
+
 /// Makes the folder of the error log, ${XDG_STATE_HOME:-~/.local/state}/velmora with mode 0700. Workers append to a log
 /// there but do not make folders. A failure has no consequence but that nothing is logged.
 void MakeLogFolder();

@@ -1,10 +1,14 @@
 #include "Common/Reports.h"
 #include "Elements/Utilities/UCountedElementVectorOperations.h"
 #include "Elements/Utilities/UElementStatistics.h"
+#include "Stock/UStockBalance.h"
 #include "TestStock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <map>
+#include <random>
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
@@ -59,6 +63,36 @@ TEST(CStock, RequiredIsWhatTheStockLacksByLibraryAndNumber)
     EXPECT_EQ(list[1]->GetCount(), 1);
     EXPECT_EQ(stock.FindElement("Lib", "some")->GetCount(), 2) << "the stock stays";
     UCountedElementVectorOperations::EraseAll(list);
+}
+
+TEST(UStockBalance, IsPlainArithmeticForAnyNames)
+{
+    // Names that share keys ("a#b" of "c", "b#c" of "a"), that no article has, and numbers in several libraries.
+    const std::string names[] = {"a", "a#b", "b#c", "c", "\xC3\xA4", "\xE6\x97\xA5", std::string(32, 'x'), "X"};
+    std::mt19937 random(12);
+    for (int round = 0; round < 300; ++round) {
+        std::map<std::pair<std::string, std::string>, int> lists[2];
+        UStockBalance::tAmounts amounts[2];
+        for (int side = 0; side < 2; ++side) {
+            for (auto n = random() % 20; n > 0; --n) {
+                const int count = static_cast<int>(random() >> 1 >> random() % 32);
+                lists[side][{side == 0 && n == 1 ? "" : names[random() % 8], names[random() % 8]}] = count;
+            }
+            for (const auto& [key, count] : lists[side]) {
+                amounts[side].push_back({key.first, key.second, count});
+            }
+        }
+        std::vector<int> results[2];
+        UStockBalance::Compare(amounts[0], amounts[1], results[0], results[1]);
+        for (int side = 0; side < 2; ++side) {
+            for (size_t i = 0; i < amounts[side].size(); ++i) {
+                const auto& [library, number, count] = amounts[side][i];
+                const auto other = lists[1 - side].find({library, number});
+                EXPECT_EQ(results[side][i], other == lists[1 - side].end() ? count : std::max(count - other->second, 0))
+                    << library << "/" << number;
+            }
+        }
+    }
 }
 
 TEST(CStock, RelativeNamesLieInTheApplicationsFolder)

@@ -157,6 +157,30 @@ std::vector<std::string> CReport::GetTexts(const char* key) const
     return texts;
 }
 
+std::vector<CReport> CReport::GetObjects(const char* key) const
+{
+    std::vector<CReport> objects;
+    const nlohmann::json* const value = Find(key);
+    if (value != nullptr && value->is_array()) {
+        for (const nlohmann::json& entry : *value) {
+            objects.push_back(CReport(Share(entry)));
+        }
+    }
+    return objects;
+}
+
+std::vector<double> CReport::GetReals(const char* key) const
+{
+    std::vector<double> numbers;
+    const nlohmann::json* const value = Find(key);
+    if (value != nullptr && value->is_array()) {
+        for (const nlohmann::json& entry : *value) {
+            numbers.push_back(entry.is_number() ? entry.get<double>() : 0.0);
+        }
+    }
+    return numbers;
+}
+
 CReport CReport::GetObject(const char* key) const
 {
     const nlohmann::json* const value = Find(key);

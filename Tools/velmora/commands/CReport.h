@@ -29,6 +29,9 @@ public:
     /// How many objects such a list has.
     size_t GetCount(const char* key) const;
     CReport GetObject(const char* key) const;
+    /// The objects, and the numbers, of a list in such an object; both are short.
+    std::vector<CReport> GetObjects(const char* key) const;
+    std::vector<double> GetReals(const char* key) const;
     /// The texts of a list.
     std::vector<std::string> GetTexts(const char* key) const;
 

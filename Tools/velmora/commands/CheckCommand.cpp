@@ -1,14 +1,17 @@
 // velmora check: what is wrong with documents, and where.
 #include "commands/Batch.h"
+#include "commands/CArticleCheck.h"
 #include "commands/Reports.h"
 #include "output/CRecordWriter.h"
 #include "output/Escapes.h"
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace {
 struct tCheckOptions : tBatchOptions {
     std::string format = "text";
+    std::vector<std::string> libraries; ///< track library files, and folders of them
 };
 } // namespace
 
@@ -16,6 +19,12 @@ static void AddCheckOptions(CParser& parser, tCheckOptions& options)
 {
     AddBatchOptions(parser, options, "Layouts, track libraries and stock files, and folders to search for layouts");
     AddFormatOption(parser, options.format, {"text", "json"}, "text (for people) or json (an object a line)");
+    parser
+        .Add("--library", options.libraries,
+             "A track library, or a folder of them, besides those in VELMORA_LIBRARIES and the user's "
+             "library folder: stock files are held against them")
+        .TakesOne()
+        .Named("PATH");
 }
 
 static std::string CheckCheck(const tCheckOptions& options)
@@ -26,6 +35,9 @@ static std::string CheckCheck(const tCheckOptions& options)
 /// Where a finding lies, in words.
 static std::string Place(const CReport& finding)
 {
+    if (finding.GetNumber("line") > 0) { // of a text, where nobody counts bytes
+        return "line " + std::to_string(finding.GetNumber("line"));
+    }
     std::string place = "byte " + std::to_string(finding.GetNumber("offset"));
     if (finding.GetNumber("element") > 0) {
         place += ", element " + std::to_string(finding.GetNumber("element"));
@@ -88,12 +100,14 @@ std::string Reports::CheckInJSON(const std::string& path, const CReport& report)
     object.Put("kind", report.GetText("kind"));
     object.BeginList("findings");
     report.ForEach("findings", [&object](const CReport& finding) {
-        object.Add({{"offset", finding.GetNumber("offset")},
-                    {"key", finding.GetNumber("key")},
-                    {"element", finding.GetNumber("element")},
-                    {"component", finding.GetNumber("component")},
-                    {"damage", finding.GetFlag("damage")},
-                    {"text", finding.GetText("text")}});
+        JSON::tRecord record = {
+            {"offset", finding.GetNumber("offset")},   {"key", finding.GetNumber("key")},
+            {"element", finding.GetNumber("element")}, {"component", finding.GetNumber("component")},
+            {"damage", finding.GetFlag("damage")},     {"text", finding.GetText("text")}};
+        if (finding.GetNumber("line") > 0) {
+            record["line"] = finding.GetNumber("line");
+        }
+        object.Add(record);
     });
     object.EndList();
     object.Put("reader", {{"code", reader.GetNumber("code")},
@@ -111,7 +125,9 @@ static int RunCheck(const tCheckOptions& options)
     COutput output(STDOUT_FILENO);
     CJSONLines lines(output);
     const bool json = options.format == "json";
-    const auto use = [&](const tInput& input, tAnswer& answer, const CReport& report) {
+    CArticleCheck articles(options, options.libraries);
+    const auto use = [&](const tInput& input, tAnswer& answer, const CReport& first) {
+        const CReport report = articles.Complete(first);
         if (json) {
             lines.WriteLine(Reports::CheckInJSON(input.path, report));
         } else {
@@ -121,7 +137,8 @@ static int RunCheck(const tCheckOptions& options)
             answer = MakeFailure(eFailure::kDamaged, damage);
         }
     };
-    return FinishOutput(output, batch.RunForReports({eVerb::kCheck}, use, output, json ? &lines : nullptr, "whole"));
+    const int status = batch.RunForReports({eVerb::kCheck}, use, output, json ? &lines : nullptr, "whole");
+    return FinishOutput(output, std::max(status, articles.GetStatus()));
 }
 
 const tCommand kCheckCommand = {"check", "Say what is wrong with documents, and where",

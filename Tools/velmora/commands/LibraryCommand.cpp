@@ -1,4 +1,4 @@
-// velmora library and velmora stock: what a track library or a stock file holds.
+// velmora library: what track libraries hold.
 #include "commands/Batch.h"
 #include "commands/Reports.h"
 #include "input/DocumentNames.h"
@@ -28,21 +28,9 @@ static void AddLibraryOptions(CParser& parser, tListOptions& options)
     AddListOptions(parser, options);
 }
 
-static void AddStockOptions(CParser& parser, tListOptions& options)
-{
-    parser.Add("FILE", options.paths, "A stock file");
-    AddListOptions(parser, options);
-    AddWorkerOptions(parser, options);
-}
-
 static std::string CheckLibrary(const tListOptions& options)
 {
     return CheckBatchOptions(options, "list");
-}
-
-static std::string CheckStock(const tListOptions& options)
-{
-    return options.paths.empty() ? "name the file to list" : "";
 }
 
 /// Prints what the files hold. @param format  makes a text of a good one's report
@@ -161,40 +149,7 @@ static int RunLibrary(const tListOptions& options)
     });
 }
 
-static std::string StockJSON(const std::string& path, const CReport& report)
-{
-    CJSONObject object;
-    JSON::PutPath(object, "path", path);
-    object.Put("ok", true);
-    object.BeginList("items");
-    report.ForEach("items", [&object](const CReport& item) {
-        object.Add({{"library", item.GetText("library")},
-                    {"number", item.GetText("number")},
-                    {"count", item.GetNumber("count")}});
-    });
-    object.EndList();
-    return object.Take() + "\n";
-}
-
-static int RunStock(const tListOptions& options)
-{
-    return ListFiles(options, eVerb::kStock, [&](const std::string& path, const CReport& report) {
-        if (options.format == "json") {
-            return StockJSON(path, report);
-        }
-        CTable table({{"Library"}, {"Number"}, {"Count", true}});
-        report.ForEach("items", [&table](const CReport& item) {
-            table.AddRow({item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
-        });
-        return options.format == "csv" ? table.ToCSV(isatty(STDOUT_FILENO) != 0)
-                                       : table.ToText(Terminal::GetLook(STDOUT_FILENO, options.wide));
-    });
-}
-
 const tCommand kLibraryCommand = {
     "library", "List the articles of track libraries",
     "  velmora library 'Some Library'\n  velmora library --format csv *.velmora-library\n",
     CallCommand<tListOptions, AddLibraryOptions, RunLibrary, CheckLibrary>};
-const tCommand kStockCommand = {"stock", "List what a stock file holds",
-                                "  velmora stock Stock.xml\n  velmora stock --format json Stock.xml\n",
-                                CallCommand<tListOptions, AddStockOptions, RunStock, CheckStock>};

@@ -10,12 +10,12 @@ constexpr size_t kNarrowestText = 16;
 /// Between columns.
 constexpr size_t kGap = 2;
 
-std::string CSVCell(std::string cell, bool isNumber)
+std::string CSVCell(std::string cell, bool isNumber, char separator)
 {
     if (!isNumber && !cell.empty() && std::string("=+-@\t\r").find(cell[0]) != std::string::npos) {
         cell.insert(0, 1, '\'');
     }
-    if (cell.find_first_of(",\"\r\n") == std::string::npos) {
+    if (cell.find_first_of(std::string("\"\r\n") + separator) == std::string::npos) {
         return cell;
     }
     std::string quoted = "\"";
@@ -135,19 +135,19 @@ std::string CTable::ToText(const tLook& look) const
     return text;
 }
 
-std::string CTable::ToCSV(bool isForTerminal) const
+std::string CTable::ToCSV(bool isForTerminal, char separator) const
 {
     std::string text;
-    const auto addLine = [&text](size_t count, auto cellAt) {
+    const auto addLine = [&text, separator](size_t count, auto cellAt) {
         for (size_t i = 0; i < count; ++i) {
-            text += (i > 0 ? "," : "") + cellAt(i);
+            text += (i > 0 ? std::string(1, separator) : std::string()) + cellAt(i);
         }
         text += "\r\n";
     };
-    addLine(mColumns.size(), [this](size_t i) { return CSVCell(mColumns[i].title, true); });
+    addLine(mColumns.size(), [&](size_t i) { return CSVCell(mColumns[i].title, true, separator); });
     ForEachRow([&](const std::vector<std::string>& row) {
         addLine(row.size(), [&](size_t i) {
-            return CSVCell(isForTerminal ? Escapes::ForTerminal(row[i]) : row[i], mColumns[i].isNumber);
+            return CSVCell(isForTerminal ? Escapes::ForTerminal(row[i]) : row[i], mColumns[i].isNumber, separator);
         });
     });
     return text;

@@ -28,7 +28,8 @@ public:
     std::string ToText(const tLook& look = {}) const;
     /// RFC 4180 with a line of titles. A text that a spreadsheet would take for a formula gets an apostrophe in front.
     /// @param isForTerminal  control characters are escaped
-    std::string ToCSV(bool isForTerminal = false) const;
+    /// @param separator      between cells
+    std::string ToCSV(bool isForTerminal = false, char separator = ',') const;
     /// An HTML table.
     std::string ToHTML() const;
 
