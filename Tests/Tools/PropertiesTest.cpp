@@ -34,9 +34,42 @@ std::string MakeStream(CRandom& random)
 /// A query of what means something, or nothing, to the language or to the index, and a text.
 std::string MakeQuery(CRandom& random)
 {
-    static constexpr const char* kPieces[] = {
-        "a",   "gleis", "ß",     " ",  " ",  "\"", "\"\"", "'",    "(",    ")", "*",  "-",  "NOT ",  "author:", "{",
-        "AND", "OR",    "NEAR(", "||", "&&", "+",  ",",    "\xFF", "\xC3", ";", "--", "/*", "rowid", "%",       "\x02"};
+    static constexpr const char* kPieces[] = {"a",
+                                              "gleis",
+                                              "ß",
+                                              " ",
+                                              " ",
+                                              "\"",
+                                              "\"\"",
+                                              "'",
+                                              "(",
+                                              ")",
+                                              "*",
+                                              "-",
+                                              "NOT ",
+                                              "author:",
+                                              "{",
+                                              "AND",
+                                              "OR",
+                                              "NEAR(",
+                                              "||",
+                                              "&&",
+                                              "+",
+                                              ",",
+                                              "\xFF",
+                                              "\xC3",
+                                              ";",
+                                              "--",
+                                              "/*",
+                                              "rowid",
+                                              "%",
+                                              "\x02",
+                                              "size:>1",
+                                              "gauge:H0",
+                                              "created:<2030",
+                                              "elements:1..",
+                                              "folder:",
+                                              "ei"};
     std::string query;
     for (size_t n = random() % 12; n > 0; --n) {
         query += kPieces[random() % std::size(kPieces)];

@@ -94,29 +94,41 @@ static tHitLook GetHitLook()
 
 static constexpr size_t kIndent = 2;
 
-/// A part of a passage: its line breaks are breaks on a terminal.
-static std::string ShowPart(std::string_view part, const tLook& look)
+static std::string Replaced(std::string text, std::string_view what, std::string_view with)
 {
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
+}
+
+/// A text of a document below its path, in as many lines as it takes.
+static std::string ShowText(std::string_view text, const tLook& look)
+{
+    const size_t width = look.width == tLook::kUnlimited ? look.width : look.width - kIndent;
     std::string shown;
-    for (const std::string& line : Terminal::ToLines(part, look, tLook::kUnlimited)) {
-        shown += (shown.empty() ? "" : "\n" + std::string(kIndent, ' ')) + line;
+    for (const std::string& line : Terminal::ToLines(text, look, width)) {
+        shown += std::string(kIndent, ' ') + line + "\n";
     }
     return shown;
 }
 
 /// A passage with its matches, ready to be printed.
-static std::string Mark(const tPassage& passage, const tLook& look)
+static std::string ShowPassage(const tPassage& passage, const tLook& look)
 {
-    const std::string_view text = passage.text;
+    // While lines are broken, matches stand between characters without width that no text needs.
+    constexpr std::string_view kMarks[] = {"\uFE00", "\uFE01"};
+    const auto part = [&](size_t from, size_t to) {
+        return Replaced(Replaced(passage.text.substr(from, to - from), kMarks[0], ""), kMarks[1], "");
+    };
     std::string marked;
     size_t at = 0;
     for (const tPassage::tMatch& match : passage.matches) {
-        const std::string part = Escapes::ForTerminal(text.substr(match.start, match.end - match.start));
-        marked += ShowPart(text.substr(at, match.start - at), look) +
-                  (look.isBold ? Terminal::Emphasize(part, look) : "«" + part + "»");
+        marked.append(part(at, match.start)).append(kMarks[0]).append(part(match.start, match.end)).append(kMarks[1]);
         at = match.end;
     }
-    return marked + ShowPart(text.substr(at), look);
+    const std::string shown = ShowText(marked + part(at, passage.text.size()), look);
+    return Replaced(Replaced(shown, kMarks[0], look.isBold ? "\x1B[1m" : "«"), kMarks[1], look.isBold ? "\x1B[m" : "»");
 }
 
 /// The path as it is shown, as a link to the document where the terminal knows such.
@@ -134,18 +146,10 @@ static void WriteText(COutput& output, const tFoundDocument& found, bool isReach
     std::string text = ShowPath(found.path, look) + (isReachable ? "\n" : " (not reachable)\n");
     const std::string revision = found.revision.empty() ? "" : "revision " + found.revision;
     const std::string origin = found.author + (found.author.empty() || revision.empty() ? "" : ", ") + revision;
-    const size_t width = look.text.width == tLook::kUnlimited ? look.text.width : look.text.width - kIndent;
     for (const std::string& part : {found.description, origin}) {
-        if (part.empty() || part == found.passage.text) {
-            continue;
-        }
-        for (const std::string& line : Terminal::ToLines(part, look.text, width)) {
-            text += std::string(kIndent, ' ') + line + "\n";
-        }
+        text += part.empty() || part == found.passage.text ? "" : ShowText(part, look.text);
     }
-    if (!found.passage.text.empty()) {
-        text += std::string(kIndent, ' ') + Mark(found.passage, look.text) + "\n";
-    }
+    text += found.passage.text.empty() ? "" : ShowPassage(found.passage, look.text);
     output.Write(text);
 }
 
