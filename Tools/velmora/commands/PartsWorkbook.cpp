@@ -195,7 +195,7 @@ private:
             {"", 12},        {"Library", 24}, {"Number", 12}, {"Description", 28}, {"Manufacturer", 18},
             {"Lengths", 20}, {"Length", 10},  {"Count", 8},   {"Price", 12},       {"Sum", 12},
             {"Currency", 9}, {"In stock", 8}, {"To buy", 8},  {"Costs", 12},       {"Remarks", 24}};
-        for (lxw_col_t column = 0; column < std::size(kTitles); ++column) {
+        for (lxw_col_t column = 0; column <= kRemarks; ++column) {
             const bool isShown = Shows(column);
             mWriter.worksheetSetColumn(mSheet, column, column, isShown ? kTitles[column].second : 0, nullptr);
             const bool isGroup = column == kGroup && isShown;
@@ -292,7 +292,8 @@ private:
             const std::string criterion = "=SUMIF(" + Range(kCurrency, first, last) + "," +
                                           (currency != nullptr ? "\"" + code + "\"" : code) + ",";
             lxw_format* const money = FormatOf(number);
-            Write(kLibrary, label + " (" + code + ")", mBold);
+            std::string title = label;
+            Write(kLibrary, title.append(" (").append(code).append(")"), mBold);
             WriteFormula(kSum, criterion + Range(kSum, first, last) + ")", Amount(sum, number), money);
             if (mReport.hasStock) {
                 WriteFormula(kCosts, criterion + Range(kCosts, first, last) + ")",
