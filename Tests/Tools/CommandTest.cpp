@@ -266,7 +266,7 @@ TEST(Serve, AnswersEachLine)
     std::vector<tJSON> records = ParseLines(result.out);
     ASSERT_FALSE(records.empty());
     EXPECT_EQ(records.front().dump(), R"({"schema":1,"version":")" + std::string(GetVersion()) +
-                                          R"(","verbs":["import","check","parts","render","thumbnail"]})");
+                                          R"(","verbs":["import","check","parts","render","thumbnail","search"]})");
     records.erase(records.begin());
     for (const tJSON& record : records) {
         const std::string outcome = !record["ok"] ? record["error"]["code"].get<std::string>()

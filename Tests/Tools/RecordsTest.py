@@ -70,7 +70,8 @@ with tempfile.TemporaryDirectory() as folder_name:
 
     requests = [{"verb": verb, "id": verb, "path": str(path)} for verb in ("import", "check", "parts", "render", "thumbnail")
                 for path in (good, cut)]
-    run("serve", [], 6, 6, 0, requests + ["nonsense"])
+    requests += [{"verb": "search", "query": query} for query in ("oval", "foo:x")]
+    run("serve", [], 7, 7, 0, requests + ["nonsense"])
 
     # A schema that lets everything pass would be no test of anything.
     record = run("import", as_json + [good], 1, 0)[0]

@@ -4,7 +4,9 @@
 #include "Importer/Names.h"
 #include "Interrupt.h"
 #include "commands/CommandLine.h"
+#include "commands/IndexOptions.h"
 #include "commands/ServeRequest.h"
+#include "index/CIndexDatabase.h"
 #include "input/CDocumentSource.h"
 #include "output/COutput.h"
 #include "output/CReplacedFile.h"
@@ -24,12 +26,14 @@
 namespace {
 struct tServeOptions : tWorkerOptions {
     unsigned jobs = 0;
+    std::string database; ///< the search index; empty for the user's own
 };
 } // namespace
 
 static void AddServeOptions(CParser& parser, tServeOptions& options)
 {
     AddJobsOption(parser, options.jobs, "Worker processes at most (default: one for each core)");
+    AddDatabaseOption(parser, options.database);
     AddWorkerOptions(parser, options);
 }
 
@@ -45,8 +49,9 @@ struct tServed : tServeRequest {
 class CServer {
 public:
     /// @param makeDrawing  makes the pool of workers that draw
-    CServer(CWorkerPool& pool, std::function<std::unique_ptr<CWorkerPool>()> makeDrawing)
-        : mPools({&pool}), mMakeDrawing(std::move(makeDrawing)),
+    /// @param database     path of the search index
+    CServer(CWorkerPool& pool, std::function<std::unique_ptr<CWorkerPool>()> makeDrawing, std::string database)
+        : mPools({&pool}), mMakeDrawing(std::move(makeDrawing)), mDatabase(std::move(database)),
           mLines(CDescriptor(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)), '\n'), mOutput(STDOUT_FILENO)
     {}
 
@@ -129,6 +134,8 @@ private:
         const std::string problem = ServeRequest::Parse(line, request);
         if (!problem.empty()) {
             Refuse(request.id, problem);
+        } else if (request.verb == eServed::kSearch) {
+            Search(request);
         } else {
             Submit({std::move(request), {}});
         }
@@ -202,12 +209,46 @@ private:
         }
     }
 
-    /// Answers a line that is no request.
-    void Refuse(const JSON::tRecord& id, const std::string& problem)
+    /// Answers from the index, which is opened anew each time: another one may have taken its place.
+    void Search(const tServeRequest& request)
+    {
+        JSON::tRecord record = JSON::tRecord::object();
+        if (!request.id.is_null()) {
+            record["id"] = request.id;
+        }
+        record["ok"] = true;
+        JSON::tRecord& documents = record["documents"] = JSON::tRecord::array();
+        tSearchQuestion question = request.question;
+        question.wish.folder = question.wish.folder.empty() ? std::string() : ResolvePath(question.wish.folder);
+        std::string mistake;
+        std::string failure;
+        try {
+            CIndexDatabase index(mDatabase, CIndexDatabase::eAccess::kRead);
+            mistake = SearchRecords::Answer(index, question, [&documents](JSON::tRecord& document) {
+                documents.push_back(std::move(document));
+                return !Interrupt::IsRequested();
+            });
+        } catch (const CIndexError& error) {
+            failure = error.what();
+        } catch (const std::exception& error) {
+            failure = CIndexDatabase::Explain(mDatabase, error);
+        }
+        AnswerAtOnce(request.id, !mistake.empty()   ? ServeRequest::Refuse(request.id, mistake)
+                                 : !failure.empty() ? ServeRequest::Refuse(request.id, failure, "path")
+                                                    : JSON::ToLine(record));
+    }
+
+    void AnswerAtOnce(const JSON::tRecord& id, std::string record)
     {
         tServed served;
         served.id = id;
-        Hand(mPending.emplace(mNextTicket++, std::move(served)).first, ServeRequest::Refuse(id, problem));
+        Hand(mPending.emplace(mNextTicket++, std::move(served)).first, std::move(record));
+    }
+
+    /// Answers a line that is no request.
+    void Refuse(const JSON::tRecord& id, const std::string& problem)
+    {
+        AnswerAtOnce(id, ServeRequest::Refuse(id, problem));
     }
 
     /// Writes an answer whose turn it is, and those without id that have waited for it.
@@ -236,6 +277,7 @@ private:
     std::vector<CWorkerPool*> mPools; ///< the caller's, and that of the workers that draw, once there is one
     std::function<std::unique_ptr<CWorkerPool>()> mMakeDrawing;
     std::unique_ptr<CWorkerPool> mDrawing;
+    std::string mDatabase;
     CLineReader mLines;
     COutput mOutput;
     std::map<uint64_t, tServed> mPending; ///< by ticket, so in the order of the requests
@@ -271,7 +313,7 @@ static int RunServe(const tServeOptions& options)
         }
         return drawing;
     };
-    const int status = CServer(pool, makeDrawing).Run();
+    const int status = CServer(pool, makeDrawing, GetDatabasePath(options.database)).Run();
     return pool.GetRefusal() != nullptr && status == kExitOK ? kExitFailed : status;
 }
 

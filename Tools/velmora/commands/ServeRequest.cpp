@@ -14,7 +14,7 @@ using nlohmann::json;
 
 const std::vector<std::string>& ServeRequest::GetVerbs()
 {
-    static const std::vector<std::string> sVerbs = {"import", "check", "parts", "render", "thumbnail"};
+    static const std::vector<std::string> sVerbs = {"import", "check", "parts", "render", "thumbnail", "search"};
     return sVerbs;
 }
 
@@ -149,6 +149,31 @@ static std::string TakeRendering(const json& object, tServeRequest& request)
     return {};
 }
 
+static std::string TakeSearch(const json& object, tSearchQuestion& question)
+{
+    static const std::vector<std::string> sOrders = {"relevance", "name", "modified", "author"}; // as eSearchOrder
+    std::string sort = sOrders.front();
+    tSearchWish& wish = question.wish;
+    wish.limit = Bounds::kUsualServedHits;
+    for (const std::string& problem :
+         {TakeText(object, "query", question.query), TakeText(object, "only_in", wish.folder),
+          TakeText(object, "sort", sort), TakeFlag(object, "exact", question.wholeWords),
+          Take(object, "limit", &json::is_number_unsigned, "a number", wish.limit),
+          Take(object, "offset", &json::is_number_unsigned, "a number", wish.offset)}) {
+        if (!problem.empty()) {
+            return problem;
+        }
+    }
+    const auto order = std::find(sOrders.begin(), sOrders.end(), sort);
+    wish.order = static_cast<eSearchOrder>(order == sOrders.end() ? 0 : order - sOrders.begin());
+    return !object.contains("query") ? "there is no \"query\""
+           : order == sOrders.end()  ? "\"sort\": '" + sort + "' is none of " + Join(sOrders)
+           : wish.offset < 0         ? "\"offset\" is too large"
+           : wish.limit < 1 || wish.limit > Bounds::kMostServedHits
+               ? "\"limit\" must be from 1 to " + std::to_string(Bounds::kMostServedHits)
+               : "";
+}
+
 std::string ServeRequest::Parse(const std::string& line, tServeRequest& request)
 {
     const json object = json::parse(line, nullptr, false);
@@ -162,6 +187,9 @@ std::string ServeRequest::Parse(const std::string& line, tServeRequest& request)
         request.id = object["id"];
     }
     std::string problem = TakeVerb(object, request.verb);
+    if (problem.empty() && request.verb == eServed::kSearch) {
+        return TakeSearch(object, request.question);
+    }
     problem = problem.empty() ? TakePath(object, request.path) : problem;
     if (!problem.empty() || !request.IsPicture()) {
         return problem;
@@ -224,13 +252,13 @@ std::string ServeRequest::Answer(const tServeRequest& request, tAnswer answer)
     return Append(front, Parts::FormatJSON(list));
 }
 
-std::string ServeRequest::Refuse(const JSON::tRecord& id, const std::string& problem)
+std::string ServeRequest::Refuse(const JSON::tRecord& id, const std::string& problem, const char* code)
 {
     JSON::tRecord record;
     if (!id.is_null()) {
         record["id"] = id;
     }
     record["ok"] = false;
-    record["error"] = JSON::DescribeFailure("request", problem);
+    record["error"] = JSON::DescribeFailure(code, problem);
     return JSON::ToLine(record);
 }
