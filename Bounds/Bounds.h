@@ -135,6 +135,11 @@ inline constexpr size_t kHostDescriptors = 16384;
 /// Answers, and their bytes, that wait behind a slow document: its memory does not grow with the number of documents.
 inline constexpr size_t kMostWaitingAnswers = 16384;
 inline constexpr size_t kMostWaitingBytes = size_t{32} << 20;
+/// Bytes of a picture that is handed over within an answer: a line of JSON that a caller has in its memory as a whole.
+inline constexpr size_t kMostServedPicture = size_t{32} << 20;
+/// Documents in the answer to a search that a caller asks for, who can ask for the next ones; and without a wish.
+inline constexpr int64_t kMostServedHits = 1000;
+inline constexpr int64_t kUsualServedHits = 100;
 /// Requests of a caller that wait for an answer, or for the answer of one before them.
 inline constexpr size_t kMostServed = 1024;
 /// Seconds that idle workers have to leave by themselves, and that work has to finish after an interrupt.

@@ -1,7 +1,7 @@
 #include "Properties.h"
 #include "commands/ServeRequest.h"
 #include "input/CLineReader.h"
-#include "output/CRecordWriter.h"
+#include "output/Escapes.h"
 #include "protocol/UTF8.h"
 
 #include <algorithm>
@@ -35,21 +35,33 @@ std::vector<std::string> Lines(std::string_view text, size_t piece)
     return lines;
 }
 
+/// An answer to a request, as good as none of its kind can be.
+tAnswer MakeAnswer(const tServeRequest& request, const std::string& line)
+{
+    tAnswer answer = MakeFailure(eFailure::kPath, "there is none");
+    answer.ok = line.size() % 2 == 0;
+    answer.report = line.size() % 3 == 0 ? "{}" : line; // a caller's line is as good a report as a bad worker's
+    answer.picture = request.path;
+    return answer;
+}
+
 std::string OfLine(const std::string& line)
 {
     tServeRequest request;
-    if (ParseServeRequest(line, request) != nullptr) {
-        return {};
-    }
-    std::string text;
-    AppendJSONRecord(text, request.path, MakeFailure(eFailure::kPath, "there is none"), {}, request.id);
+    const std::string problem = ServeRequest::Parse(line, request);
+    const std::string text = problem.empty() ? ServeRequest::Answer(request, MakeAnswer(request, line))
+                                             : ServeRequest::Refuse(request.id, problem);
     const JSON::tRecord record = JSON::tRecord::parse(text, nullptr, false);
     if (!record.is_object() || text.find('\n') != text.size() - 1) {
         return "the answer is no line of JSON: " + text;
     }
-    const bool isSame = request.id.is_null() ? !record.contains("id") : record["id"] == request.id;
-    const bool isPath = record["path"] == request.path || !UTF8::IsValid(request.path);
-    return isSame && isPath ? "" : "the answer is to another request: " + text;
+    const bool isSame = request.id.is_null() ? !record.contains("id") : record.begin().value() == request.id;
+    const bool isPath = !problem.empty() || record["path"] == request.path || !UTF8::IsValid(request.path);
+    const bool isWhole = record.value("ok", true) != record.contains("error");
+    std::string picture;
+    const bool isPicture = !record.contains("data") ||
+                           (Escapes::FromBase64(record["data"].get<std::string>(), picture) && picture == request.path);
+    return isSame && isPath && isWhole && isPicture ? "" : "the answer is to another request: " + text;
 }
 } // namespace
 

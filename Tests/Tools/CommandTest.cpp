@@ -2,6 +2,7 @@
 #include "ExitCodes.h"
 #include "Importer/Names.h"
 #include "ProgramRun.h"
+#include "commands/CommandLine.h"
 #include "output/Terminal.h"
 
 #include <algorithm>
@@ -251,20 +252,39 @@ TEST(Serve, AnswersEachLine)
     run.folder = folder;
     run.input = "{\"path\":\"a.velmora\"}\n\nnonsense\n{\"id\":[],\"path\":\"a\"}\n{\"id\":7}\n"
                 "{\"id\":\"x\",\"path_base64\":\"/w==\"}\n{\"path_base64\":\"/w=\"}\n{\"path\":\".\"}\n"
-                "{\"path\":\"a\\u0000\"}\n{\"path\":\"a.velmora\"}"; // the last line without its end
+                "{\"path\":\"a\\u0000\"}\n{\"verb\":\"chekc\",\"path\":\"a.velmora\"}\n"
+                "{\"verb\":\"render\",\"size\":\"9\",\"path\":\"a.velmora\"}\n"
+                "{\"verb\":\"check\",\"path\":\"a.velmora\"}\n{\"verb\":\"parts\",\"path\":\"a.velmora\"}\n"
+                "{\"verb\":\"thumbnail\",\"size\":16,\"path\":\"a.velmora\"}\n"
+                "{\"verb\":\"render\",\"path\":\"a.velmora\",\"output\":\"" +
+                folder + "/a.svg\"}\n{\"verb\":\"render\",\"path\":\"a.velmora\",\"output\":\"" + folder +
+                "/a.svg\"}\n{\"path\":\"a.velmora\"}"; // the last line without its end
     const tProgramResult result = RunProgram(run);
     EXPECT_EQ(result.status, kExitOK) << result.err;
     std::string inOrder;
     std::multiset<std::string> named; // which may come in any order
-    for (const tJSON& record : ParseLines(result.out)) {
-        const std::string outcome = record["ok"] ? record["attributes"]["kMDItemDescription"] : record["error"]["code"];
+    std::vector<tJSON> records = ParseLines(result.out);
+    ASSERT_FALSE(records.empty());
+    EXPECT_EQ(records.front().dump(), R"({"schema":1,"version":")" + std::string(GetVersion()) +
+                                          R"(","verbs":["import","check","parts","render","thumbnail","search"]})");
+    records.erase(records.begin());
+    for (const tJSON& record : records) {
+        const std::string outcome = !record["ok"] ? record["error"]["code"].get<std::string>()
+                                    : record.contains("attributes")
+                                        ? record["attributes"]["kMDItemDescription"].get<std::string>()
+                                    : record.contains("data")   ? record["data"].get<std::string>().substr(0, 8)
+                                    : record.contains("kind")   ? record["kind"].get<std::string>()
+                                    : record.contains("output") ? std::string("drawn")
+                                                                : record["parts"].dump();
         if (record.contains("id")) {
             named.insert(record["id"].dump() + outcome + (record.contains("path_base64") ? " in base 64" : ""));
         } else {
             inOrder += outcome + " ";
         }
     }
-    EXPECT_EQ(inOrder, "first request request request path path first ");
+    EXPECT_EQ(inOrder,
+              "first request request request path path request request layout [] iVBORw0K drawn output first ");
+    EXPECT_NE(ReadFile(folder + "/a.svg").find("</svg>"), std::string::npos);
     EXPECT_EQ(named, (std::multiset<std::string>{"7request", "\"x\"bytes in base 64"}));
 }
 

@@ -90,7 +90,9 @@ const struct {
                1000},
               {"serve", &Properties::Serve,
                [](CRandom& random) {
-                   const std::string path = R"({"id":1,"path":"\ud83d\ude82"})";
+                   static constexpr const char* kVerbs[] = {"import", "check", "parts", "render", "thumbnail", "x"};
+                   const std::string path = R"({"id":1,"verb":")" + std::string(kVerbs[random() % 6]) +
+                                            R"(","layers":["a"],"path":"\ud83d\ude82"})";
                    return path + "\n" + path.substr(random() % path.size()) + "\n" + RandomBytes(random, 20) + path;
                },
                300},

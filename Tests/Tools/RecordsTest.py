@@ -21,10 +21,11 @@ def validator(name):
     return jsonschema.Draft202012Validator({"$defs": schema["$defs"], "$ref": "#/$defs/" + name.replace(" --", "-")})
 
 
-def run(name, arguments, good, bad, status=None):
-    """Runs a command that is to print so many records of good inputs, and so many of bad ones."""
+def run(name, arguments, good, bad, status=None, lines=None):
+    """Runs a command that is to print so many records of good inputs, and so many of bad ones. Lines are what it reads."""
     words = name.split() + [str(argument) for argument in arguments]
-    result = subprocess.run([velmora] + words, capture_output=True, timeout=120)
+    given = None if lines is None else "".join(json.dumps(line) + "\n" for line in lines).encode()
+    result = subprocess.run([velmora] + words, input=given, capture_output=True, timeout=120)
     records = [json.loads(line) for line in result.stdout.splitlines()]
     wrong = [error.json_path + ": " + error.message for record in records
              for error in validator(name).iter_errors(record)]
@@ -71,6 +72,11 @@ with tempfile.TemporaryDirectory() as folder_name:
     run("search", as_json + ["kopfbahnhof"], 1, 0)
     run("index --failed", as_json, 0, 1, 0)
     run("index --forget", [samples, "--forget", missing] + as_json, 1, 1)
+
+    requests = [{"verb": verb, "id": verb, "path": str(path)} for verb in ("import", "check", "parts", "render", "thumbnail")
+                for path in (good, cut)]
+    requests += [{"verb": "search", "query": query} for query in ("oval", "foo:x")]
+    run("serve", [], 7, 7, 0, requests + ["nonsense"])
 
     # A schema that lets everything pass would be no test of anything.
     record = run("import", as_json + [good], 1, 0)[0]

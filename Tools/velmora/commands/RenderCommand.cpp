@@ -1,20 +1,17 @@
 // velmora render and velmora thumbnail: the picture of a layout.
-#include "Bounds.h"
 #include "ExitCodes.h"
 #include "commands/Batch.h"
+#include "commands/PictureWish.h"
 #include "output/CPictureNames.h"
 #include "output/CReplacedFile.h"
 #include "output/Escapes.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <optional>
 #include <unistd.h>
 
 namespace {
-constexpr const char* kStyles[] = {"line", "filled", "plan", "bed", "sleepers"};
-
 /// What render and thumbnail have in common.
 struct tPictureOptions : tBatchOptions {
     std::string outputFolder; ///< for a picture of each layout; empty for one picture
@@ -36,38 +33,10 @@ struct tThumbnailOptions : tPictureOptions {
     std::string size = "256"; ///< of a side
 };
 
-bool ParseNumber(std::string_view text, uint32_t most, uint32_t& number)
-{
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() && number >= 1 && number <= most;
-}
-
-bool ParseSize(const std::string& size, uint32_t& width, uint32_t& height)
-{
-    const std::string_view text = size;
-    const size_t cross = text.find_first_of("xX");
-    return cross != std::string_view::npos && ParseNumber(text.substr(0, cross), Bounds::kMostPictureSide, width) &&
-           ParseNumber(text.substr(cross + 1), Bounds::kMostPictureSide, height) &&
-           uint64_t{width} * height <= uint64_t{Bounds::kMostPicturePixels};
-}
-
-bool EndsWith(const std::string& path, std::string_view suffix)
-{
-    return path.size() >= suffix.size() &&
-           std::equal(suffix.begin(), suffix.end(), path.end() - static_cast<std::ptrdiff_t>(suffix.size()),
-                      [](char one, char other) { return one == (other >= 'A' && other <= 'Z' ? other + 32 : other); });
-}
-
 /// What the options, or the output's name, ask for; none when the name tells nothing.
 std::optional<ePictureKind> FindKind(const tRenderOptions& options)
 {
-    const auto is = [&options](const std::string& name) {
-        return options.format.empty() ? EndsWith(options.output, "." + name) : options.format == name;
-    };
-    return is("svg")   ? std::optional(ePictureKind::kSVG)
-           : is("png") ? std::optional(ePictureKind::kPNG)
-           : is("pdf") ? std::optional(ePictureKind::kPDF)
-                       : std::nullopt;
+    return PictureWish::FindKind(options.format, options.output);
 }
 
 bool GoesToStandardOutput(const std::string& output)
@@ -92,25 +61,6 @@ void PrintLeftOut(const std::string& path, const CReport& report)
           "elements take too much to be drawn at all");
     print(report.GetNumber("labels_left_out"), "label has no room; a larger --size may show it",
           "labels have no room; a larger --size shows more of them");
-}
-
-const char* NameOf(ePictureKind kind)
-{
-    return kind == ePictureKind::kSVG ? "svg" : kind == ePictureKind::kPDF ? "pdf" : "png";
-}
-
-/// A record of a picture that was written.
-JSON::tRecord Describe(const tInput& input, ePictureKind kind, const CReport& report)
-{
-    JSON::tRecord record;
-    JSON::PutPath(record, "path", input.path);
-    record["ok"] = true;
-    JSON::PutPath(record, "output", input.note);
-    record["format"] = NameOf(kind);
-    for (const char* number : {"width", "height", "elements", "strays", "simplified", "left_out", "labels_left_out"}) {
-        record[number] = report.GetNumber(number);
-    }
-    return record;
 }
 
 /// Writes a picture where it belongs. @return empty, or why it could not be written
@@ -153,7 +103,7 @@ int DrawAll(const tPictureOptions& options, const tPictureWish& wish, const std:
     if (!MakeFolder(options.outputFolder)) {
         return kExitFailed;
     }
-    CPictureNames names(options.outputFolder, NameOf(wish.kind));
+    CPictureNames names(options.outputFolder, PictureWish::GetName(wish.kind));
     const auto chooseFile = [&](tInput& input) {
         input.note = isSingle ? file : names.Take(input);
         if (!mayReplace && !GoesToStandardOutput(input.note) && CReplacedFile::IsRegular(input.note)) {
@@ -172,7 +122,7 @@ int DrawAll(const tPictureOptions& options, const tPictureWish& wish, const std:
         if (!problem.empty()) {
             answer = MakeFailure(eFailure::kOutput, problem);
         } else if (options.json) {
-            lines.Write(Describe(input, wish.kind, report));
+            lines.Write(PictureWish::Describe(input.path, input.note, wish.kind, report));
         } else {
             PrintLeftOut(input.path, report);
         }
@@ -225,14 +175,13 @@ void AddRenderOptions(CParser& parser, tRenderOptions& options)
         .TakesOne()
         .Named("NAME");
     parser.Add("--style", options.style, "line, filled, plan, bed or sleepers; the layout's own if not given")
-        .OneOf(std::vector<std::string>(std::begin(kStyles), std::end(kStyles)))
+        .OneOf(PictureWish::GetStyles())
         .Named("STYLE");
 }
 
 std::string CheckRender(const tRenderOptions& options)
 {
-    uint32_t width = 0;
-    uint32_t height = 0;
+    tPictureWish wish;
     std::string wrong = CheckPictureOptions(options, GoesToStandardOutput(options.output));
     if (!wrong.empty()) {
         return wrong;
@@ -244,9 +193,8 @@ std::string CheckRender(const tRenderOptions& options)
     if (!options.outputFolder.empty() && !options.output.empty()) {
         return "--output is for one picture, --output-dir for many: one of them, please";
     }
-    if (!options.size.empty() && !ParseSize(options.size, width, height)) {
-        return "--size: '" + Escapes::ForTerminal(options.size) +
-               "' is no WIDTHxHEIGHT in pixels, each at most 16384 and 50 million together";
+    if (!options.size.empty() && !PictureWish::ParseSize(options.size, wish)) {
+        return "--size: '" + Escapes::ForTerminal(options.size) + "' " + PictureWish::kNoSize;
     }
     if (!GoesToStandardOutput(options.output) && !FindKind(options)) {
         return "the name of the output tells no format: end it in .svg, .png or .pdf, or give --format";
@@ -263,7 +211,7 @@ int RunRender(const tRenderOptions& options)
         return kExitUsage;
     }
     if (!options.size.empty()) {
-        ParseSize(options.size, wish.width, wish.height);
+        PictureWish::ParseSize(options.size, wish);
     }
     wish.hasLabels = options.labels;
     wish.hasGrid = options.grid;
@@ -280,7 +228,7 @@ void AddThumbnailOptions(CParser& parser, tThumbnailOptions& options)
 
 std::string CheckThumbnail(const tThumbnailOptions& options)
 {
-    uint32_t side = 0;
+    tPictureWish wish;
     std::string wrong = CheckPictureOptions(options, false);
     if (!wrong.empty()) {
         return wrong;
@@ -288,17 +236,15 @@ std::string CheckThumbnail(const tThumbnailOptions& options)
     if (options.outputFolder.empty() && options.paths.size() != 2) {
         return "name the layout and the file to write, or layouts and --output-dir";
     }
-    return ParseNumber(options.size, Bounds::kMostThumbnailSide, side)
+    return PictureWish::ParseSide(options.size, wish)
                ? ""
-               : "--size: '" + Escapes::ForTerminal(options.size) + "' is no number of pixels, at most 2048";
+               : "--size: '" + Escapes::ForTerminal(options.size) + "' " + PictureWish::kNoSide;
 }
 
 int RunThumbnail(const tThumbnailOptions& options)
 {
     tPictureWish wish;
-    ParseNumber(options.size, Bounds::kMostThumbnailSide, wish.width);
-    wish.height = wish.width;
-    wish.isThumbnail = true;
+    PictureWish::ParseSide(options.size, wish);
     tThumbnailOptions drawn = options;
     const std::string file = options.outputFolder.empty() ? options.paths[1] : std::string();
     if (!file.empty()) {

@@ -29,6 +29,7 @@ struct tSearchOptions {
     bool exact = false;             ///< only whole words
     bool countOnly = false;         ///< how many
     bool nullSeparated = false;     ///< paths alone, with zeros between
+    bool wide = false;              ///< lines are not fitted to a terminal
 };
 } // namespace
 
@@ -54,6 +55,7 @@ static void AddSearchOptions(CParser& parser, tSearchOptions& options)
     parser.AddFlag("--count", options.countOnly, "Print how many there are, nothing else");
     parser.Add("--only-in", options.onlyIn, "Only documents in this folder and below").Named("DIR");
     parser.AddFlag("-0,--null", options.nullSeparated, "Print paths only, with a zero byte behind each");
+    AddWideOption(parser, options.wide);
     AddDatabaseOption(parser, options.database);
 }
 
@@ -76,10 +78,10 @@ struct tHitLook {
     std::string host;      ///< of the links
 };
 
-static tHitLook GetHitLook()
+static tHitLook GetHitLook(bool isWide)
 {
     tHitLook look;
-    look.text = Terminal::GetLook(STDOUT_FILENO);
+    look.text = Terminal::GetLook(STDOUT_FILENO, isWide);
     if (!look.text.isTerminal) { // scripts get whole paths
         return look;
     }
@@ -178,7 +180,7 @@ static int PrintFound(CIndexDatabase& index, CIndexSearch& search, const tSearch
     const bool isForPeople = !isJSON && !options.nullSeparated;
     wish.limit = options.limit >= 0 ? options.limit : isForPeople ? kDefaultLimit : 0;
     wish.hasPassages = !options.nullSeparated;
-    const tHitLook look = GetHitLook();
+    const tHitLook look = GetHitLook(options.wide);
     COutput output(STDOUT_FILENO);
     CJSONLines lines(output);
     bool hasFound = false;

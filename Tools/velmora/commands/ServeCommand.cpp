@@ -1,12 +1,15 @@
-// velmora serve: attributes of one document after the other, for a caller that keeps the process.
+// velmora serve: answers about one document after the other, for a caller that keeps the process.
 #include "Bounds.h"
 #include "ExitCodes.h"
 #include "Importer/Names.h"
 #include "Interrupt.h"
 #include "commands/CommandLine.h"
+#include "commands/IndexOptions.h"
 #include "commands/ServeRequest.h"
+#include "index/CIndexDatabase.h"
 #include "input/CDocumentSource.h"
-#include "output/CRecordWriter.h"
+#include "output/COutput.h"
+#include "output/CReplacedFile.h"
 #include "output/Escapes.h"
 #include "pool/CWorkerPool.h"
 
@@ -14,18 +17,23 @@
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
+#include <filesystem>
+#include <functional>
 #include <map>
+#include <new>
 #include <unistd.h>
 
 namespace {
 struct tServeOptions : tWorkerOptions {
     unsigned jobs = 0;
+    std::string database; ///< the search index; empty for the user's own
 };
 } // namespace
 
 static void AddServeOptions(CParser& parser, tServeOptions& options)
 {
     AddJobsOption(parser, options.jobs, "Worker processes at most (default: one for each core)");
+    AddDatabaseOption(parser, options.database);
     AddWorkerOptions(parser, options);
 }
 
@@ -36,15 +44,21 @@ struct tServed : tServeRequest {
 };
 
 /// Reads requests and writes answers until the input ends. Those with an id are answered when they are done, the others
-/// in their order.
+/// in their order. Pictures need workers that may read fonts: they have a pool of their own, from the first such
+/// request on.
 class CServer {
 public:
-    explicit CServer(CWorkerPool& pool)
-        : mPool(pool), mLines(CDescriptor(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)), '\n'), mOutput(STDOUT_FILENO)
+    /// @param makeDrawing  makes the pool of workers that draw
+    /// @param database     path of the search index
+    CServer(CWorkerPool& pool, std::function<std::unique_ptr<CWorkerPool>()> makeDrawing, std::string database)
+        : mPools({&pool}), mMakeDrawing(std::move(makeDrawing)), mDatabase(std::move(database)),
+          mLines(CDescriptor(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)), '\n'), mOutput(STDOUT_FILENO)
     {}
 
     int Run()
     {
+        mOutput.Write(
+            JSON::ToLine({{"schema", JSON::kSchema}, {"version", GetVersion()}, {"verbs", ServeRequest::GetVerbs()}}));
         bool more = true;
         while (more || !mPending.empty()) {
             bool wait = false;
@@ -58,7 +72,8 @@ public:
             }
             // With all workers busy no further line is read: whoever writes them has to wait.
             const int milliseconds = more && !wait && HasRoom() ? 0 : -1;
-            if (mPool.Wait(milliseconds, wait ? mLines.GetDescriptor() : -1) == CWorkerPool::eResult::kInterrupted) {
+            const int descriptor = wait ? mLines.GetDescriptor() : -1;
+            if (CWorkerPool::WaitTogether(mPools, milliseconds, descriptor) == CWorkerPool::eResult::kInterrupted) {
                 break;
             }
         }
@@ -71,7 +86,24 @@ public:
     }
 
 private:
-    bool HasRoom() const { return mPool.HasRoom() && mPending.size() < Bounds::kMostServed; }
+    bool HasRoom() const
+    {
+        return mPending.size() < Bounds::kMostServed && mWaitingBytes < Bounds::kMostWaitingBytes &&
+               std::all_of(mPools.begin(), mPools.end(), [](const CWorkerPool* pool) { return pool->HasRoom(); });
+    }
+
+    /// The pool whose workers can answer such a request.
+    CWorkerPool& ChoosePool(const tServeRequest& request)
+    {
+        if (!request.IsPicture()) {
+            return *mPools.front();
+        }
+        if (mDrawing == nullptr) {
+            mDrawing = mMakeDrawing();
+            mPools.push_back(mDrawing.get());
+        }
+        return *mDrawing;
+    }
 
     /// @param wait  set when there are no lines at the moment @return false at the end of the input
     bool ReadRequests(bool& wait)
@@ -99,9 +131,11 @@ private:
     void Begin(const std::string& line)
     {
         tServeRequest request;
-        const char* const problem = ParseServeRequest(line, request);
-        if (problem != nullptr) {
+        const std::string problem = ServeRequest::Parse(line, request);
+        if (!problem.empty()) {
             Refuse(request.id, problem);
+        } else if (request.verb == eServed::kSearch) {
+            Search(request);
         } else {
             Submit({std::move(request), {}});
         }
@@ -109,55 +143,112 @@ private:
 
     void Submit(tServed served)
     {
+        CWorkerPool& pool = ChoosePool(served);
         const uint64_t ticket = mNextTicket++;
-        const std::string path = served.path;
-        mPending.emplace(ticket, std::move(served));
+        const tServeRequest& request = mPending.emplace(ticket, std::move(served)).first->second;
         tInput input;
-        input.path = path;
-        if (path.find('\0') != std::string::npos) {
+        input.path = request.path;
+        if (input.path.find('\0') != std::string::npos) {
             input.failure = MakeFailure(eFailure::kPath, "no path: it holds a zero byte").failure;
-        } else if (mPool.GetRefusal() != nullptr) {
-            input.failure = *mPool.GetRefusal();
+        } else if (pool.GetRefusal() != nullptr) {
+            input.failure = *pool.GetRefusal();
         } else {
             CDocumentSource::OpenNamed(input);
         }
         if (input.failure) {
             tAnswer answer;
             answer.failure = *input.failure;
-            Finish(ticket, answer);
-        } else {
-            mPool.Submit(ticket, {eVerb::kImport, Importer::kContentType}, std::move(input.document));
+            Finish(ticket, std::move(answer));
+            return;
         }
+        static constexpr eVerb kVerbs[] = {eVerb::kImport, eVerb::kCheck, eVerb::kParts, eVerb::kRender,
+                                           eVerb::kRender}; // in the order of eServed
+        pool.Submit(ticket, {kVerbs[static_cast<size_t>(request.verb)], Importer::kContentType, request.picture},
+                    std::move(input.document));
     }
 
     void TakeAnswers()
     {
         uint64_t ticket = 0;
         tAnswer answer;
-        while (mPool.Take(ticket, answer)) {
-            Finish(ticket, answer);
+        for (CWorkerPool* pool : mPools) {
+            while (pool->Take(ticket, answer)) {
+                Finish(ticket, std::move(answer));
+            }
         }
     }
 
-    void Finish(uint64_t ticket, const tAnswer& answer)
+    void Finish(uint64_t ticket, tAnswer answer)
     {
         const auto found = mPending.find(ticket);
+        const tServeRequest& request = found->second;
         std::string record;
-        AppendJSONRecord(record, found->second.path, answer, {}, found->second.id);
+        try {
+            if (answer.ok && !request.output.empty()) {
+                WritePicture(request, answer);
+            }
+            record = ServeRequest::Answer(request, std::move(answer));
+        } catch (const std::bad_alloc&) {
+            record = ServeRequest::Answer(request, MakeNoRoom());
+        }
         Hand(found, std::move(record));
     }
 
-    /// Answers a line that is no request.
-    void Refuse(const JSON::tRecord& id, const char* message)
+    /// Writes a picture where the request wants it; where that fails, so has the request. What is no file stays alone:
+    /// a pipe that nobody reads would stop everything.
+    static void WritePicture(const tServeRequest& request, tAnswer& answer)
     {
-        const auto pending = mPending.emplace(mNextTicket++, tServed{{id, {}}, {}}).first;
-        JSON::tRecord record;
-        if (!id.is_null()) {
-            record["id"] = id;
+        std::error_code error;
+        const bool isFile = CReplacedFile::IsRegular(request.output);
+        const std::string problem = isFile && !request.force ? "exists already; \"force\":true replaces it"
+                                    : !isFile && std::filesystem::exists(request.output, error)
+                                        ? "is no file that could be replaced"
+                                        : CReplacedFile::Write(request.output, answer.picture, request.force);
+        if (!problem.empty()) {
+            answer = MakeFailure(eFailure::kOutput, request.output + ": " + problem);
         }
-        record["ok"] = false;
-        record["error"] = JSON::DescribeFailure("request", message);
-        Hand(pending, JSON::ToLine(record));
+    }
+
+    /// Answers from the index, which is opened anew each time: another one may have taken its place.
+    void Search(const tServeRequest& request)
+    {
+        JSON::tRecord record = JSON::tRecord::object();
+        if (!request.id.is_null()) {
+            record["id"] = request.id;
+        }
+        record["ok"] = true;
+        JSON::tRecord& documents = record["documents"] = JSON::tRecord::array();
+        tSearchQuestion question = request.question;
+        question.wish.folder = question.wish.folder.empty() ? std::string() : ResolvePath(question.wish.folder);
+        std::string mistake;
+        std::string failure;
+        try {
+            CIndexDatabase index(mDatabase, CIndexDatabase::eAccess::kRead);
+            mistake = SearchRecords::Answer(index, question, [&documents](JSON::tRecord& document) {
+                documents.push_back(std::move(document));
+                return !Interrupt::IsRequested();
+            });
+        } catch (const CIndexError& error) {
+            failure = error.what();
+        } catch (const std::exception& error) {
+            failure = CIndexDatabase::Explain(mDatabase, error);
+        }
+        AnswerAtOnce(request.id, !mistake.empty()   ? ServeRequest::Refuse(request.id, mistake)
+                                 : !failure.empty() ? ServeRequest::Refuse(request.id, failure, "path")
+                                                    : JSON::ToLine(record));
+    }
+
+    void AnswerAtOnce(const JSON::tRecord& id, std::string record)
+    {
+        tServed served;
+        served.id = id;
+        Hand(mPending.emplace(mNextTicket++, std::move(served)).first, std::move(record));
+    }
+
+    /// Answers a line that is no request.
+    void Refuse(const JSON::tRecord& id, const std::string& problem)
+    {
+        AnswerAtOnce(id, ServeRequest::Refuse(id, problem));
     }
 
     /// Writes an answer whose turn it is, and those without id that have waited for it.
@@ -168,12 +259,14 @@ private:
             mPending.erase(pending);
             return;
         }
+        mWaitingBytes += record.size();
         pending->second.record = std::move(record);
         for (auto next = mPending.begin(); next != mPending.end();) {
             if (!next->second.id.is_null()) {
                 ++next;
             } else if (next->second.record) {
                 mOutput.Write(*next->second.record);
+                mWaitingBytes -= next->second.record->size();
                 next = mPending.erase(next);
             } else {
                 break;
@@ -181,10 +274,14 @@ private:
         }
     }
 
-    CWorkerPool& mPool;
+    std::vector<CWorkerPool*> mPools; ///< the caller's, and that of the workers that draw, once there is one
+    std::function<std::unique_ptr<CWorkerPool>()> mMakeDrawing;
+    std::unique_ptr<CWorkerPool> mDrawing;
+    std::string mDatabase;
     CLineReader mLines;
     COutput mOutput;
     std::map<uint64_t, tServed> mPending; ///< by ticket, so in the order of the requests
+    size_t mWaitingBytes = 0;             ///< of the answers in there
     uint64_t mNextTicket = 0;
 };
 } // namespace
@@ -192,7 +289,9 @@ private:
 static int RunServe(const tServeOptions& options)
 {
     std::optional<tFailure> cannotServe;
-    CWorkerPool pool(GetWorkerSettings(options, cannotServe), options.timeoutSeconds, CountWorkers(options.jobs));
+    tWorkerSettings settings = GetWorkerSettings(options, cannotServe);
+    const size_t workers = CountWorkers(options.jobs);
+    CWorkerPool pool(settings, options.timeoutSeconds, workers);
     if (cannotServe) {
         pool.Refuse(*cannotServe);
     }
@@ -206,11 +305,20 @@ static int RunServe(const tServeOptions& options)
     case CWorkerPool::eResult::kInterrupted:
         return kExitInterrupted;
     }
-    const int status = CServer(pool).Run();
+    settings.draws = true;
+    const auto makeDrawing = [&] {
+        auto drawing = std::make_unique<CWorkerPool>(settings, options.timeoutSeconds, workers);
+        if (pool.GetRefusal() != nullptr) {
+            drawing->Refuse(*pool.GetRefusal());
+        }
+        return drawing;
+    };
+    const int status = CServer(pool, makeDrawing, GetDatabasePath(options.database)).Run();
     return pool.GetRefusal() != nullptr && status == kExitOK ? kExitFailed : status;
 }
 
-const tCommand kServeCommand = {"serve", "Answer requests for attributes, a JSON object a line, until the input ends",
+const tCommand kServeCommand = {"serve", "Answer requests, a JSON object a line, until the input ends",
                                 "  echo '{\"path\":\"plan.velmora\"}' | velmora serve\n"
-                                "  echo '{\"id\":7,\"path\":\"/home/me/plan.velmora\"}' | velmora serve --jobs 1\n",
+                                "  echo '{\"id\":7,\"path\":\"/home/me/plan.velmora\"}' | velmora serve --jobs 1\n"
+                                "  echo '{\"verb\":\"check\",\"path\":\"plan.velmora\"}' | velmora serve\n",
                                 CallCommand<tServeOptions, AddServeOptions, RunServe>};

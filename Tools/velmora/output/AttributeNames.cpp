@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 
 static constexpr struct {
     const char* name;
@@ -33,9 +34,8 @@ std::string AttributeNames::GetLabel(const std::string& name)
 std::optional<std::string> AttributeNames::Find(std::string_view word, const std::vector<tSchemaAttribute>& declared)
 {
     std::vector<std::string> names;
-    for (const tSchemaAttribute& attribute : declared) {
-        names.push_back(attribute.name);
-    }
+    std::transform(declared.begin(), declared.end(), std::back_inserter(names),
+                   [](const tSchemaAttribute& attribute) { return attribute.name; });
     if (declared.empty()) {
         std::transform(std::begin(kLabels), std::end(kLabels), std::back_inserter(names),
                        [](const auto& entry) { return entry.name; });

@@ -94,7 +94,9 @@ std::string CProgress::FormatBar(const tProgress& progress, double seconds, size
     for (const size_t barWidth : kBarWidths) {
         if (totalKnown && line.size() + barWidth + 3 <= width) {
             const size_t filled = static_cast<size_t>(progress.done * barWidth / *progress.total);
-            line = "[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " + line;
+            std::string bar(barWidth, '.');
+            bar.replace(0, filled, filled, '#');
+            line.insert(0, "[" + bar + "] ");
             break;
         }
     }

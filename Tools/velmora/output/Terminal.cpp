@@ -232,7 +232,7 @@ std::string Terminal::Fit(const std::string& text, const tLook& look)
     for (size_t start = 0; start < text.size();) {
         const size_t end = std::min(text.find('\n', start), text.size());
         const std::string line = text.substr(start, end - start);
-        const bool isTitle = line.ends_with(':') && line[0] != ' ';
+        const bool isTitle = line.ends_with(':') && line.find(' ') == std::string::npos;
         isExample = isTitle ? line == "Examples:" : isExample && !line.empty();
         if (isTitle || CountColumns(line) <= look.width) {
             fitted += (isTitle ? Emphasize(line, look) : line) + "\n";

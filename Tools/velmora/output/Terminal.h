@@ -39,7 +39,7 @@ std::vector<std::string> ToLines(std::string_view text, const tLook& look, size_
 
 /// Breaks the lines of a text of ours that are too long. What follows goes below where the line's second column
 /// begins (behind two blanks or more), or is indented where there is none; what follows "Examples:" is broken as a
-/// shell understands it. Titles of sections, which end in a colon, stand out.
+/// shell understands it. Titles of sections, a word and a colon, stand out.
 std::string Fit(const std::string& text, const tLook& look);
 
 /// @return the text, so that it stands out in that look

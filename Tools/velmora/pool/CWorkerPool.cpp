@@ -437,33 +437,32 @@ void CWorkerPool::CheckDeadline(tSlot& slot, bool readable)
     }
 }
 
-CWorkerPool::eResult CWorkerPool::Wait(int milliseconds, int descriptor)
+/// Sends what waits, and adds the sockets to wait for. @return in how many milliseconds something is due
+long long CWorkerPool::PrepareWait(std::vector<pollfd>& waits, long long milliseconds)
 {
     Dispatch();
-    if (!mDone.empty()) {
-        milliseconds = 0;
-    }
-    mWaits.clear();
+    long long left = mDone.empty() ? milliseconds : 0;
     std::optional<tClock::time_point> next = mGraceEnd;
     bool startable = false;
     for (const auto& slot : mSlots) { // poll passes over the sockets that are not there
-        mWaits.push_back({slot->worker->GetSocket(), POLLIN, 0});
+        waits.push_back({slot->worker->GetSocket(), POLLIN, 0});
         startable = startable || CanStart(*slot);
         if (slot->worker->GetState() == CWorker::eState::kStarting || !slot->jobs.empty()) {
             next = next ? std::min(*next, slot->deadline) : slot->deadline;
         }
     }
-    mWaits.push_back({mGraceEnd ? -1 : Interrupt::GetDescriptor(), POLLIN, 0});
-    mWaits.push_back({descriptor, POLLIN, 0});
-    long long left = milliseconds < 0 ? 1000000 : milliseconds;
     if (next) {
         const auto untilNext = std::chrono::ceil<std::chrono::milliseconds>(*next - tClock::now()).count();
         left = std::clamp<long long>(untilNext, 0, left);
     }
-    const bool mayStart = startable && !mQueue.empty() && !mGraceEnd && !mCannotServe && left > kMillisecondsForStart;
-    left = mayStart ? kMillisecondsForStart : left;
-    const int count = poll(mWaits.data(), static_cast<nfds_t>(mWaits.size()), static_cast<int>(left));
-    if (count == 0 && mayStart) {
+    mMayStart = startable && !mQueue.empty() && !mGraceEnd && !mCannotServe && left > kMillisecondsForStart;
+    return mMayStart ? kMillisecondsForStart : left;
+}
+
+/// @param waits  what PrepareWait has added @param count  of everything that has happened
+CWorkerPool::eResult CWorkerPool::HandleWait(const pollfd* waits, int count)
+{
+    if (count == 0 && mMayStart) {
         StartFurtherWorker();
     }
     if (!mGraceEnd && Interrupt::IsRequested()) {
@@ -471,11 +470,32 @@ CWorkerPool::eResult CWorkerPool::Wait(int milliseconds, int descriptor)
     }
     for (size_t i = 0; i < mSlots.size(); ++i) {
         tSlot& slot = *mSlots[i];
-        CheckDeadline(slot, count > 0 && mWaits[i].revents != 0 && slot.worker->GetSocket() == mWaits[i].fd);
+        CheckDeadline(slot, count > 0 && waits[i].revents != 0 && slot.worker->GetSocket() == waits[i].fd);
     }
     Dispatch();
-    if (mGraceEnd && (!IsAnythingInFlight() || tClock::now() >= *mGraceEnd)) {
-        return eResult::kInterrupted;
+    const bool isOver = mGraceEnd && (!IsAnythingInFlight() || tClock::now() >= *mGraceEnd);
+    return isOver ? eResult::kInterrupted : eResult::kDone;
+}
+
+CWorkerPool::eResult CWorkerPool::WaitTogether(const std::vector<CWorkerPool*>& pools, int milliseconds, int descriptor)
+{
+    std::vector<pollfd>& waits = pools.front()->mWaits;
+    waits.clear();
+    long long left = milliseconds < 0 ? 1000000 : milliseconds;
+    bool isEnding = false;
+    for (CWorkerPool* pool : pools) {
+        left = pool->PrepareWait(waits, left);
+        isEnding = isEnding || pool->mGraceEnd;
     }
-    return eResult::kDone;
+    waits.push_back({isEnding ? -1 : Interrupt::GetDescriptor(), POLLIN, 0});
+    waits.push_back({descriptor, POLLIN, 0});
+    const int count = poll(waits.data(), static_cast<nfds_t>(waits.size()), static_cast<int>(left));
+    eResult result = eResult::kInterrupted;
+    size_t first = 0;
+    for (CWorkerPool* pool : pools) {
+        const eResult one = pool->HandleWait(waits.data() + first, count);
+        result = one == eResult::kDone ? one : result; // as long as one of them is not at its end
+        first += pool->mSlots.size();
+    }
+    return result;
 }

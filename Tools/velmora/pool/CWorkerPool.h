@@ -55,7 +55,10 @@ public:
     /// @param milliseconds  how long at most; -1 for no limit of the caller's
     /// @param descriptor    something else to wait for, until it can be read; -1 for nothing
     /// @return kDone, or kInterrupted when the user wants to end and what is in flight is answered or does not end soon
-    eResult Wait(int milliseconds, int descriptor = -1);
+    eResult Wait(int milliseconds, int descriptor = -1) { return WaitTogether({this}, milliseconds, descriptor); }
+
+    /// The same for several pools at a time: until something has happened in one of them.
+    static eResult WaitTogether(const std::vector<CWorkerPool*>& pools, int milliseconds, int descriptor);
 
     /// Waits for an answer to something that was submitted.
     /// @return kDone, or kInterrupted when the user wants to end and there is no answer soon
@@ -106,6 +109,8 @@ private:
     void AdaptDepth(tSlot& slot, size_t answers, tClock::time_point now);
     void CheckDeadline(tSlot& slot, bool readable);
     void RefuseAll();
+    long long PrepareWait(std::vector<pollfd>& waits, long long milliseconds);
+    eResult HandleWait(const pollfd* waits, int count);
     bool IsAnythingInFlight() const;
 
     tWorkerSettings mSettings;
@@ -121,4 +126,5 @@ private:
     std::optional<tFailure> mCannotServe;        ///< no worker can be had
     std::optional<tClock::time_point> mGraceEnd; ///< set by the user's interrupt
     std::vector<pollfd> mWaits;                  ///< kept for its memory
+    bool mMayStart = false;                      ///< a further worker, when nothing happens for a moment
 };
