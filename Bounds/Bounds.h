@@ -39,7 +39,7 @@ inline constexpr size_t kMostQueryBytes = 16384;
 /// Words of the index that a part of a word stands for, and those of a whole query: each costs some 10 µs and what its
 /// documents take. People's words are in dozens of others.
 inline constexpr size_t kMostPartWords = 200;
-inline constexpr size_t kMostQueryPartWords = 1000;
+inline constexpr size_t kMostQueryPartWords = 400;
 /// Documents that are ranked where there are more, and only the best are wanted: about a millisecond.
 inline constexpr size_t kMostRanked = 500;
 /// So many times as far as it took to find those, it is looked for documents with the words in prominent places.

@@ -182,7 +182,7 @@ bool Tokenizer::Register(sqlite3* connection, tTakeWord take)
     if (api->xCreateTokenizer(api, kName, context.get(), &module, destroy) != SQLITE_OK) {
         return false;
     }
-    context.release();
+    static_cast<void>(context.release()); // the connection owns it now
     return true;
 }
 
