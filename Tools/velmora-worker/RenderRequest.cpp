@@ -56,6 +56,7 @@ std::string ChooseLayers(CLayout& layout, const std::vector<std::string>& names,
 {
     CLayerManager* const layers = layout.GetLayerList();
     std::vector<std::string> present;
+    present.reserve(static_cast<size_t>(layers->GetNumberOfLayers()));
     for (int i = 0; i < layers->GetNumberOfLayers(); ++i) {
         present.push_back(Platform::MacRomanToUtf8(layers->GetLayerAtIndex(i)->GetName()));
     }
