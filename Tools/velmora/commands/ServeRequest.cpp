@@ -246,10 +246,10 @@ std::string ServeRequest::Answer(const tServeRequest& request, tAnswer answer)
         return Append(front, Reports::CheckInJSON(request.path, report));
     }
     JSON::PutPath(front, "path", request.path);
-    tPartsList list;
-    Parts::AddLayout(list, report);
-    Parts::Mark(list, {});
-    return Append(front, Parts::FormatJSON(list));
+    tPartsReport parts;
+    Parts::AddLayout(parts.total, report);
+    Parts::Mark(parts.total, {});
+    return Append(front, Parts::FormatJSON(parts));
 }
 
 std::string ServeRequest::Refuse(const JSON::tRecord& id, const std::string& problem, const char* code)
