@@ -29,8 +29,8 @@ public:
     /// it is a plain CIndexError, without the advice to replace them.
     [[noreturn]] static void ThrowBroken(const std::string& path, const std::string& text);
 
-    /// What to do about a broken file, from a line break on.
-    static constexpr const char* kRemedy = "\nIt is broken: 'velmora index --rebuild [FOLDER]' sets it aside and makes"
+    /// What to do about a broken file, behind what is wrong.
+    static constexpr const char* kRemedy = "; 'velmora index --rebuild [FOLDER]' sets it aside and makes"
                                            " a new one.";
 
 private:
