@@ -148,9 +148,9 @@ static void WriteText(COutput& output, const tFoundDocument& found, bool isReach
     std::string text = ShowPath(found.path, look) + (isReachable ? "\n" : " (not reachable)\n");
     const std::string revision = found.revision.empty() ? "" : "revision " + found.revision;
     const std::string origin = found.author + (found.author.empty() || revision.empty() ? "" : ", ") + revision;
-    for (const std::string& part : {found.description, origin}) {
-        text += part.empty() || part == found.passage.text ? "" : ShowText(part, look.text);
-    }
+    const bool isPassage = found.passage.field == "description";
+    text += found.description.empty() || isPassage ? "" : ShowText(found.description, look.text);
+    text += origin.empty() ? "" : ShowText(origin, look.text);
     text += found.passage.text.empty() ? "" : ShowPassage(found.passage, look.text);
     output.Write(text);
 }
