@@ -175,7 +175,7 @@ CIndexFile::CIndexFile(const std::string& path, eAccess access, const tIndexOpen
             throw;
         }
         mReason = error.what();
-        mReason.resize(mReason.find('\n'));
+        mReason.resize(mReason.size() - std::string_view(kRemedy).size()); // which it is about to follow itself
         Replace(path, opening);
     }
 }

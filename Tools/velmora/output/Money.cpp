@@ -79,7 +79,7 @@ tMoneyForm tMoneyForm::OfUser()
 
 std::string CCurrencies::Add(const std::string& text)
 {
-    const std::string wrong = "'" + text + "' names no currency: write " + kForm;
+    std::string wrong = "'" + text + "' names no currency: write " + kForm;
     const size_t equals = text.find('=');
     const size_t colon = text.find(':', equals == std::string::npos ? 0 : equals);
     if (equals == std::string::npos || colon == std::string::npos) {
