@@ -136,10 +136,10 @@ std::string Figures::Read(std::string_view text, eFigure figure, int64_t factor,
         return isDate ? ReadDate(part, figure == eFigure::kModified)
                       : ReadNumber(part, figure == eFigure::kSize, factor);
     };
-    std::string wrong =
-        isDate ? "a date is like 2025, 2025-03 or 2025-03-31, from 1970 on; also >2025, <2025, 2024..2025"
-        : figure == eFigure::kSize ? "a size is like 4096 or 1.5MB; also >1MB, <1MB, 10kB..1MB"
-                                   : "a number is like 100 or 12.5; also >100, <100, 100..500";
+    std::string wrong = isDate
+                            ? "a date is like 2025, 2025-03 or 2025-03-31, from 1970 on; also >2025, <2025, 2024..2025"
+                        : figure == eFigure::kSize ? "a size is like 4096 or 1.5MB; also >1MB, <1MB, 10kB..1MB"
+                                                   : "a number is like 100 or 12.5; also >100, <100, 100..500";
     range = {};
     if (const size_t dots = text.find(".."); dots != std::string_view::npos) {
         const std::string_view low = text.substr(0, dots);
