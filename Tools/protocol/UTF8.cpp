@@ -1,5 +1,6 @@
 #include "protocol/UTF8.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -77,5 +78,11 @@ std::string MakeValid(std::string_view text)
         }
     }
     return result;
+}
+
+size_t CountCharacters(std::string_view text)
+{
+    return static_cast<size_t>(std::count_if(
+        text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
 }
 } // namespace UTF8

@@ -18,4 +18,7 @@ bool IsValid(std::string_view text);
 
 /// The text with U+FFFD for each byte that is not part of valid UTF-8.
 std::string MakeValid(std::string_view text);
+
+/// Code points of a valid text.
+size_t CountCharacters(std::string_view text);
 } // namespace UTF8

@@ -1,6 +1,5 @@
-// Foundation has a parser and a writer of its own, which lose what they do not expect: they pair keys that lack their
-// values, drop characters beyond the basic plane, a byte order mark behind an entity and a backslash, and take text
-// forms of old.
+// Foundation has a parser and a writer of its own, which change what they do not expect: they pair keys that lack their
+// values, and lose characters beyond the basic plane and a byte order mark behind an entity.
 #import "Linux/CoreFoundation/PropertyList.h"
 #include "Bounds.h"
 #import "Linux/CoreFoundation/Pool.h"

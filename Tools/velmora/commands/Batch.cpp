@@ -215,3 +215,18 @@ int CBatch::AskBesides(tRequest request, const std::vector<std::string>& paths, 
     run.Run(HandleReports(use, output, lines));
     return Interrupt::IsRequested() ? kExitInterrupted : run.GetCounts().CountFailed() > 0 ? kExitFailed : kExitOK;
 }
+
+int PrintReports(const tBatchOptions& options, eVerb verb, bool isJSON, const tFormatReport& format, const char* done)
+{
+    CBatch batch(options);
+    if (const std::optional<int> status = batch.Begin()) {
+        return *status;
+    }
+    COutput output(STDOUT_FILENO);
+    CJSONLines lines(output);
+    const auto use = [&](const tInput& input, tAnswer& answer, const CReport& report) {
+        const std::string text = format(input, answer, report);
+        isJSON ? lines.WriteLine(text) : output.Write(text);
+    };
+    return FinishOutput(output, batch.RunForReports({verb}, use, output, isJSON ? &lines : nullptr, done));
+}

@@ -92,3 +92,12 @@ private:
     std::unique_ptr<CWorkerPool> mPool;
     std::unique_ptr<CDocumentRun> mRun;
 };
+
+/// What a command prints of a good document: JSON with its line break, or text. The answer may be made a failure, which
+/// then counts.
+using tFormatReport = std::function<std::string(const tInput& input, tAnswer& answer, const CReport& report)>;
+
+/// Asks about all documents of the options, and prints what `format` makes of each.
+/// @param isJSON  failures are printed as records, too; else they are messages
+/// @return an eExitCode
+int PrintReports(const tBatchOptions& options, eVerb verb, bool isJSON, const tFormatReport& format, const char* done);

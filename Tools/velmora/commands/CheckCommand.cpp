@@ -118,27 +118,17 @@ std::string Reports::CheckInJSON(const std::string& path, const CReport& report)
 
 static int RunCheck(const tCheckOptions& options)
 {
-    CBatch batch(options);
-    if (const std::optional<int> status = batch.Begin()) {
-        return *status;
-    }
-    COutput output(STDOUT_FILENO);
-    CJSONLines lines(output);
     const bool json = options.format == "json";
     CArticleCheck articles(options, options.libraries);
-    const auto use = [&](const tInput& input, tAnswer& answer, const CReport& first) {
+    const auto format = [&](const tInput& input, tAnswer& answer, const CReport& first) {
         const CReport report = articles.Complete(first);
-        if (json) {
-            lines.WriteLine(Reports::CheckInJSON(input.path, report));
-        } else {
-            output.Write(Reports::CheckAsText(input.path, report));
-        }
         if (const std::string damage = Reports::SummarizeDamage(report); !damage.empty()) {
             answer = MakeFailure(eFailure::kDamaged, damage);
         }
+        return json ? Reports::CheckInJSON(input.path, report) : Reports::CheckAsText(input.path, report);
     };
-    const int status = batch.RunForReports({eVerb::kCheck}, use, output, json ? &lines : nullptr, "whole");
-    return FinishOutput(output, std::max(status, articles.GetStatus()));
+    const int status = PrintReports(options, eVerb::kCheck, json, format, "whole");
+    return std::max(status, articles.GetStatus());
 }
 
 const tCommand kCheckCommand = {"check", "Say what is wrong with documents, and where",

@@ -33,27 +33,6 @@ static std::string CheckLibrary(const tListOptions& options)
     return CheckBatchOptions(options, "list");
 }
 
-/// Prints what the files hold. @param format  makes a text of a good one's report
-static int ListFiles(const tListOptions& options, eVerb verb,
-                     const std::function<std::string(const std::string& path, const CReport& report)>& format)
-{
-    CBatch batch(options);
-    if (const std::optional<int> status = batch.Begin()) {
-        return *status;
-    }
-    COutput output(STDOUT_FILENO);
-    CJSONLines lines(output);
-    const bool json = options.format == "json";
-    const auto use = [&](const tInput& input, const tAnswer&, const CReport& report) {
-        if (json) {
-            lines.WriteLine(format(input.path, report));
-        } else {
-            output.Write(format(input.path, report));
-        }
-    };
-    return FinishOutput(output, batch.RunForReports({verb}, use, output, json ? &lines : nullptr, "listed"));
-}
-
 /// A measure with at most two decimals and no idle ones.
 static std::string Millimetres(double length)
 {
@@ -130,7 +109,8 @@ std::string Reports::LibraryHeading(const std::string& path, const CReport& repo
 static int RunLibrary(const tListOptions& options)
 {
     bool hasTitles = false;
-    return ListFiles(options, eVerb::kLibrary, [&](const std::string& path, const CReport& report) {
+    const auto format = [&](const tInput& input, const tAnswer&, const CReport& report) {
+        const std::string& path = input.path;
         const std::string name = DocumentNames::NameOfFile(path);
         if (options.format == "json") {
             return Reports::LibraryInJSON(path, report);
@@ -146,7 +126,8 @@ static int RunLibrary(const tListOptions& options)
         }
         const std::string lines = table.ToCSV(isatty(STDOUT_FILENO) != 0);
         return std::exchange(hasTitles, true) ? lines.substr(lines.find('\n') + 1) : lines; // one line of titles
-    });
+    };
+    return PrintReports(options, eVerb::kLibrary, options.format == "json", format, "listed");
 }
 
 const tCommand kLibraryCommand = {

@@ -2,15 +2,9 @@
 
 #include "index/CIndexDatabase.h"
 #include "output/Escapes.h"
+#include "protocol/UTF8.h"
 
-#include <algorithm>
 #include <ctime>
-
-static size_t CountCharacters(std::string_view text)
-{
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
-}
 
 static void PutPassage(JSON::tRecord& record, const tPassage& passage)
 {
@@ -20,8 +14,8 @@ static void PutPassage(JSON::tRecord& record, const tPassage& passage)
     size_t characters = 0;
     for (const tPassage::tMatch& match : passage.matches) {
         const std::string_view text = passage.text;
-        characters += CountCharacters(text.substr(at, match.start - at));
-        const size_t length = CountCharacters(text.substr(match.start, match.end - match.start));
+        characters += UTF8::CountCharacters(text.substr(at, match.start - at));
+        const size_t length = UTF8::CountCharacters(text.substr(match.start, match.end - match.start));
         JSON::tRecord one;
         one["field"] = passage.field;
         one["offset"] = characters;

@@ -102,26 +102,19 @@ std::string StockJSON(const std::string& path, const CReport& report)
 
 int List(const tStockOptions& options)
 {
-    CBatch batch(options);
-    if (const std::optional<int> status = batch.Begin()) {
-        return *status;
-    }
-    COutput output(STDOUT_FILENO);
-    CJSONLines lines(output);
     const bool json = options.format == "json";
-    const auto use = [&](const tInput& input, const tAnswer&, const CReport& report) {
+    const auto format = [&](const tInput& input, const tAnswer&, const CReport& report) {
         StockBalance::SayWrongCounts(input.path, report);
         if (json) {
-            lines.WriteLine(StockJSON(input.path, report));
-            return;
+            return StockJSON(input.path, report);
         }
         CTable table({{"Library"}, {"Number"}, {"Count", true}});
         report.ForEach("items", [&table](const CReport& item) {
             table.AddRow({item.GetText("library"), item.GetText("number"), std::to_string(item.GetNumber("count"))});
         });
-        output.Write(Show(options, table));
+        return Show(options, table);
     };
-    return FinishOutput(output, batch.RunForReports({eVerb::kStock}, use, output, json ? &lines : nullptr, "listed"));
+    return PrintReports(options, eVerb::kStock, json, format, "listed");
 }
 
 /// Reads a whole file. @return empty, or why it cannot be read

@@ -411,12 +411,6 @@ private:
     int mNested = 0;
     size_t mTerms = 0;
 };
-
-size_t CharactersIn(std::string_view text)
-{
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
-}
 } // namespace
 
 bool tQueryNode::HasWords() const
@@ -441,6 +435,6 @@ CQuery::CQuery(std::string_view text, const tCountWords& countWords)
         mTree = CParser(valid, countWords).Parse();
     } catch (const tMistake& mistake) {
         mMessage = mistake.message;
-        mColumn = CharactersIn(std::string_view(valid).substr(0, mistake.at)) + 1;
+        mColumn = UTF8::CountCharacters(std::string_view(valid).substr(0, mistake.at)) + 1;
     }
 }
